@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// The one driver object: all state of the driver. It is constructed when the library is loaded and
+/// destroyed when the process exits.
+///
+/// Locks nest only as listMutex then stationMutex, and listMutex then imageMutex. None is recursive.
+/// pendingList, the counters of the cycle and the words of the settings record belong to the
+/// communication thread, the one that calls ComCommunication and DataCom.
+
+#pragma once
+
+#include <QtCore/QList>
+#include <QtCore/QMap>
+#include <QtCore/QMutex>
+
+#include <atomic>
+
+#include "../image/station_value_index.h"
+#include "export.h"
+#include "records.h"
+
+namespace image {
+/// Sizes of the register image. The bit areas hold one byte more than the 65,536 addresses need.
+enum Size { bitBytes = 8193, bitCount = bitBytes * 8, registerCount = 65536, registerBits = registerCount * 16 };
+} // namespace image
+
+/// All state of the driver; PLC_driver is the only instance.
+class Modbus_TCPIP_RTU_M
+{
+public:
+    CommSettings *comInfo = nullptr; ///< the host's record, not owned; null until SetComInfo
+    QList<RW_VAR> readList;          ///< cyclic reads, polled from the head round-robin; listMutex
+    QList<RW_VAR> writeList;         ///< queued writes; listMutex
+    QList<RW_VAR> onceReadList;      ///< queued one-shot reads; listMutex
+    QList<RW_VAR> spareVarList;      ///< unused
+    QList<Protocol> pendingList;     ///< built requests, the head is in flight; communication thread
+    QList<EXTENDVAR> extendList;     ///< per-station values; imageMutex
+    QMap<int, int> disabledStations; ///< the keys are the stations that are passed over; stationMutex
+
+    /// Tells that a queued write or one-shot read has ended; called with listMutex held.
+    void (*writeDoneCallBack)(int hostChannel, int hostId, int hostItem, int outcome) = nullptr;
+    /// Tells that a write was built or a request given up; called with listMutex held.
+    void (*itemNotifyCallBack)(QList<RW_VAR> *list, int hostId, int flag) = nullptr;
+
+    QMutex listMutex;    ///< the three queues, the bursts, currentKind, the publishing of result.status
+    QMutex imageMutex;   ///< the image arrays and extendList
+    QMutex stationMutex; ///< disabledStations
+
+    RW_VAR result;         ///< what DataCom returns: the access just served and its status
+    int currentKind = 100; ///< origin of the request in flight: 1 writeList, 2 onceReadList, 0 readList, 100 none yet
+    int writeBurst = 0;    ///< writes in a row, at most 5
+    int onceBurst = 0;     ///< one-shot reads in a row, at most 5
+    int cyclicDone = 0;    ///< good local replies counted towards the current pass over readList
+
+    /// The last exchange failed. One byte; written by the communication thread, read by every thread.
+    std::atomic<bool> lastFailed{false};
+
+    quint8 coilBits[image::bitBytes] = {};                ///< area 0, bit b is bit b % 8 of byte b / 8
+    quint8 inputBits[image::bitBytes] = {};               ///< area 1, likewise
+    quint16 inputRegisters[image::registerCount] = {};    ///< areas 2, 4 and 6, native byte order
+    quint16 holdingRegisters[image::registerCount] = {};  ///< areas 3, 5 and 7, native byte order
+
+    StationValueIndex extendIndex; ///< finds records of extendList; imageMutex
+};
+
+/// The driver object.
+extern MODBUS_API Modbus_TCPIP_RTU_M PLC_driver;
+
+extern "C" {
+/// The host's local bit area, local word area and third area, as FlashLocalRegister got them. The
+/// driver only keeps them, for the host to find through the symbol table.
+extern MODBUS_API int LB, LW, RWI;
+}
+
+/// Copies every field but `data`, which is left empty: value bytes never reach the result record.
+/// Needs listMutex when one of the two is shared.
+MODBUS_API void passRetValue(const RW_VAR &from, RW_VAR &to);
+
+/// The request in flight, or null when nothing is pending. For the communication thread.
+const Protocol *requestInFlight();

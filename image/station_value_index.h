@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// What makes the look-up of a per-station value a matter of constant time. The list of records stays
+/// the truth; the index only remembers where keys were found in it (station_values.cpp).
+
+#pragma once
+
+#include <QtCore/QHash>
+
+/// The key of a per-station record.
+struct StationValueKey
+{
+    int station;
+    int area;
+    int address;
+};
+
+inline bool operator==(const StationValueKey &a, const StationValueKey &b)
+{
+    return a.address == b.address && a.station == b.station && a.area == b.area;
+}
+
+/// Spreads keys of neighbouring addresses over the whole range.
+inline uint qHash(const StationValueKey &key)
+{
+    const uint table = static_cast<uint>(key.station) * 31u + static_cast<uint>(key.area);
+    return static_cast<uint>(key.address) + table * 0x9E3779B1u;
+}
+
+/// Positions of the first `indexed` records of the list; the first record of a key wins.
+struct StationValueIndex
+{
+    QHash<StationValueKey, int> positions;
+    int indexed = 0;
+};

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// The values kept per station, used while CommSettings::multiStation is nonzero. The caller holds
+/// imageMutex, except while a remote reply is stored.
+
+#pragma once
+
+#include <QtCore/QByteArray>
+
+#include "../driver/export.h"
+
+/// The index in extendList of the first record with this key; a record of four zero bytes is appended
+/// when there is none. Constant time on average. The list is the truth: records that somebody appended,
+/// cleared or replaced there directly are noticed, and the index is then made anew.
+MODBUS_API int ExtendFindSameVar(int station, int area, int address);
+
+namespace image {
+
+/// The value of that record, made when absent. The reference holds until extendList changes.
+QByteArray &stationValue(int station, int area, int address);
+
+} // namespace image
