@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// What modbus-panel tells a script when it ends.
+
+#pragma once
+
+enum ExitCode {
+    ExitDone = 0,           ///< everything asked for was done
+    ExitFailed = 1,         ///< a station refused, answered with an exception, or did not answer
+    ExitUsage = 2,          ///< the command line, a variable, a value or a file is wrong
+    ExitNoLink = 3,         ///< no connection, or the driver cannot be loaded
+    ExitOutcomeUnknown = 4, ///< a write got no reply: it may or may not have been carried out
+};
