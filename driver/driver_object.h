@@ -21,8 +21,16 @@
 
 namespace image {
 /// Sizes of the register image. The bit areas hold one byte more than the 65,536 addresses need.
-enum Size { bitBytes = 8193, bitCount = bitBytes * 8, registerCount = 65536, registerBits = registerCount * 16 };
+enum Size {
+    bitBytes = 8193,
+    bitCount = bitBytes * 8,
+    registerCount = 65536,
+    registerBits = registerCount * 16
+};
 } // namespace image
+
+/// Where the request in flight came from, Modbus_TCPIP_RTU_M::currentKind.
+enum RequestOrigin { OriginPoll = 0, OriginWrite = 1, OriginOnceRead = 2, OriginNone = 100 };
 
 /// All state of the driver; PLC_driver is the only instance.
 class Modbus_TCPIP_RTU_M
@@ -46,19 +54,19 @@ public:
     QMutex imageMutex;   ///< the image arrays and extendList
     QMutex stationMutex; ///< disabledStations
 
-    RW_VAR result;         ///< what DataCom returns: the access just served and its status
-    int currentKind = 100; ///< origin of the request in flight: 1 writeList, 2 onceReadList, 0 readList, 100 none yet
-    int writeBurst = 0;    ///< writes in a row, at most 5
-    int onceBurst = 0;     ///< one-shot reads in a row, at most 5
-    int cyclicDone = 0;    ///< good local replies counted towards the current pass over readList
+    RW_VAR result;                ///< what DataCom returns: the access just served and its status
+    int currentKind = OriginNone; ///< a RequestOrigin
+    int writeBurst = 0;           ///< writes in a row, at most 5
+    int onceBurst = 0;            ///< one-shot reads in a row, at most 5
+    int cyclicDone = 0;           ///< good local replies counted towards the current pass over readList
 
     /// The last exchange failed. One byte; written by the communication thread, read by every thread.
     std::atomic<bool> lastFailed{false};
 
-    quint8 coilBits[image::bitBytes] = {};                ///< area 0, bit b is bit b % 8 of byte b / 8
-    quint8 inputBits[image::bitBytes] = {};               ///< area 1, likewise
-    quint16 inputRegisters[image::registerCount] = {};    ///< areas 2, 4 and 6, native byte order
-    quint16 holdingRegisters[image::registerCount] = {};  ///< areas 3, 5 and 7, native byte order
+    quint8 coilBits[image::bitBytes] = {};               ///< area 0, bit b is bit b % 8 of byte b / 8
+    quint8 inputBits[image::bitBytes] = {};              ///< area 1, likewise
+    quint16 inputRegisters[image::registerCount] = {};   ///< areas 2, 4 and 6, native byte order
+    quint16 holdingRegisters[image::registerCount] = {}; ///< areas 3, 5 and 7, native byte order
 
     StationValueIndex extendIndex; ///< finds records of extendList; imageMutex
 };

@@ -26,7 +26,8 @@ MODBUS_API void SetComInfo(CommSettings *settings);
 ///
 /// itemNotify: a write request was built, or a request was given up; hostId is that access's. The list
 /// is empty, is the driver's, and is destroyed when the call returns; flag is always 1.
-MODBUS_API void RegistCallBackFuncIntf(void (*writeDone)(int hostChannel, int hostId, int hostItem, int outcome),
+MODBUS_API void RegistCallBackFuncIntf(void (*writeDone)(int hostChannel, int hostId, int hostItem,
+                                                         int outcome),
                                        void (*itemNotify)(QList<RW_VAR> *list, int hostId, int flag));
 
 /// Keeps the host's three local areas in LB, LW and RWI.

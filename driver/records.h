@@ -12,32 +12,32 @@
 /// One access, read or write, to one run of bits or registers at one station.
 struct RW_VAR
 {
-    int hostId = 0;      ///< host's item; 1..11 in the request in flight shifts every error status by that amount
-    int hostItem = 0;    ///< host's second identifier; with hostId it names the group that a call-back reports
-    int rwFlag = 0;      ///< 0 read, 1 write; anything else makes the judging of the reply fail
-    int remoteMode = 0;  ///< CommSettings::remoteMode when the record was made
-    int linkId = 0;      ///< CommSettings::linkId when the record was made; picks local or remote judging
-    int status = 0;      ///< a status code, meaningful in the record that DataCom returns
-    QString tagText;     ///< the host's own text, carried through untouched
-    QString addressText; ///< the address as text, converted together with area
-    int area = 0;        ///< register area code, varlists/areas.h
+    int hostId = 0; ///< host's item; 1..11 in the request in flight shifts every error status by that amount
+    int hostItem = 0;   ///< host's second identifier; with hostId it names the group that a call-back reports
+    int rwFlag = 0;     ///< 0 read, 1 write; anything else makes the judging of the reply fail
+    int remoteMode = 0; ///< CommSettings::remoteMode when the record was made
+    int linkId = 0;     ///< CommSettings::linkId when the record was made; picks local or remote judging
+    int status = 0;     ///< a status code, meaningful in the record that DataCom returns
+    QString tagText;    ///< the host's own text, carried through untouched
+    QString addressText;  ///< the address as text, converted together with area
+    int area = 0;         ///< register area code, varlists/areas.h
     int startAddress = 0; ///< first bit or register, counted from 0
     int station = 0;      ///< unit identifier, its low byte goes on the wire; 0 is broadcast: no reply comes
-    int dataLength = 0; ///< amount: bytes of eight bits in bit requests, registers in register requests
-    int subIndex = 0; ///< -1 on the read half of a bit-in-register write
-    int aux = 0;      ///< spare word of the host; copied, never interpreted
-    QByteArray data;  ///< value bytes, least significant first
+    int dataLength = 0;   ///< amount: bytes of eight bits in bit requests, registers in register requests
+    int subIndex = 0;     ///< -1 on the read half of a bit-in-register write
+    int aux = 0;          ///< spare word of the host; copied, never interpreted
+    QByteArray data;      ///< value bytes, least significant first
 };
 
 /// One request that has been built and waits until its reply has been handled.
 struct Protocol
 {
-    QByteArray frame;          ///< the bytes to send
-    int frameLength = 0;       ///< number of bytes to send
-    int replyLength = 0;       ///< bytes of the whole reply; 0: none will come (broadcast); -1: any length will do
-    int replyHeaderLength = 0; ///< reply bytes ahead of the data: 9 for a read, 0 for a write's echo
-    int replyDataLength = 0;   ///< data bytes in the reply
-    RW_VAR var;                ///< the access that the request serves
+    QByteArray frame;    ///< the bytes to send
+    int frameLength = 0; ///< number of bytes to send
+    int replyLength = 0; ///< bytes of the whole reply; 0: none will come (broadcast); -1: any length will do
+    int replyHeaderLength = 0;   ///< reply bytes ahead of the data: 9 for a read, 0 for a write's echo
+    int replyDataLength = 0;     ///< data bytes in the reply
+    RW_VAR var;                  ///< the access that the request serves
     int reserved[3] = {0, 0, 0}; ///< never read or written by the driver
 };
 
@@ -64,8 +64,9 @@ struct CommSettings
     int remoteMode = 0;      ///< nonzero: the driver's own compact frames go out instead of Modbus requests
     int linkId = 0;          ///< replies to records of another link are judged as remote ones
     int writeMode = 0;       ///< 2: host writes go to the station; else to the image only
-    int cycleDone = 0;       ///< written by the driver: 1 once the whole poll list was read, 0 after a failure or rebuild
-    int hostChannel = 0;     ///< handed back as the first argument of the write-done call-back
+    int cycleDone =
+        0; ///< written by the driver: 1 once the whole poll list was read, 0 after a failure or rebuild
+    int hostChannel = 0; ///< handed back as the first argument of the write-done call-back
 };
 
 /// The host's description of one variable to poll. The host* fields are not read by the driver.

@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: MIT
+#include "reply_handling.h"
+
+#include "arithmetic.h"
+#include "call_backs.h"
+#include "driver_object.h"
+#include "reply_judging.h"
+#include "status_codes.h"
+
+#include <QtCore/QMutexLocker>
+
+namespace {
+
+Modbus_TCPIP_RTU_M &driver = PLC_driver;
+
+bool isSuccess(int status)
+{
+    return status == StatusDone || status == StatusRemoteAccepted;
+}
+
+bool sameItem(const RW_VAR &a, const RW_VAR &b)
+{
+    return a.hostId == b.hostId && a.hostItem == b.hostItem;
+}
+
+bool itemIsQueuedAgain(const QList<RW_VAR> &queue)
+{
+    for (int i = 1; i < queue.size(); ++i) {
+        if (sameItem(queue.at(i), queue.at(0)))
+            return true;
+    }
+    return false;
+}
+
+/// The queue that the request in flight came from, or null when it came from none.
+QList<RW_VAR> *originQueue()
+{
+    switch (driver.currentKind) {
+    case OriginWrite:
+        return &driver.writeList;
+    case OriginOnceRead:
+        return &driver.onceReadList;
+    case OriginPoll:
+        return &driver.readList;
+    default:
+        return nullptr;
+    }
+}
+
+void reportEntry(const QList<RW_VAR> &queue, bool remote)
+{
+    if (driver.currentKind == OriginOnceRead && remote)
+        return;
+    if (driver.lastFailed)
+        callBacks::writeDone(queue.at(0), callBacks::GivenUp);
+    else if (!itemIsQueuedAgain(queue))
+        callBacks::writeDone(queue.at(0), callBacks::Served);
+}
+
+/// Takes the served entry off its queue, or, for a poll, to the queue's end, and tells the host.
+void retireEntry(bool remote)
+{
+    QList<RW_VAR> *queue = originQueue();
+    if (!queue || queue->isEmpty())
+        return;
+    if (driver.currentKind == OriginPoll) {
+        passRetValue(queue->at(0), driver.result);
+        queue->move(0, queue->size() - 1);
+        return;
+    }
+    reportEntry(*queue, remote);
+    passRetValue(queue->at(0), driver.result);
+    queue->removeFirst();
+}
+
+/// What else the same item has queued falls with the request that was given up.
+void dropGroupOfResult()
+{
+    QList<RW_VAR> *queue = originQueue();
+    if (!queue || driver.currentKind == OriginPoll)
+        return;
+    const bool everyStation = driver.comInfo->multiStation == 0;
+    QList<RW_VAR> kept;
+    for (int i = 0; i < queue->size(); ++i) {
+        const RW_VAR &entry = queue->at(i);
+        if (!sameItem(entry, driver.result) || !(everyStation || entry.station == driver.result.station))
+            kept.append(entry);
+    }
+    *queue = kept;
+}
+
+/// Counts a good local reply; a pass is complete after one reply more than the poll list has entries.
+void countTowardsPass()
+{
+    driver.cyclicDone = arithmetic::wrapped(qint64(driver.cyclicDone) + 1);
+    if (driver.cyclicDone <= driver.readList.size())
+        return;
+    driver.cyclicDone = 0;
+    driver.comInfo->cycleDone = 1;
+}
+
+/// True when the request has had all the replies that it needs.
+bool takeReply(bool remote)
+{
+    CommSettings &settings = *driver.comInfo;
+    driver.lastFailed = false;
+    driver.pendingList.removeFirst();
+    settings.repliesReceived = arithmetic::wrapped(qint64(settings.repliesReceived) + 1);
+    if (settings.repliesReceived < settings.repliesExpected)
+        return false;
+    if (settings.cycleDone == 0 && !remote)
+        countTowardsPass();
+    return true;
+}
+
+/// True when no retry is left and the request, with its second half, is given up.
+bool noteFailure()
+{
+    CommSettings &settings = *driver.comInfo;
+    driver.cyclicDone = 0;
+    settings.failCount = arithmetic::wrapped(qint64(settings.failCount) + 1);
+    driver.lastFailed = true;
+    settings.cycleDone = 0;
+    if (settings.failCount <= settings.retryLimit)
+        return false;
+    settings.failCount = 0;
+    driver.pendingList.clear();
+    return true;
+}
+
+/// What the exchange came to; calls back and changes queues as it must.
+int endExchange(int judged, bool remote)
+{
+    if (isSuccess(judged)) {
+        if (takeReply(remote))
+            retireEntry(remote);
+        return judged;
+    }
+    if (!noteFailure())
+        return StatusRetry;
+    retireEntry(remote);
+    callBacks::itemNotify(driver.result.hostId);
+    dropGroupOfResult();
+    return judged;
+}
+
+} // namespace
+
+RW_VAR *DataCom(QByteArray *reply, int length)
+{
+    driver.result.status = StatusDone;
+    const Protocol *request = requestInFlight();
+    if (!request)
+        return &driver.result;
+
+    QByteArray noReply;
+    if (!reply)
+        reply = &noReply;
+    QMutexLocker lock(&driver.listMutex);
+    const bool remote = request->var.linkId != driver.comInfo->linkId;
+    const int judged = remote ? DealDataOfRemoteArea(reply, length) : DealDataOfLocalArea(reply, length);
+    driver.result.status = endExchange(judged, remote);
+    return &driver.result;
+}
