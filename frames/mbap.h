@@ -22,11 +22,11 @@ enum FunctionCode {
 };
 
 enum Length {
-    RequestLength = 12,     ///< every request but WriteMultipleRegisters
-    WriteEchoLength = 12,   ///< the reply to every write
-    ReadReplyHeader = 9,    ///< MBAP header, function code, byte count
-    LengthFieldEnd = 6,     ///< the length field counts what comes after it
-    ValueHigh = 10,         ///< index of the value or quantity, high byte first
+    RequestLength = 12,   ///< every request but WriteMultipleRegisters
+    WriteEchoLength = 12, ///< the reply to every write
+    ReadReplyHeader = 9,  ///< MBAP header, function code, byte count
+    LengthFieldEnd = 6,   ///< the length field counts what comes after it
+    ValueHigh = 10,       ///< index of the value or quantity, high byte first
     ValueLow = 11,
 };
 
