@@ -18,6 +18,16 @@ enum Area {
     AreaHoldingPairs = 7, ///< 32-bit values, high word in the first register
 };
 
+namespace varlists {
+
+/// Coils and discrete inputs; every other area lives in registers.
+inline bool isBitArea(int area)
+{
+    return area == AreaCoils || area == AreaDiscreteInputs;
+}
+
+} // namespace varlists
+
 /// The area that a read request for this area is sent on: 2 and 6 give 4, 3 and 7 give 5, any other
 /// value itself.
 MODBUS_API int getPlcReg(int area);
