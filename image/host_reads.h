@@ -22,5 +22,6 @@ extern "C" {
 ///
 /// Returns 0 for an address text that gives a negative address (out is then untouched), else 1, also
 /// for an area that does not exist. Callable from any thread; takes imageMutex.
-MODBUS_API int GetRegisterData(int ignored, int area, QString addressText, int station, QByteArray &out, int count);
+MODBUS_API int GetRegisterData(int ignored, int area, QString addressText, int station, QByteArray &out,
+                               int count);
 }

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+#include "host_reads.h"
+
+#include "packing.h"
+#include "station_values.h"
+
+#include "../driver/arithmetic.h"
+#include "../driver/driver_object.h"
+#include "../varlists/address_text.h"
+#include "../varlists/areas.h"
+
+#include <QtCore/QMutexLocker>
+
+using arithmetic::wrapped;
+
+namespace {
+
+void readImage(int area, int address, QByteArray &out, int count)
+{
+    switch (area) {
+    case AreaCoils:
+        GetBitFromUC(out, PLC_driver.coilBits, address, count);
+        break;
+    case AreaDiscreteInputs:
+        GetBitFromUC(out, PLC_driver.inputBits, address, count);
+        break;
+    case AreaInputRegisterBit:
+        GetBitFromUS(out, PLC_driver.inputRegisters, address, count);
+        break;
+    case AreaHoldingRegisterBit:
+        GetBitFromUS(out, PLC_driver.holdingRegisters, address, count);
+        break;
+    case AreaInputRegisters:
+        GetWordFromUS(out, PLC_driver.inputRegisters, address, count);
+        break;
+    case AreaHoldingRegisters:
+        GetWordFromUS(out, PLC_driver.holdingRegisters, address, count);
+        break;
+    case AreaInputPairs:
+        GetWordFromUI(out, PLC_driver.inputRegisters, address, count);
+        break;
+    case AreaHoldingPairs:
+        GetWordFromUI(out, PLC_driver.holdingRegisters, address, count);
+        break;
+    default:
+        break;
+    }
+}
+
+/// Where one read of per-station values looks: a station, a request area, an address in the area's unit.
+struct StationRead
+{
+    int station;
+    int area;
+    qint64 address;
+};
+
+char *grown(QByteArray &out, int size)
+{
+    if (out.size() < size)
+        out.resize(size);
+    return out.data();
+}
+
+/// A record holds `bits` bits, 8 or 16, and is looked up by its first bit divided by `unit`.
+void readStationBits(const StationRead &read, int bits, int unit, QByteArray &out, int count)
+{
+    if (count < 1)
+        return;
+    char *to = grown(out, count);
+    const QByteArray *value = nullptr;
+    for (int i = 0; i < count; ++i) {
+        const qint64 bit = read.address + i;
+        const int offset = static_cast<int>(bit % bits);
+        if (!value || offset == 0)
+            value = &image::stationValue(read.station, read.area, wrapped((bit - offset) / unit));
+        const int byte = offset / 8;
+        to[i] = value->size() > byte && (value->at(byte) >> (offset % 8) & 1) != 0;
+    }
+}
+
+void copyRegister(const StationRead &read, int offset, char *to)
+{
+    const QByteArray &value = image::stationValue(read.station, read.area, wrapped(read.address + offset));
+    const bool known = value.size() >= 2;
+    to[0] = known ? value.at(0) : '\0';
+    to[1] = known ? value.at(1) : '\0';
+}
+
+void readStationRegisters(const StationRead &read, QByteArray &out, int count)
+{
+    if (count < 1)
+        return;
+    char *to = grown(out, 2 * count);
+    for (int k = 0; k < count; ++k)
+        copyRegister(read, k, to + 2 * k);
+}
+
+/// A single register gives nothing here, unlike in the shared image.
+void readStationPairs(const StationRead &read, QByteArray &out, int count)
+{
+    if (count < 2)
+        return;
+    const int pairs = count / 2;
+    char *to = grown(out, 4 * pairs);
+    for (int j = 0; j < pairs; ++j) {
+        copyRegister(read, 2 * j + 1, to + 4 * j);
+        copyRegister(read, 2 * j, to + 4 * j + 2);
+    }
+}
+
+/// No count reaches further than a whole table, whatever the host asks.
+void readStation(int area, int address, int station, QByteArray &out, int count)
+{
+    const StationRead read = {station, getPlcReg(area), address};
+    const int registers = qMin(count, int(image::registerCount));
+    switch (area) {
+    case AreaCoils:
+    case AreaDiscreteInputs:
+        readStationBits(read, 8, 1, out, qMin(count, int(image::bitCount)));
+        break;
+    case AreaInputRegisterBit:
+    case AreaHoldingRegisterBit:
+        readStationBits(read, 16, 16, out, qMin(count, int(image::registerBits)));
+        break;
+    case AreaInputRegisters:
+    case AreaHoldingRegisters:
+        readStationRegisters(read, out, registers);
+        break;
+    case AreaInputPairs:
+    case AreaHoldingPairs:
+        readStationPairs(read, out, registers);
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace
+
+int GetRegisterData(int, int area, QString addressText, int station, QByteArray &out, int count)
+{
+    const int address = StringAddressToInt(area, addressText);
+    if (address < 0)
+        return 0;
+    QMutexLocker lock(&PLC_driver.imageMutex);
+    if (PLC_driver.comInfo->multiStation == 0)
+        readImage(area, address, out, count);
+    else
+        readStation(area, address, station, out, count);
+    return 1;
+}

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: MIT
+#include "local_writes.h"
+
+#include "packing.h"
+#include "station_values.h"
+
+#include "../driver/arithmetic.h"
+#include "../driver/driver_object.h"
+#include "../varlists/areas.h"
+
+#include <QtCore/QMutexLocker>
+
+using arithmetic::wrapped;
+
+namespace {
+
+void writeToImage(RW_VAR *var)
+{
+    const int start = var->startAddress;
+    switch (var->area) {
+    case AreaCoils:
+        SetBitToUC(start, PLC_driver.coilBits, &var->data, var->dataLength);
+        break;
+    case AreaHoldingRegisterBit:
+        SetBitToUS(start, PLC_driver.holdingRegisters, &var->data, var->dataLength);
+        break;
+    case AreaHoldingRegisters:
+        SetWordToUS(start, PLC_driver.holdingRegisters, &var->data, var->dataLength);
+        break;
+    case AreaHoldingPairs:
+        SetWordToUI(start, PLC_driver.holdingRegisters, &var->data, var->dataLength);
+        break;
+    default:
+        break;
+    }
+}
+
+char withBit(char byte, int mask, bool on)
+{
+    return static_cast<char>(on ? byte | mask : byte & ~mask);
+}
+
+/// Any byte but 1 clears. Every bit's record is made, also where data is too short to write it.
+void writeStationCoils(const RW_VAR &var)
+{
+    const int count = qMin(var.dataLength, int(image::bitCount));
+    for (int i = 0; i < count; ++i) {
+        const qint64 bit = qint64(var.startAddress) + i;
+        if (bit < 0)
+            continue;
+        QByteArray &value = image::stationValue(var.station, AreaCoils, wrapped(bit & ~qint64(7)));
+        if (value.isEmpty() || i >= var.data.size())
+            continue;
+        value[0] = withBit(value.at(0), 1 << (bit % 8), var.data.at(i) == 1);
+        value.truncate(1);
+    }
+}
+
+/// The start address alone picks byte and bit, for every element; bytes other than 0 and 1 change nothing.
+void writeStationRegisterBits(const RW_VAR &var)
+{
+    if (var.startAddress < 0)
+        return;
+    const int byte = var.startAddress % 16 / 8;
+    const int mask = 1 << (var.startAddress % 8);
+    const int count = qMin(var.dataLength, int(image::registerBits));
+    for (int i = 0; i < count; ++i) {
+        const qint64 reg = (qint64(var.startAddress) + i) / 16;
+        QByteArray &value = image::stationValue(var.station, AreaHoldingRegisters, wrapped(reg));
+        if (value.size() < 2 || i >= var.data.size())
+            continue;
+        const char wanted = var.data.at(i);
+        if (wanted == 0 || wanted == 1)
+            value[byte] = withBit(value.at(byte), mask, wanted == 1);
+    }
+}
+
+/// Registers below address 0 are not written.
+void setStationRegister(const RW_VAR &var, qint64 reg, int dataIndex)
+{
+    if (reg >= 0)
+        image::stationValue(var.station, AreaHoldingRegisters, wrapped(reg)) = var.data.mid(dataIndex, 2);
+}
+
+void writeStationRegisters(const RW_VAR &var)
+{
+    const int count = qMin(var.dataLength, var.data.size() / 2);
+    for (int k = 0; k < count; ++k)
+        setStationRegister(var, qint64(var.startAddress) + k, 2 * k);
+}
+
+void writeStationPairs(const RW_VAR &var)
+{
+    const int count = qMin(var.dataLength / 2, var.data.size() / 4);
+    for (int j = 0; j < count; ++j) {
+        const qint64 high = qint64(var.startAddress) + 2 * j;
+        if (high < 0)
+            continue;
+        setStationRegister(var, high + 1, 4 * j);
+        setStationRegister(var, high, 4 * j + 2);
+    }
+}
+
+void writeToStation(const RW_VAR &var)
+{
+    switch (var.area) {
+    case AreaCoils:
+        writeStationCoils(var);
+        break;
+    case AreaHoldingRegisterBit:
+        writeStationRegisterBits(var);
+        break;
+    case AreaHoldingRegisters:
+        writeStationRegisters(var);
+        break;
+    case AreaHoldingPairs:
+        writeStationPairs(var);
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace
+
+void WriteDataToLocal(RW_VAR *var)
+{
+    QMutexLocker lock(&PLC_driver.imageMutex);
+    if (PLC_driver.comInfo->multiStation == 0)
+        writeToImage(var);
+    else
+        writeToStation(*var);
+}
