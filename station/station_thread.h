@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// A simulated station that runs in a thread and event loop of its own, for hosts and tests that block.
+/// A simulated station that runs in a thread and event loop of its own, for hosts and tests that block. A
+/// QCoreApplication must exist. Everything here is called by the owner, from one thread, and returns when the
+/// station's thread has done it; what looks at or changes the station needs a started one.
 
 #pragma once
 
@@ -8,9 +10,7 @@
 
 #include <QtCore/QThread>
 
-#include <memory>
-
-/// Owns the thread and the station in it. start and stop are called by the owner, from one thread.
+/// Owns the thread and the station in it.
 class StationThread
 {
 public:
@@ -24,7 +24,27 @@ public:
     /// The port that is listened on, also when 0 was asked for; 0 when not started.
     quint16 port() const { return m_port; }
 
+    /// The register, or 0 or 1 for a bit; 0 for an address outside the table. The unit must be one of the
+    /// options'.
+    quint16 value(int unit, SimulatedUnit::Table table, int address) const;
+    /// Sets a register or a bit.
+    void setValue(int unit, SimulatedUnit::Table table, int address, quint16 value);
+
+    /// The last thousand requests received, oldest first, as whole frames.
+    QList<QByteArray> requests() const;
+    /// Replaces the faults; their counting starts anew.
+    void setFaults(const QList<Fault> &faults);
+    /// Ends every connection at once; masters may connect again.
+    void dropConnections();
+    /// Refuses connections, and ends those there are, until listenAgain. Tables and faults stay.
+    void stopListening();
+    /// Listens on the same port again. False, with one line in *error, when someone else has it.
+    bool listenAgain(QString *error);
+
 private:
+    /// Runs a function of no arguments on the station's thread and returns what it returns.
+    template <typename Function> auto inThread(Function function) const;
+
     StationOptions m_options;
     QThread m_thread;
     SimulatedStation *m_station = nullptr;

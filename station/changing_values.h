@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// Values of a unit that change by themselves, ten times a second, so that a first poll shows life in every
+/// area. The station's thread calls this. In the holding registers and, alike, in the input registers:
+///
+///     0    counter, one more each step            4-5  32-bit counter, a thousand more each step
+///     1    sine, -1000 to 1000 in 10 s            6-7  the sine as IEEE 754 single, -100 to 100
+///     2    ramp, 0 to 990 in 10 s                      (pairs: high register first)
+///     3    one bit walking from bit 0 to bit 15
+///
+/// Coils and discrete inputs 0 to 7 are the low bits of the counter: number n toggles every 2^n steps.
+/// What a master (or a test) writes sticks: a value found changed by others is left alone from then on.
+
+#pragma once
+
+#include "simulated_unit.h"
+
+#include <QtCore/QVector>
+
+class ChangingValues
+{
+public:
+    static constexpr int stepMilliseconds = 100;
+
+    /// Writes the first values into the unit, which must outlive this.
+    explicit ChangingValues(SimulatedUnit &unit);
+
+    /// Writes the next values.
+    void step();
+
+private:
+    struct Point
+    {
+        SimulatedUnit::Table table;
+        int address;
+        QVector<quint16> (*valuesAt)(int address, quint32 step);
+        QVector<quint16> shown; ///< as last written here; empty once others have written
+    };
+
+    void show(Point &point);
+
+    SimulatedUnit &m_unit;
+    quint32 m_step = 0;
+    QVector<Point> m_points;
+};

@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: MIT
+#include "faults.h"
+
+#include <QtCore/QSet>
+
+namespace {
+struct KindRow
+{
+    const char *name;
+    Fault::Kind kind;
+    int lowest; // above highest: the fault takes no value
+    int highest;
+};
+
+const KindRow kindRows[] = {
+    {"silence", Fault::Silence, 1, 0},
+    {"delay", Fault::Delay, 1, 3600000},
+    {"cut", Fault::Cut, 0, 65535},
+    {"double", Fault::Double, 1, 0},
+    {"glue", Fault::Glue, 1, 0},
+    {"close", Fault::Close, 1, 0},
+    {"reset", Fault::Reset, 1, 0},
+    {"refuse", Fault::Refuse, 1, 3600},
+    {"unit", Fault::Unit, 0, 255},
+    {"length", Fault::Length, -65535, 65535},
+    {"protocol", Fault::Protocol, 0, 65535},
+    {"transaction", Fault::Transaction, 0, 65535},
+    {"function", Fault::Function, 0, 255},
+    {"exception", Fault::Exception, 1, 255},
+};
+
+// Collects the first complaint about one fault text.
+class Reader
+{
+public:
+    explicit Reader(const QString &text) { m_fault.text = text; }
+
+    std::optional<Fault> read(QString *error)
+    {
+        const int at = m_fault.text.indexOf(QLatin1Char('@'));
+        readKind(m_fault.text.left(at));
+        if (at >= 0) {
+            for (const QString &selector : m_fault.text.mid(at + 1).split(QLatin1Char(',')))
+                readSelector(selector);
+        }
+        if (m_complaint.isEmpty())
+            return m_fault;
+        if (error)
+            *error = QStringLiteral("fault \"%1\": %2").arg(m_fault.text, m_complaint);
+        return std::nullopt;
+    }
+
+private:
+    void readKind(const QString &part)
+    {
+        const int equals = part.indexOf(QLatin1Char('='));
+        const QString name = part.left(equals);
+        QStringList known;
+        for (const KindRow &row : kindRows) {
+            known << QLatin1String(row.name);
+            if (name == known.last())
+                return readKindValue(row, equals < 0 ? QString() : part.mid(equals + 1), equals >= 0);
+        }
+        complain(QStringLiteral("no fault is called \"%1\"; there are %2")
+                     .arg(name, known.join(QStringLiteral(", "))));
+    }
+
+    void readKindValue(const KindRow &row, const QString &value, bool given)
+    {
+        m_fault.kind = row.kind;
+        if (row.lowest > row.highest) {
+            if (given)
+                complain(QStringLiteral("%1 takes no value").arg(QLatin1String(row.name)));
+            return;
+        }
+        m_fault.relative = row.kind == Fault::Length &&
+                           (value.startsWith(QLatin1Char('+')) || value.startsWith(QLatin1Char('-')));
+        m_fault.value = number(QLatin1String(row.name), value, row.lowest, row.highest);
+    }
+
+    void readSelector(const QString &selector)
+    {
+        const int equals = selector.indexOf(QLatin1Char('='));
+        const QString name = selector.left(equals);
+        const QString value = equals < 0 ? QString() : selector.mid(equals + 1);
+        if (m_selectors.contains(name))
+            return complain(QStringLiteral("selector %1 is given twice").arg(name));
+        m_selectors << name;
+        if (name == QLatin1String("unit"))
+            m_fault.unit = range(name, value, 255);
+        else if (name == QLatin1String("function"))
+            m_fault.function = range(name, value, 255);
+        else if (name == QLatin1String("address"))
+            m_fault.address = range(name, value, std::numeric_limits<int>::max());
+        else if (name == QLatin1String("every"))
+            m_fault.every = number(name, value, 1, std::numeric_limits<int>::max());
+        else if (name == QLatin1String("nth"))
+            m_fault.nth = number(name, value, 1, std::numeric_limits<int>::max());
+        else
+            complain(
+                QStringLiteral("no selector is called \"%1\"; there are unit, function, address, every, nth")
+                    .arg(name));
+    }
+
+    int number(const QString &name, const QString &text, int lowest, int highest)
+    {
+        bool ok = false;
+        const bool hexadecimal = text.startsWith(QLatin1String("0x"));
+        const int value = hexadecimal ? text.mid(2).toInt(&ok, 16) : text.toInt(&ok, 10);
+        if (!ok || value < lowest || value > highest)
+            complain(QStringLiteral("%1 takes a number from %2 to %3").arg(name).arg(lowest).arg(highest));
+        return value;
+    }
+
+    Fault::Range range(const QString &name, const QString &text, int highest)
+    {
+        const int dash = text.indexOf(QLatin1Char('-'));
+        Fault::Range range;
+        range.first = number(name, text.left(dash), 0, highest);
+        range.last = dash < 0 ? range.first : number(name, text.mid(dash + 1), 0, highest);
+        if (range.last < range.first)
+            complain(QStringLiteral("%1 takes FIRST-LAST, not the other way round").arg(name));
+        return range;
+    }
+
+    void complain(const QString &complaint)
+    {
+        if (m_complaint.isEmpty())
+            m_complaint = complaint;
+    }
+
+    Fault m_fault;
+    QSet<QString> m_selectors;
+    QString m_complaint;
+};
+
+bool overlaps(const Fault::Range &range, int first, int count)
+{
+    return first <= range.last && qint64(first) + count > range.first;
+}
+} // namespace
+
+std::optional<Fault> parseFault(const QString &text, QString *error)
+{
+    return Reader(text).read(error);
+}
+
+std::optional<QList<Fault>> parseFaults(const QStringList &texts, QString *error)
+{
+    QList<Fault> faults;
+    for (const QString &text : texts) {
+        const std::optional<Fault> fault = parseFault(text, error);
+        if (!fault)
+            return std::nullopt;
+        faults << *fault;
+    }
+    return faults;
+}
+
+bool strikes(Fault &fault, const RequestFacts &request)
+{
+    if (!overlaps(fault.unit, request.unit, 1) || !overlaps(fault.function, request.function, 1) ||
+        !overlaps(fault.address, request.address, request.count))
+        return false;
+    ++fault.selected;
+    return fault.selected % fault.every == 0 && (fault.nth == 0 || fault.selected == fault.nth);
+}
+
+bool needsModbusFrames(const Fault &fault)
+{
+    return fault.kind >= Fault::Unit;
+}

@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: MIT
+#include "simulated_station.h"
+
+#include "modbus_frames.h"
+#include "remote_peer.h"
+#include "station_connection.h"
+
+#include <algorithm>
+
+namespace {
+const int requestsKept = 1000;
+const int retryMilliseconds = 200;
+} // namespace
+
+SimulatedStation::SimulatedStation(const StationOptions &options, QObject *parent)
+    : QObject(parent), m_options(options), m_port(options.port), m_server(this), m_steps(this),
+      m_absence(this)
+{
+    for (const int id : options.units) {
+        if (!m_units.contains(id))
+            m_units.insert(id, new SimulatedUnit(id, this));
+    }
+    m_absence.setSingleShot(true);
+    connect(&m_absence, &QTimer::timeout, this, &SimulatedStation::comeBack);
+    connect(&m_server, &QTcpServer::newConnection, this, &SimulatedStation::accept);
+    if (options.still)
+        return;
+    for (SimulatedUnit *unit : qAsConst(m_units))
+        m_changing.emplace_back(*unit);
+    connect(&m_steps, &QTimer::timeout, this, [this] {
+        for (ChangingValues &values : m_changing)
+            values.step();
+    });
+}
+
+bool SimulatedStation::listen(QString *error)
+{
+    m_absence.stop();
+    for (const Fault &fault : qAsConst(m_options.faults)) {
+        if (m_options.remote && needsModbusFrames(fault)) {
+            *error = QStringLiteral("fault \"%1\": remote frames have nothing to alter").arg(fault.text);
+            return false;
+        }
+    }
+    if (!m_server.listen(QHostAddress(m_options.address), m_port)) {
+        *error = QStringLiteral("cannot listen on %1:%2: %3")
+                     .arg(m_options.address)
+                     .arg(m_port)
+                     .arg(m_server.errorString());
+        return false;
+    }
+    m_port = m_server.serverPort();
+    if (!m_options.still)
+        m_steps.start(ChangingValues::stepMilliseconds);
+    return true;
+}
+
+void SimulatedStation::stopListening()
+{
+    m_absence.stop();
+    m_server.close();
+    dropConnections();
+}
+
+void SimulatedStation::dropConnections()
+{
+    const QList<StationConnection *> connections = findChildren<StationConnection *>();
+    for (StationConnection *connection : connections)
+        connection->drop();
+}
+
+void SimulatedStation::accept()
+{
+    const auto frameSize = m_options.remote ? remote::frameSize : modbus::frameSize;
+    while (QTcpSocket *socket = m_server.nextPendingConnection())
+        new StationConnection(
+            socket, frameSize, [this](const QByteArray &request) { return answer(request); }, this);
+}
+
+Delivery SimulatedStation::answer(const QByteArray &request)
+{
+    if (m_requests.size() == requestsKept)
+        m_requests.removeFirst();
+    m_requests << request;
+
+    const RequestFacts facts = m_options.remote ? remote::facts(request) : modbus::facts(request);
+    const QList<Fault> faults = strikingFaults(facts);
+    const auto exception = std::find_if(faults.begin(), faults.end(),
+                                        [](const Fault &fault) { return fault.kind == Fault::Exception; });
+    Delivery delivery;
+    if (exception == faults.end())
+        delivery.reply = carryOut(facts, request);
+    else if (facts.unit != 0)
+        delivery.reply = modbus::exceptionReply(request, exception->value);
+    for (const Fault &fault : faults)
+        befall(fault, delivery);
+    if (delivery.refuseSeconds == 0)
+        return delivery;
+    stayAway(delivery.refuseSeconds);
+    return Delivery();
+}
+
+QList<Fault> SimulatedStation::strikingFaults(const RequestFacts &facts)
+{
+    QList<Fault> striking;
+    for (Fault &fault : m_options.faults) {
+        if (m_options.remote && needsModbusFrames(fault))
+            continue;
+        if (strikes(fault, facts))
+            striking << fault;
+    }
+    return striking;
+}
+
+QByteArray SimulatedStation::carryOut(const RequestFacts &facts, const QByteArray &request)
+{
+    if (facts.unit != 0) {
+        SimulatedUnit *unit = m_units.value(facts.unit);
+        return unit ? carryOutAt(*unit, request) : QByteArray();
+    }
+    for (SimulatedUnit *unit : qAsConst(m_units))
+        carryOutAt(*unit, request);
+    return QByteArray();
+}
+
+QByteArray SimulatedStation::carryOutAt(SimulatedUnit &unit, const QByteArray &request)
+{
+    return m_options.remote ? remote::carryOut(unit, request) : modbus::carryOut(unit, request);
+}
+
+void SimulatedStation::stayAway(int seconds)
+{
+    stopListening();
+    m_absence.start(seconds * 1000);
+}
+
+void SimulatedStation::comeBack()
+{
+    QString error;
+    if (!listen(&error))
+        m_absence.start(retryMilliseconds); // someone else has the port for now
+}

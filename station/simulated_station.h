@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// A simulated Modbus TCP station: any number of units behind one port, as strict as the best devices. It
+/// keeps silent for units it does not have, carries a broadcast (unit 0) out at every unit without a
+/// reply, and closes a connection whose stream is no longer Modbus. Used on one thread with an event loop;
+/// hosts and tests that block use StationThread.
+
+#pragma once
+
+#include "changing_values.h"
+#include "delivery.h"
+#include "simulated_unit.h"
+
+#include <QtCore/QMap>
+#include <QtCore/QTimer>
+#include <QtNetwork/QTcpServer>
+
+#include <memory>
+#include <vector>
+
+struct StationOptions
+{
+    QString address = QStringLiteral("127.0.0.1"); ///< numeric address to listen on
+    quint16 port = 0;                              ///< 0: a free one
+    QList<int> units = {1};                        ///< 1 to 255
+    bool still = false;                            ///< values change only when written
+    bool remote = false;                           ///< the driver's compact frames instead of Modbus
+    QList<Fault> faults;                           ///< each is tried on every request, in this order
+};
+
+class SimulatedStation : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit SimulatedStation(const StationOptions &options, QObject *parent = nullptr);
+
+    /// Listens. False, with one line in *error, when that fails. After stopListening on the same port again.
+    bool listen(QString *error);
+    /// Closes every connection and the listening socket; tables and faults stay.
+    void stopListening();
+    /// The port that is or was listened on; 0 before the first time.
+    quint16 port() const { return m_port; }
+
+    /// Ends every connection at once.
+    void dropConnections();
+    /// Replaces the faults; their counting starts anew. Of no effect in remote mode: those that alter Modbus
+    /// frames.
+    void setFaults(const QList<Fault> &faults) { m_options.faults = faults; }
+    /// The unit, owned by the station; nullptr when it has no such unit.
+    SimulatedUnit *unit(int id) const { return m_units.value(id); }
+    /// The requests received, oldest first, as whole frames: the last thousand, those without a reply too.
+    QList<QByteArray> requests() const { return m_requests; }
+
+private:
+    void accept();
+    Delivery answer(const QByteArray &request);
+    QList<Fault> strikingFaults(const RequestFacts &facts);
+    QByteArray carryOut(const RequestFacts &facts, const QByteArray &request);
+    QByteArray carryOutAt(SimulatedUnit &unit, const QByteArray &request);
+    void stayAway(int seconds);
+    void comeBack();
+
+    StationOptions m_options;
+    quint16 m_port = 0;
+    QTcpServer m_server;
+    QTimer m_steps;
+    QTimer m_absence;
+    QMap<int, SimulatedUnit *> m_units;
+    std::vector<ChangingValues> m_changing;
+    QList<QByteArray> m_requests;
+};

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#include "simulated_unit.h"
+
+namespace {
+template <typename Rule> QModbusDataUnit table(SimulatedUnit::Table type, Rule rule)
+{
+    QVector<quint16> values(SimulatedUnit::tableSize);
+    for (int address = 0; address < values.size(); ++address)
+        values[address] = static_cast<quint16>(rule(address));
+    return QModbusDataUnit(type, 0, values);
+}
+
+// Shared by all units until they write: a station of 255 units costs little.
+const QModbusDataUnitMap &initialTables()
+{
+    static const QModbusDataUnitMap tables = {
+        {QModbusDataUnit::Coils, table(QModbusDataUnit::Coils, [](int a) { return a % 3 == 0; })},
+        {QModbusDataUnit::DiscreteInputs,
+         table(QModbusDataUnit::DiscreteInputs, [](int a) { return a % 5 == 0; })},
+        {QModbusDataUnit::InputRegisters,
+         table(QModbusDataUnit::InputRegisters, [](int a) { return 10000 + a; })},
+        {QModbusDataUnit::HoldingRegisters,
+         table(QModbusDataUnit::HoldingRegisters, [](int a) { return a; })},
+    };
+    return tables;
+}
+} // namespace
+
+SimulatedUnit::SimulatedUnit(int id, QObject *parent) : QModbusServer(parent)
+{
+    setServerAddress(id);
+    setMap(initialTables());
+    connectDevice();
+}
+
+quint16 SimulatedUnit::at(Table table, int address) const
+{
+    quint16 value = 0;
+    if (address >= 0 && address < tableSize)
+        data(table, static_cast<quint16>(address), &value);
+    return value;
+}
+
+bool SimulatedUnit::set(Table table, int address, quint16 value)
+{
+    if (address < 0 || address >= tableSize)
+        return false;
+    const bool isBit = table == QModbusDataUnit::Coils || table == QModbusDataUnit::DiscreteInputs;
+    return setData(table, static_cast<quint16>(address), isBit ? value != 0 : value);
+}
+
+bool SimulatedUnit::open()
+{
+    setState(ConnectedState);
+    return true;
+}
+
+void SimulatedUnit::close()
+{
+    setState(UnconnectedState);
+}

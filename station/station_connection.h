@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// One master's connection: cuts the byte stream into requests, has each answered, and sends what becomes of
+/// the reply. Requests are answered in order. Lives on the station's thread and deletes itself when the
+/// connection ends.
+
+#pragma once
+
+#include "delivery.h"
+
+#include <QtCore/QTimer>
+#include <QtNetwork/QTcpSocket>
+
+#include <functional>
+
+class StationConnection : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Bytes of the first request in the stream; 0: more are needed; -1: the stream is lost.
+    using FrameSize = int (*)(const QByteArray &stream);
+    /// Carries one request out. May drop this connection.
+    using Answer = std::function<Delivery(const QByteArray &request)>;
+
+    /// Owns the socket from now on.
+    StationConnection(QTcpSocket *socket, FrameSize frameSize, Answer answer, QObject *parent);
+
+    /// Ends the connection at once.
+    void drop() { m_socket->abort(); }
+
+private:
+    void answerRequests();
+    bool isReady() const;
+    void deliver(const Delivery &delivery);
+    void send(const Delivery &delivery);
+    void reset();
+
+    QTcpSocket *m_socket;
+    FrameSize m_frameSize;
+    Answer m_answer;
+    QTimer m_delay;
+    QByteArray m_received;
+    QByteArray m_heldBack;
+};
