@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+#include "driver_library.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+#include <QtCore/QLibrary>
+
+namespace {
+
+const char fileName[] = "libModbus_TCPIP_RTU_M.so.1";
+
+template <typename Function>
+void resolve(QLibrary *library, const char *symbol, Function **function, QString *missing)
+{
+    *function = reinterpret_cast<Function *>(library->resolve(symbol));
+    if (!*function && missing->isEmpty())
+        *missing = QString::fromLatin1(symbol);
+}
+
+/// Looks every function up. The name of the first that is missing, else an empty text.
+QString resolveAll(QLibrary *library, DriverLibrary *driver)
+{
+    QString missing;
+    resolve(library, "SetComInfo", &driver->setComInfo, &missing);
+    resolve(library, "RegistCallBackFuncIntf", &driver->registerCallBacks, &missing);
+    resolve(library, "FlashLocalRegister", &driver->flashLocalRegister, &missing);
+    resolve(library, "ReCreatReadVarList", &driver->recreateReadList, &missing);
+    resolve(library, "AddListOnceReadVar", &driver->addOnceRead, &missing);
+    resolve(library, "AddListWriteVar", &driver->addWrite, &missing);
+    resolve(library, "EnCommStation", &driver->enableStation, &missing);
+    resolve(library, "ComCommunication", &driver->nextRequest, &missing);
+    resolve(library, "DataCom", &driver->handReply, &missing);
+    resolve(library, "GetRegisterData", &driver->getRegisterData, &missing);
+    resolve(library, "SetRegisterData", &driver->setRegisterData, &missing);
+    return missing;
+}
+
+} // namespace
+
+QString defaultDriverPath()
+{
+    const QString fromEnvironment = qEnvironmentVariable("MODBUS_DRIVER");
+    if (!fromEnvironment.isEmpty())
+        return fromEnvironment;
+    const QDir programs(QCoreApplication::applicationDirPath());
+    const QString name = QString::fromLatin1(fileName);
+    for (const QString &path : {programs.filePath(name), programs.filePath(QStringLiteral("../lib/") + name)}) {
+        if (QFileInfo::exists(path))
+            return QDir::cleanPath(path);
+    }
+    return name;
+}
+
+std::optional<DriverLibrary> loadDriver(const QString &path, QString *error)
+{
+    QLibrary library(path);
+    // All undefined symbols show now, not in the middle of the communication.
+    library.setLoadHints(QLibrary::ResolveAllSymbolsHint);
+    if (!library.load()) {
+        *error = QStringLiteral("cannot load the driver %1: %2").arg(path, library.errorString());
+        return std::nullopt;
+    }
+    DriverLibrary driver;
+    const QString missing = resolveAll(&library, &driver);
+    if (!missing.isEmpty()) {
+        *error = QStringLiteral("%1 is not the driver: it has no function %2").arg(path, missing);
+        return std::nullopt;
+    }
+    return driver;
+}
