@@ -60,9 +60,8 @@ int queueWrite(RW_VAR *var, int address, const QByteArray &value, int count)
 {
     switch (var->area) {
     case AreaCoils:
-        return queueBits(var, address, value, qMin(count, int(image::bitCount)));
     case AreaHoldingRegisterBit:
-        return queueBits(var, address, value, qMin(count, int(image::registerBits)));
+        return queueBits(var, address, value, qMin(count, int(image::bitCount)));
     case AreaHoldingRegisters:
     case AreaHoldingPairs:
         return queueRegisters(var, address, value, qMin(count, int(image::registerCount)));

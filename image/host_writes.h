@@ -18,7 +18,8 @@ extern "C" {
 ///
 /// While CommSettings::writeMode is 2 the write is queued, each bit by itself, registers in pieces of
 /// at most writeBlockSize, and reaches the image when its request is built, or at once while the last
-/// exchange has failed. Otherwise it goes to the image only. No count reaches further than a whole table.
+/// exchange has failed. Otherwise it goes to the image only. One call queues no more than 65,544 bits or
+/// 65,536 registers.
 ///
 /// Returns 0 when the address text gives a negative address, the area cannot be written or nothing was
 /// queued; 1 when the value went only to the image; otherwise the number of queued writes, as

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+// A host in verbs: every test starts with a driver as it is after loading, and a settings record of
+// its own. Bytes are hexadecimal on both sides; blanks group them as the reader likes.
+
+#pragma once
+
+#include "modbus_tcpip_rtu_m.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+inline QByteArray bytes(const char *hex)
+{
+    return QByteArray::fromHex(hex);
+}
+
+inline std::string hex(const QByteArray &data)
+{
+    return data.toHex().toUpper().toStdString();
+}
+
+/// The same digits as hex() gives, without the author's blanks.
+inline std::string hex(const char *text)
+{
+    return hex(bytes(text));
+}
+
+struct Item
+{
+    int area;
+    const char *address;
+    int count;
+    int station = 1;
+};
+
+class Driver : public testing::Test
+{
+protected:
+    Driver();
+
+    int poll(const std::vector<Item> &items);
+    int write(int area, const char *address, int count, const char *value, int hostId = 0, int hostItem = 0,
+              int station = 1);
+    void expectRequest(const char *frame);
+    void expectNothingToSend() { EXPECT_EQ(ComCommunication(), nullptr); }
+    /// The status that DataCom reports for these reply bytes, or for none.
+    int reply(const char *frame);
+    int noReply() { return DataCom(nullptr, 0)->status; }
+    /// What GetRegisterData gives.
+    std::string value(int area, const char *address, int count, int station = 1);
+    /// The call-backs since the last look: "done CHANNEL ID ITEM OUTCOME", "notify ID FLAG".
+    std::vector<std::string> takeCalls();
+
+    CommSettings settings;
+};
+
+typedef std::vector<std::string> Calls;
+
+RW_VAR access(int area, int start, int length, const char *data = "", int station = 1);
+/// "area:start*length" for each entry, with "station/" ahead when that is not 1.
+std::string listed(const QList<RW_VAR> &list);

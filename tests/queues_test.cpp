@@ -1,0 +1,245 @@
+// SPDX-License-Identifier: MIT
+// The write queue, one-shot reads, and the grouping of the poll list.
+#include "driver_fixture.h"
+
+#include <climits>
+
+namespace {
+
+int addWrite(const RW_VAR &var, int mode = 0)
+{
+    RW_VAR copy = var;
+    return AddListWriteVar(&copy, mode);
+}
+
+RW_VAR onceRead(int area, const char *address, int length, int hostId = 1)
+{
+    RW_VAR var = access(area, -7, length);
+    var.addressText = QString::fromLatin1(address);
+    var.hostId = hostId;
+    return var;
+}
+
+/// Requests in readList, for a block size, mode and list of items.
+struct Grouped
+{
+    const char *what;
+    int block;
+    std::vector<Item> items;
+    const char *requests;
+};
+
+} // namespace
+
+TEST_F(Driver, HeadOfQueueIsNeverMerged)
+{
+    EXPECT_EQ(addWrite(access(5, 0, 1, "0100")), 1);
+    EXPECT_EQ(addWrite(access(5, 0, 1, "0200")), 2);
+    EXPECT_EQ(addWrite(access(5, 0, 1, "0300")), 2);
+    EXPECT_EQ(hex(PLC_driver.writeList.at(0).data), "0100");
+    EXPECT_EQ(hex(PLC_driver.writeList.at(1).data), "0300");
+}
+
+TEST_F(Driver, WritesMergeOnlyIntoTheSamePlace)
+{
+    addWrite(access(5, 9, 1));
+    addWrite(access(5, 0, 1, "0100"));
+    const RW_VAR others[] = {access(5, 0, 1, "", 2), access(3, 0, 1), access(5, 1, 1), access(5, 0, 2)};
+    int count = 2;
+    for (const RW_VAR &other : others)
+        EXPECT_EQ(addWrite(other), ++count) << listed({other});
+    addWrite(access(5, 0, 1, "0200"), 1);
+    EXPECT_EQ(addWrite(access(5, 0, 1, "0300")), 7);
+    EXPECT_EQ(hex(PLC_driver.writeList.at(1).data), "0300") << "the first match is overwritten";
+    EXPECT_EQ(hex(PLC_driver.writeList.at(6).data), "0200") << "and no other";
+}
+
+TEST_F(Driver, FullQueuesDropAndModeOneDoesNot)
+{
+    RW_VAR read = onceRead(5, "0", 1);
+    for (int i = 0; i < 1100; ++i) {
+        EXPECT_EQ(addWrite(access(5, i, 1)), qMin(i + 1, 1024));
+        read.dataLength = 1;
+        read.addressText = QString::number(i);
+        EXPECT_EQ(AddListOnceReadVar(&read, 0), qMin(i + 1, 1024));
+    }
+    EXPECT_EQ(addWrite(access(5, 5000, 1), 1), 1025);
+    EXPECT_EQ(AddListOnceReadVar(&read, 1), 1025);
+    EXPECT_EQ(addWrite(access(5, 7, 1, "0700")), 1025);
+    EXPECT_EQ(hex(PLC_driver.writeList.at(7).data), "0700") << "a full queue still merges";
+}
+
+TEST_F(Driver, OneShotReadsInPieces)
+{
+    const struct
+    {
+        const char *what;
+        int block, area;
+        const char *address;
+        int length;
+        const char *pieces;
+    } rows[] = {
+        {"coils in bytes", 2, 0, "13", 30, "0:8*2 0:24*2 0:40*1"},
+        {"bits of registers", 1, 3, "10.5", 20, "5:10*1 5:11*1"},
+        {"bits in one input register", 10, 2, "10.5", 3, "4:10*1"},
+        {"32-bit values", 2, 7, "100", 5, "5:100*2 5:102*2 5:104*1"},
+        {"full last piece", 2, 4, "100", 4, "4:100*2 4:102*2"},
+        {"no limit", 0, 5, "0", 500, "5:0*500"},
+        {"negative block", -3, 5, "0", 500, "5:0*500"},
+        {"nothing asked", 10, 5, "0", 0, ""},
+        {"less than nothing", 10, 0, "7", -20, ""},
+        {"unknown area keeps its own address", 10, 9, "50", 2, "9:-7*2"},
+        {"huge length", 0, 0, "7", INT_MAX, "0:0*268435457"},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        PLC_driver.onceReadList.clear();
+        settings.writeBlockSize = row.block;
+        RW_VAR var = onceRead(row.area, row.address, row.length);
+        var.subIndex = var.aux = 5;
+        AddListOnceReadVar(&var, 0);
+        EXPECT_EQ(listed(PLC_driver.onceReadList), row.pieces);
+        EXPECT_EQ(var.subIndex, 0);
+        EXPECT_EQ(var.aux, 0);
+        if (!PLC_driver.onceReadList.isEmpty()) {
+            EXPECT_EQ(listed({var}), listed({PLC_driver.onceReadList.last()}));
+        }
+    }
+}
+
+TEST_F(Driver, OneShotReadsAreNotQueuedTwiceByOneItem)
+{
+    RW_VAR first = onceRead(5, "0", 15), again = first, other = onceRead(5, "0", 15, 2);
+    EXPECT_EQ(AddListOnceReadVar(&first, 0), 2);
+    EXPECT_EQ(AddListOnceReadVar(&again, 0), 2);
+    EXPECT_EQ(AddListOnceReadVar(&other, 0), 4);
+}
+
+TEST_F(Driver, OneShotReadStations)
+{
+    settings.defaultStation = 4;
+    RW_VAR single = onceRead(5, "0", 1), many = single;
+    AddListOnceReadVar(&single, 0);
+    settings.multiStation = 1;
+    AddListOnceReadVar(&many, 0);
+    EXPECT_EQ(listed(PLC_driver.onceReadList), "4/5:0*1 5:0*1");
+}
+
+TEST_F(Driver, BadAddressLeavesTheHostsRecordAlone)
+{
+    RW_VAR var = onceRead(2, "3", 1);
+    var.aux = 5;
+    EXPECT_EQ(AddListOnceReadVar(&var, 0), 0);
+    EXPECT_EQ(listed({var}), "2:-7*1");
+    EXPECT_EQ(var.aux, 5);
+}
+
+TEST_F(Driver, OneShotReadOfMoreThanAQueueEndsAtTheLastPiece)
+{
+    settings.writeBlockSize = 1;
+    RW_VAR var = onceRead(5, "0", INT_MAX);
+    EXPECT_EQ(AddListOnceReadVar(&var, 0), 1024);
+    EXPECT_EQ(listed({var}), "5:2147483646*1");
+}
+
+TEST_F(Driver, NeighboursShareARequestAtOneStation)
+{
+    const Grouped rows[] = {
+        {"a gap within the block",
+         10,
+         {{5, "8", 2}, {5, "0", 2}, {5, "20", 1}, {5, "5", 2}},
+         "5:0*10 5:20*1"},
+        {"one inside another", 10, {{5, "0", 10}, {5, "3", 2}}, "5:0*10"},
+        {"ends inside, starts outside", 10, {{5, "0", 10}, {5, "3", 8}}, "5:0*10 5:3*8"},
+        {"coils in whole bytes", 10, {{0, "3", 4}, {0, "10", 2}, {0, "100", 1}}, "0:0*2 0:96*1"},
+        {"bits of a register", 10, {{3, "10.5", 3}, {3, "10.15", 2}}, "5:10*2"},
+        {"a run longer than a block", 32, {{0, "13", 500}}, "0:8*33 0:264*32"},
+        {"registers longer than a block", 10, {{5, "0", 25}}, "5:0*10 5:10*10 5:20*5"},
+        {"the order of areas",
+         10,
+         {{5, "0", 1}, {0, "0", 1}, {6, "0", 2}, {1, "0", 1}, {7, "4", 2}},
+         "0:0*1 1:0*1 4:0*2 5:0*6"},
+        {"nothing usable", 10, {{9, "0", 1}, {2, "5", 1}, {5, "-1", 1}}, ""},
+        {"no limit, no merging", 0, {{5, "0", 300}, {5, "300", 1}, {5, "10", 5}}, "5:0*300 5:300*1"},
+        {"negative block is no limit", -1, {{5, "0", 300}, {5, "300", 1}}, "5:0*300 5:300*1"},
+        {"an empty variable", 10, {{5, "4", 0}}, "5:4*0"},
+        {"the same address twice", 10, {{5, "4", 1}, {5, "4", 3}}, "5:4*3"},
+        {"no count passes a table", 0, {{4, "0", INT_MAX}}, "4:0*65536"},
+    };
+    for (const Grouped &row : rows) {
+        SCOPED_TRACE(row.what);
+        settings.writeBlockSize = row.block;
+        const int count = poll(row.items);
+        EXPECT_EQ(listed(PLC_driver.readList), row.requests);
+        EXPECT_EQ(count, PLC_driver.readList.size());
+    }
+}
+
+TEST_F(Driver, NeighboursShareARequestAtManyStations)
+{
+    settings.multiStation = 1;
+    poll({{5, "0", 2, 1}, {5, "0", 2, 2}, {5, "4", 2, 1}});
+    EXPECT_EQ(listed(PLC_driver.readList), "5:0*6 2/5:0*2");
+    poll({{0, "16", 1, 255}, {1, "0", 1, 0}});
+    EXPECT_EQ(listed(PLC_driver.readList), "0/1:0*3") << "255 of one area is 0 of the next";
+    poll({{9, "0", 25}});
+    EXPECT_EQ(listed(PLC_driver.readList), "9:0*10 9:10*10 9:20*5");
+    poll({{0, "3", 200}});
+    EXPECT_EQ(listed(PLC_driver.readList), "0:0*10 0:80*10 0:160*6");
+    EXPECT_EQ(poll({{5, "0", 0}, {3, "1", 1}}), 0);
+}
+
+TEST_F(Driver, EqualAddressesOfAStationAreTakenNewestFirst)
+{
+    settings.multiStation = 1;
+    settings.writeBlockSize = 0;
+    poll({{5, "0", 2}, {5, "0", 3}});
+    EXPECT_EQ(listed(PLC_driver.readList), "5:0*3");
+    poll({{5, "0", 3}, {5, "0", 2}});
+    EXPECT_EQ(listed(PLC_driver.readList), "5:0*2 5:0*3");
+}
+
+TEST_F(Driver, PolledRequestsCarryTheTemplate)
+{
+    settings.remoteMode = 3;
+    poll({{5, "7", 1}});
+    const RW_VAR &entry = PLC_driver.readList.at(0);
+    EXPECT_EQ(entry.hostItem, -1);
+    EXPECT_EQ(entry.hostId, 0);
+    EXPECT_EQ(entry.rwFlag, 0);
+    EXPECT_EQ(entry.subIndex, 0);
+    EXPECT_EQ(entry.remoteMode, 3);
+    EXPECT_EQ(entry.linkId, 2);
+    EXPECT_EQ(entry.addressText, QString::fromLatin1("7"));
+}
+
+TEST_F(Driver, OnlyARealRebuildStartsThePassAfresh)
+{
+    poll({{5, "0", 1}});
+    settings.cycleDone = 1;
+    PLC_driver.cyclicDone = 1;
+    EXPECT_EQ(poll({}), 0);
+    EXPECT_EQ(settings.cycleDone, 1);
+    EXPECT_EQ(PLC_driver.cyclicDone, 1);
+    EXPECT_TRUE(PLC_driver.readList.isEmpty());
+    poll({{5, "0", 1}});
+    EXPECT_EQ(settings.cycleDone, 0);
+    EXPECT_EQ(PLC_driver.cyclicDone, 0);
+}
+
+TEST_F(Driver, SortIsStableAndAscending)
+{
+    QList<RW_VAR> list = {access(5, 3, 1), access(5, -1, 1), access(5, 3, 2), access(5, 0, 1),
+                          access(5, 3, 3)};
+    Bubble_Sort(&list);
+    EXPECT_EQ(listed(list), "5:-1*1 5:0*1 5:3*1 5:3*2 5:3*3");
+}
+
+TEST_F(Driver, MergeStepsWidenTheEntryThatTheirCountNames)
+{
+    QList<RW_VAR> sorted = {access(5, 0, 1), access(5, 1, 1)};
+    PLC_driver.readList << access(5, 90, 1);
+    EXPECT_EQ(WordVarReCreat(&sorted, 10, 1), 2);
+    EXPECT_EQ(listed(PLC_driver.readList), "5:90*1 5:0*2");
+    EXPECT_EQ(WordVarReCreat(&sorted, 10, 90), 91) << "an entry that is not there is not widened";
+}
