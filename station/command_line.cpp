@@ -3,6 +3,8 @@
 
 #include <QtCore/QCommandLineParser>
 
+#include <algorithm>
+
 namespace {
 const char description[] =
     "A simulated Modbus TCP station. Prints one line, \"listening on ADDRESS:PORT\", and runs until\n"
@@ -59,58 +61,64 @@ bool parseUnits(const QString &text, QList<int> *units)
     }
     return true;
 }
+
+void addOptions(QCommandLineParser &parser)
+{
+    const auto text = [](const char *latin1) { return QString::fromLatin1(latin1); };
+    parser.addOptions({
+        {text("listen"), text("Numeric address and port to listen on; port 0: a free one."),
+         text("ADDRESS:PORT"), text("127.0.0.1:1502")},
+        {text("units"), text("Unit numbers from 1 to 255."), text("N,N..."), text("1")},
+        {text("still"), text("Values change only when written.")},
+        {text("fault"), text("A fault; may be given repeatedly."), text("FAULT")},
+        {text("remote"), text("Answer the driver's compact frames instead of Modbus.")},
+        {{text("h"), text("help")}, text("Print this and end.")},
+        {text("version"), text("Print the version and end.")},
+    });
+}
+
+// What is wrong; empty when all is well.
+QString readStation(const QCommandLineParser &parser, StationOptions *station)
+{
+    const QString listen = parser.value(QStringLiteral("listen"));
+    const QString units = parser.value(QStringLiteral("units"));
+    station->still = parser.isSet(QStringLiteral("still"));
+    station->remote = parser.isSet(QStringLiteral("remote"));
+    if (!parseEndpoint(listen, station))
+        return QStringLiteral("--listen takes a numeric ADDRESS:PORT, not \"%1\"").arg(listen);
+    if (!parseUnits(units, &station->units))
+        return QStringLiteral("--units takes different numbers from 1 to 255, as in 1,2,5, not \"%1\"")
+            .arg(units);
+    QString error;
+    const std::optional<QList<Fault>> faults = parseFaults(parser.values(QStringLiteral("fault")), &error);
+    if (!faults)
+        return error;
+    station->faults = *faults;
+    if (station->remote && std::any_of(faults->begin(), faults->end(), needsModbusFrames))
+        return QStringLiteral(
+            "--remote allows silence, delay, cut, double, glue, close, reset and refuse only");
+    return QString();
+}
 } // namespace
 
 std::optional<CommandLine> readCommandLine(const QStringList &words, QString *error)
 {
-    const QCommandLineOption listen(
-        QStringLiteral("listen"),
-        QStringLiteral("Numeric address and port to listen on; port 0: a free one."),
-        QStringLiteral("ADDRESS:PORT"), QStringLiteral("127.0.0.1:1502"));
-    const QCommandLineOption units(QStringLiteral("units"), QStringLiteral("Unit numbers from 1 to 255."),
-                                   QStringLiteral("N,N..."), QStringLiteral("1"));
-    const QCommandLineOption still(QStringLiteral("still"),
-                                   QStringLiteral("Values change only when written."));
-    const QCommandLineOption fault(QStringLiteral("fault"),
-                                   QStringLiteral("A fault; may be given repeatedly."),
-                                   QStringLiteral("FAULT"));
-    const QCommandLineOption remote(QStringLiteral("remote"),
-                                    QStringLiteral("Answer the driver's compact frames instead of Modbus."));
     QCommandLineParser parser;
     parser.setApplicationDescription(QLatin1String(description));
-    const QCommandLineOption help = parser.addHelpOption();
-    const QCommandLineOption version = parser.addVersionOption();
-    parser.addOptions({listen, units, still, fault, remote});
+    addOptions(parser);
 
     CommandLine line;
-    if (!parser.parse(words)) {
+    if (!parser.parse(words))
         *error = parser.errorText();
-        return std::nullopt;
-    }
-    if (parser.isSet(help))
-        line.answer = parser.helpText();
-    if (parser.isSet(version))
-        line.answer = QStringLiteral("modbus-station %1\n").arg(QCoreApplication::applicationVersion());
-    if (!parser.positionalArguments().isEmpty()) {
+    else if (!parser.positionalArguments().isEmpty())
         *error = QStringLiteral("unexpected argument \"%1\"").arg(parser.positionalArguments().first());
+    else
+        *error = readStation(parser, &line.station);
+    if (!error->isEmpty())
         return std::nullopt;
-    }
-    if (!parseEndpoint(parser.value(listen), &line.station)) {
-        *error =
-            QStringLiteral("--listen takes a numeric ADDRESS:PORT, not \"%1\"").arg(parser.value(listen));
-        return std::nullopt;
-    }
-    if (!parseUnits(parser.value(units), &line.station.units)) {
-        *error =
-            QStringLiteral("--units takes different numbers from 1 to 255 with commas between, not \"%1\"")
-                .arg(parser.value(units));
-        return std::nullopt;
-    }
-    const std::optional<QList<Fault>> faults = parseFaults(parser.values(fault), error);
-    if (!faults)
-        return std::nullopt;
-    line.station.faults = *faults;
-    line.station.still = parser.isSet(still);
-    line.station.remote = parser.isSet(remote);
+    if (parser.isSet(QStringLiteral("help")))
+        line.answer = parser.helpText();
+    else if (parser.isSet(QStringLiteral("version")))
+        line.answer = QStringLiteral("modbus-station %1\n").arg(QCoreApplication::applicationVersion());
     return line;
 }

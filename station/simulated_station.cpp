@@ -36,12 +36,6 @@ SimulatedStation::SimulatedStation(const StationOptions &options, QObject *paren
 bool SimulatedStation::listen(QString *error)
 {
     m_absence.stop();
-    for (const Fault &fault : qAsConst(m_options.faults)) {
-        if (m_options.remote && needsModbusFrames(fault)) {
-            *error = QStringLiteral("fault \"%1\": remote frames have nothing to alter").arg(fault.text);
-            return false;
-        }
-    }
     if (!m_server.listen(QHostAddress(m_options.address), m_port)) {
         *error = QStringLiteral("cannot listen on %1:%2: %3")
                      .arg(m_options.address)

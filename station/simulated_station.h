@@ -25,7 +25,7 @@ struct StationOptions
     QList<int> units = {1};                        ///< 1 to 255
     bool still = false;                            ///< values change only when written
     bool remote = false;                           ///< the driver's compact frames instead of Modbus
-    QList<Fault> faults;                           ///< each is tried on every request, in this order
+    QList<Fault> faults;                           ///< all that strike a request befall it, in order
 };
 
 class SimulatedStation : public QObject
@@ -44,8 +44,8 @@ public:
 
     /// Ends every connection at once.
     void dropConnections();
-    /// Replaces the faults; their counting starts anew. Of no effect in remote mode: those that alter Modbus
-    /// frames.
+    /// Replaces the faults; their counting starts anew. In remote mode those that alter Modbus frames do
+    /// nothing.
     void setFaults(const QList<Fault> &faults) { m_options.faults = faults; }
     /// The unit, owned by the station; nullptr when it has no such unit.
     SimulatedUnit *unit(int id) const { return m_units.value(id); }
