@@ -1,20 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "packing.h"
 
+#include "bounds.h"
+
 #include "../driver/driver_object.h"
+
+#include <cstring>
 
 namespace {
 
 using image::bitCount;
+using image::Inside;
 using image::registerBits;
 using image::registerCount;
-
-/// How many of `count` elements from `start` on lie ahead of the table's end; never more than the
-/// table has.
-int within(int start, int count, int table)
-{
-    return static_cast<int>(qBound<qint64>(0, qint64(table) - start, qMin(qMax(0, count), table)));
-}
 
 char *grown(QByteArray &out, int size)
 {
@@ -51,22 +49,21 @@ template <typename Word> struct BitRow
 
 template <typename Word> void readBits(QByteArray &out, BitRow<Word> row, int start, int count, int table)
 {
-    const int n = within(start, count, table);
-    if (n == 0)
+    const Inside inside(start, count, table);
+    if (inside.end == 0)
         return;
-    char *to = grown(out, n);
-    for (int i = 0; i < n; ++i)
-        to[i] = start + i >= 0 && row.get(start + i);
+    char *to = grown(out, inside.end);
+    std::memset(to, 0, static_cast<std::size_t>(inside.first));
+    for (int i = inside.first; i < inside.end; ++i)
+        to[i] = row.get(start + i);
 }
 
 template <typename Word>
 void writeBits(BitRow<Word> row, const QByteArray &in, int start, int count, int table)
 {
-    const int n = within(start, qMin(count, in.size()), table);
-    for (int i = 0; i < n; ++i) {
-        if (start + i >= 0)
-            row.set(start + i, in.at(i) == 1);
-    }
+    const Inside inside(start, qMin(count, in.size()), table);
+    for (int i = inside.first; i < inside.end; ++i)
+        row.set(start + i, in.at(i) == 1);
 }
 
 } // namespace
@@ -83,26 +80,27 @@ void GetBitFromUS(QByteArray &out, unsigned short *regs, int start, int count)
 
 void GetWordFromUS(QByteArray &out, unsigned short *regs, int start, int count)
 {
-    const int n = within(start, count, registerCount);
-    if (n == 0)
+    const Inside inside(start, count, registerCount);
+    if (inside.end == 0)
         return;
-    char *to = grown(out, 2 * n);
-    for (int k = 0; k < n; ++k)
-        putLowFirst(to + 2 * k, start + k < 0 ? quint16(0) : regs[start + k]);
+    char *to = grown(out, 2 * inside.end);
+    std::memset(to, 0, 2 * static_cast<std::size_t>(inside.first));
+    for (int k = inside.first; k < inside.end; ++k)
+        putLowFirst(to + 2 * k, regs[start + k]);
 }
 
 void GetWordFromUI(QByteArray &out, unsigned short *regs, int start, int count)
 {
     if (count == 1) {
-        if (within(start, 2, registerCount) == 2)
+        if (Inside(start, 2, registerCount).end == 2)
             putLowFirst(grown(out, 2), start < 0 ? quint16(0) : regs[start + 1]);
         return;
     }
-    const int n = within(start, count, registerCount) / 2;
-    if (n == 0)
+    const int pairs = Inside(start, count, registerCount).end / 2;
+    if (pairs == 0)
         return;
-    char *to = grown(out, 4 * n);
-    for (int j = 0; j < n; ++j) {
+    char *to = grown(out, 4 * pairs);
+    for (int j = 0; j < pairs; ++j) {
         const int r = start + 2 * j;
         putLowFirst(to + 4 * j, r < 0 ? quint16(0) : regs[r + 1]);
         putLowFirst(to + 4 * j + 2, r < 0 ? quint16(0) : regs[r]);
@@ -121,19 +119,17 @@ void SetBitToUS(int start, unsigned short *regs, QByteArray *in, int count)
 
 void SetWordToUS(int start, unsigned short *regs, QByteArray *in, int count)
 {
-    const int n = within(start, qMin(count, in->size() / 2), registerCount);
+    const Inside inside(start, qMin(count, in->size() / 2), registerCount);
     const char *from = in->constData();
-    for (int k = 0; k < n; ++k) {
-        if (start + k >= 0)
-            regs[start + k] = takeLowFirst(from + 2 * k);
-    }
+    for (int k = inside.first; k < inside.end; ++k)
+        regs[start + k] = takeLowFirst(from + 2 * k);
 }
 
 void SetWordToUI(int start, unsigned short *regs, QByteArray *in, int count)
 {
-    const int n = within(start, qMin(count, in->size() / 2), registerCount) / 2;
+    const int pairs = Inside(start, qMin(count, in->size() / 2), registerCount).end / 2;
     const char *from = in->constData();
-    for (int j = 0; j < n; ++j) {
+    for (int j = 0; j < pairs; ++j) {
         const int r = start + 2 * j;
         if (r < 0)
             continue;

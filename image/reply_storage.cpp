@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "reply_storage.h"
 
+#include "bounds.h"
 #include "station_values.h"
 #include "write_back.h"
 
@@ -12,47 +13,37 @@ using arithmetic::wrapped;
 
 namespace {
 
-/// The data of a reply: bytes of bits, or registers high byte first.
+/// The data of a reply: what the request announced, and how much of it has come.
 class ReplyData
 {
 public:
     ReplyData(const QByteArray &reply, const Protocol &request)
-        : m_reply(reply), m_header(request.replyHeaderLength),
-          m_bytes(qBound(0, request.replyDataLength, 2 * image::registerCount))
+        : byteCount(qBound(0, request.replyDataLength, 2 * image::registerCount)),
+          registerCount(byteCount / 2), bytesPresent(present(reply, request.replyHeaderLength)),
+          registersPresent(bytesPresent / 2), bytes(reinterpret_cast<const uchar *>(reply.constData()) +
+                                                    (bytesPresent ? request.replyHeaderLength : 0))
     {
     }
 
-    int byteCount() const { return m_bytes; }
-    int registerCount() const { return m_bytes / 2; }
-    bool hasByte(int j) const { return holds(qint64(m_header) + j); }
-    bool hasRegister(int k) const
-    {
-        return holds(qint64(m_header) + 2 * k) && holds(qint64(m_header) + 2 * k + 1);
-    }
-    quint8 byte(int j) const { return static_cast<quint8>(m_reply.at(m_header + j)); }
-    quint16 reg(int k) const { return static_cast<quint16>(byte(2 * k) << 8 | byte(2 * k + 1)); }
+    quint16 reg(int k) const { return static_cast<quint16>(bytes[2 * k] << 8 | bytes[2 * k + 1]); }
+    quint16 lastRegister() const { return registersPresent > 0 ? reg(registersPresent - 1) : quint16(0); }
+
+    const int byteCount, registerCount;
+    const int bytesPresent, registersPresent;
+    const uchar *const bytes; ///< bits, or registers high byte first
 
 private:
-    bool holds(qint64 index) const { return index >= 0 && index < m_reply.size(); }
-
-    const QByteArray &m_reply;
-    int m_header;
-    int m_bytes;
+    int present(const QByteArray &reply, int header) const
+    {
+        return header >= 0 && header < reply.size() ? qMin(byteCount, reply.size() - header) : 0;
+    }
 };
 
-/// Stores registers in an image array; the last one stored, or 0.
-quint16 storeRegisters(const ReplyData &data, int start, quint16 *regs)
+void storeRegisters(const ReplyData &data, int start, quint16 *regs)
 {
-    quint16 last = 0;
-    for (int k = 0; k < data.registerCount(); ++k) {
-        const qint64 address = qint64(start) + k;
-        if (!data.hasRegister(k))
-            continue;
-        last = data.reg(k);
-        if (address >= 0 && address < image::registerCount)
-            regs[address] = last;
-    }
-    return last;
+    const image::Inside inside(start, data.registersPresent, image::registerCount);
+    for (int k = inside.first; k < inside.end; ++k)
+        regs[start + k] = data.reg(k);
 }
 
 void storeInImage(QByteArray *reply, int area)
@@ -95,40 +86,40 @@ void stretchLastTouched(QByteArray *touched, int size)
 void storeStationBits(const ReplyData &data, const RW_VAR &var)
 {
     QByteArray *value = nullptr;
-    for (int j = 0; j < data.byteCount(); ++j) {
+    for (int j = 0; j < data.byteCount; ++j) {
         value = &image::stationValue(var.station, var.area, wrapped(var.startAddress + qint64(8) * j));
-        value->truncate(0);
-        if (data.hasByte(j))
-            value->append(static_cast<char>(data.byte(j)));
+        value->resize(j < data.bytesPresent ? 1 : 0);
+        if (j < data.bytesPresent)
+            (*value)[0] = static_cast<char>(data.bytes[j]);
     }
-    stretchLastTouched(value, data.byteCount());
+    stretchLastTouched(value, data.byteCount);
 }
 
-/// The last register stored, or 0.
-quint16 storeStationRegisters(const ReplyData &data, const RW_VAR &var, int area)
+void storeStationRegisters(const ReplyData &data, const RW_VAR &var, int area)
 {
     QByteArray *value = nullptr;
-    quint16 last = 0;
-    for (int k = 0; k < data.registerCount(); ++k) {
+    for (int k = 0; k < data.registerCount; ++k) {
         value = &image::stationValue(var.station, area, wrapped(qint64(var.startAddress) + k));
-        value->truncate(0);
-        if (!data.hasRegister(k))
+        value->resize(k < data.registersPresent ? 2 : 0);
+        if (k >= data.registersPresent)
             continue;
-        last = data.reg(k);
-        value->append(static_cast<char>(last & 0xFF)).append(static_cast<char>(last >> 8));
+        char *to = value->data();
+        to[0] = static_cast<char>(data.bytes[2 * k + 1]);
+        to[1] = static_cast<char>(data.bytes[2 * k]);
     }
-    stretchLastTouched(value, data.byteCount());
-    return last;
+    stretchLastTouched(value, data.byteCount);
 }
 
 void storePerStation(const ReplyData &data, const RW_VAR &var)
 {
-    if (var.area == AreaHoldingRegisterBit)
-        image::completeWriteBack(storeStationRegisters(data, var, AreaHoldingRegisters));
-    else if (var.area < AreaHoldingRegisterBit)
+    if (var.area == AreaHoldingRegisterBit) {
+        storeStationRegisters(data, var, AreaHoldingRegisters);
+        image::completeWriteBack(data.lastRegister());
+    } else if (var.area < AreaHoldingRegisterBit) {
         storeStationBits(data, var);
-    else
+    } else {
         storeStationRegisters(data, var, var.area);
+    }
 }
 
 } // namespace
@@ -147,9 +138,11 @@ void SaveToLocalDataErea(QByteArray *reply)
 void SpecialRegisterSave(QByteArray *reply, unsigned short *regs)
 {
     const Protocol *request = requestInFlight();
-    if (request)
-        image::completeWriteBack(
-            storeRegisters(ReplyData(*reply, *request), request->var.startAddress, regs));
+    if (!request)
+        return;
+    const ReplyData data(*reply, *request);
+    storeRegisters(data, request->var.startAddress, regs);
+    image::completeWriteBack(data.lastRegister());
 }
 
 void SaveBitToUC(QByteArray *reply, unsigned char *bits)
@@ -159,12 +152,11 @@ void SaveBitToUC(QByteArray *reply, unsigned char *bits)
         return;
     const ReplyData data(*reply, *request);
     const int start = request->var.startAddress;
-    for (int j = 0; j < data.byteCount(); ++j) {
-        const int byte = start / 8 + j;
-        const bool inside = start + qint64(8) * j >= 0 && byte < image::bitBytes;
-        if (inside && data.hasByte(j))
-            bits[byte] = data.byte(j);
-    }
+    if (start < 0 && start % 8 != 0)
+        return; // no byte of the image begins there
+    const image::Inside inside(start / 8, data.bytesPresent, image::bitBytes);
+    for (int j = inside.first; j < inside.end; ++j)
+        bits[start / 8 + j] = data.bytes[j];
 }
 
 void SaveWordToUS(QByteArray *reply, unsigned short *regs)
