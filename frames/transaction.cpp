@@ -28,14 +28,14 @@ Reply writeEcho(int station)
 
 void append(const QByteArray &frame, const Reply &reply, const RW_VAR &var)
 {
-    Protocol built;
+    PLC_driver.pendingList.append(Protocol());
+    Protocol &built = PLC_driver.pendingList.last();
     built.frame = frame;
     built.frameLength = frame.size();
     built.replyLength = reply.length;
     built.replyHeaderLength = reply.headerLength;
     built.replyDataLength = reply.dataLength;
     built.var = var;
-    PLC_driver.pendingList.append(built);
 }
 
 void expectReplies(int count)

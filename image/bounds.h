@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// What of an access lies inside an image array. Pure arithmetic.
+/// What of an access lies inside an image array, and room for it in the host's array.
 
 #pragma once
 
-#include <QtCore/QtGlobal>
+#include <QtCore/QByteArray>
 
 namespace image {
 
@@ -21,5 +21,13 @@ struct Inside
     int end;
     int first;
 };
+
+/// The bytes of `out`, grown to at least `size`. What is new is not initialised.
+inline char *grown(QByteArray &out, int size)
+{
+    if (out.size() < size)
+        out.resize(size);
+    return out.data();
+}
 
 } // namespace image

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host_reads.h"
 
+#include "bounds.h"
 #include "packing.h"
 #include "station_values.h"
 
@@ -12,6 +13,7 @@
 #include <QtCore/QMutexLocker>
 
 using arithmetic::wrapped;
+using image::grown;
 
 namespace {
 
@@ -54,13 +56,6 @@ struct StationRead
     int area;
     qint64 address;
 };
-
-char *grown(QByteArray &out, int size)
-{
-    if (out.size() < size)
-        out.resize(size);
-    return out.data();
-}
 
 /// A record holds `bits` bits, 8 or 16, and is looked up by its first bit divided by `unit`.
 void readStationBits(const StationRead &read, int bits, int unit, QByteArray &out, int count)

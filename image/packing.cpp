@@ -10,16 +10,10 @@
 namespace {
 
 using image::bitCount;
+using image::grown;
 using image::Inside;
 using image::registerBits;
 using image::registerCount;
-
-char *grown(QByteArray &out, int size)
-{
-    if (out.size() < size)
-        out.resize(size);
-    return out.data();
-}
 
 void putLowFirst(char *to, quint16 value)
 {
