@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: MIT
+#include "frame_dissection.h"
+
+#include "exchange.h"
+
+namespace {
+
+enum Function {
+    ReadCoils = 1,
+    ReadInputs = 2,
+    ReadHolding = 3,
+    ReadInputRegisters = 4,
+    WriteCoil = 5,
+    WriteRegister = 6,
+    WriteCoils = 15,
+    WriteRegisters = 16,
+};
+
+const int exceptionFlag = 0x80;
+const int lengthFieldEnd = 6;
+const int longestBody = 254; // unit and the longest PDU
+const int addresses = 65536;
+
+QString functionName(int function)
+{
+    switch (function) {
+    case ReadCoils:
+        return QStringLiteral("read coils");
+    case ReadInputs:
+        return QStringLiteral("read discrete inputs");
+    case ReadHolding:
+        return QStringLiteral("read holding registers");
+    case ReadInputRegisters:
+        return QStringLiteral("read input registers");
+    case WriteCoil:
+        return QStringLiteral("write coil");
+    case WriteRegister:
+        return QStringLiteral("write register");
+    case WriteCoils:
+        return QStringLiteral("write coils");
+    case WriteRegisters:
+        return QStringLiteral("write registers");
+    default:
+        return QStringLiteral("function %1").arg(function);
+    }
+}
+
+bool isOfBits(int function)
+{
+    return function == ReadCoils || function == ReadInputs || function == WriteCoil || function == WriteCoils;
+}
+
+bool isRead(int function)
+{
+    return function >= ReadCoils && function <= ReadInputRegisters;
+}
+
+/// Most bits or registers of one request.
+int quantityLimit(int function)
+{
+    switch (function) {
+    case ReadCoils:
+    case ReadInputs:
+        return 2000;
+    case WriteCoils:
+        return 1968;
+    case WriteRegisters:
+        return 123;
+    default:
+        return 125;
+    }
+}
+
+int dataBytes(int function, int quantity)
+{
+    return isOfBits(function) ? (quantity + 7) / 8 : 2 * quantity;
+}
+
+QString noun(int function, int count)
+{
+    const QString one = isOfBits(function) ? QStringLiteral("bit") : QStringLiteral("register");
+    return count == 1 ? one : one + QLatin1Char('s');
+}
+
+/// The number that manuals print which count from 1 behind the table's digit: 40001 is holding register 0.
+QString countedFromOne(int function, int address)
+{
+    const int tableDigit = function == ReadInputs ? 1 : function == ReadInputRegisters ? 3 : isOfBits(function) ? 0 : 4;
+    const int digits = address < 9999 ? 4 : 5;
+    return QString::number(tableDigit) + QStringLiteral("%1").arg(address + 1, digits, 10, QLatin1Char('0'));
+}
+
+QString range(int first, int count)
+{
+    return count == 1 ? QString::number(first) : QStringLiteral("%1-%2").arg(first).arg(first + count - 1);
+}
+
+class ModbusDissector
+{
+public:
+    ModbusDissector(const QByteArray &frame, bool isReply)
+        : m_size(frame.size()), m_isReply(isReply), m_reader(frame, &m_notes)
+    {
+    }
+
+    FrameDissection dissect()
+    {
+        header();
+        if ((m_function & exceptionFlag) && m_isReply)
+            exception();
+        else if (m_function == WriteCoil || m_function == WriteRegister)
+            singleWrite();
+        else if (m_isReply && isRead(m_function))
+            readReply();
+        else if (isRead(m_function) || m_function == WriteCoils || m_function == WriteRegisters)
+            rangeRequest();
+        else
+            unknown();
+        if (!m_reader.isAtEnd())
+            surplus();
+        m_notes.summary = QStringLiteral("unit %1: %2").arg(m_unit).arg(m_summary);
+        return m_notes;
+    }
+
+private:
+    void header()
+    {
+        m_reader.take("transaction", 2);
+        const int protocol = m_reader.take("protocol", 2);
+        m_reader.check(protocol == 0, QStringLiteral("protocol identifier %1 instead of 0: this is no Modbus TCP "
+                                                     "header (serial frames have none)")
+                                          .arg(protocol));
+        const int length = m_reader.take("length", 2);
+        m_reader.means(QStringLiteral("%1 bytes follow").arg(length));
+        const int body = m_size - lengthFieldEnd;
+        m_reader.check(length == body,
+                       QStringLiteral("the length field says %1, but %2 bytes follow it").arg(length).arg(body));
+        m_reader.check(length <= longestBody, QStringLiteral("a length above 254 is more than a frame holds"));
+        m_unit = m_reader.take("unit", 1);
+        if (m_unit == 0)
+            m_reader.means(QStringLiteral("0, all units: no reply comes"));
+        m_function = m_reader.take("function", 1);
+        m_reader.means(QStringLiteral("%1, %2").arg(m_function).arg(functionName(m_function)));
+        m_summary = functionName(m_function);
+    }
+
+    void exception()
+    {
+        const int function = m_function - exceptionFlag;
+        m_reader.means(QStringLiteral("%1 + 128, exception to %2").arg(function).arg(functionName(function)));
+        const int code = m_reader.take("exception", 1);
+        const QString name = QStringLiteral("%1, %2").arg(code).arg(exceptionName(code));
+        m_reader.means(name);
+        m_summary = QStringLiteral("exception %1, to %2").arg(name, functionName(function));
+    }
+
+    int address()
+    {
+        const int first = m_reader.take("address", 2);
+        m_reader.means(
+            QStringLiteral("%1, which is %2 where the first is 1").arg(first).arg(countedFromOne(m_function, first)));
+        return first;
+    }
+
+    /// Function 5 or 6, whose reply repeats the request.
+    void singleWrite()
+    {
+        const int first = address();
+        const int value = m_reader.take("value", 2);
+        QString text = QStringLiteral("%1 (0x%2)").arg(value).arg(value, 4, 16, QLatin1Char('0'));
+        if (m_function == WriteCoil) {
+            text = value == 0xFF00 ? QStringLiteral("on") : value == 0 ? QStringLiteral("off") : text;
+            m_reader.check(value == 0xFF00 || value == 0,
+                           QStringLiteral("a coil's value is FF 00 for on or 00 00 for off"));
+        }
+        m_reader.means(text);
+        m_summary += QStringLiteral(" %1: %2").arg(first).arg(text);
+    }
+
+    /// A range of addresses: all other requests, and the replies to writes of several.
+    void rangeRequest()
+    {
+        const int first = address();
+        const int quantity = m_reader.take("quantity", 2);
+        m_reader.means(QStringLiteral("%1 %2").arg(quantity).arg(noun(m_function, quantity)));
+        const int limit = quantityLimit(m_function);
+        m_reader.check(quantity >= 1 && quantity <= limit, QStringLiteral("quantity %1, the protocol allows 1 to %2 %3")
+                                                               .arg(quantity)
+                                                               .arg(limit)
+                                                               .arg(noun(m_function, limit)));
+        m_reader.check(first + quantity <= addresses, QStringLiteral("it passes the last address, 65535"));
+        m_summary += QStringLiteral(" %1").arg(quantity > 0 ? range(first, quantity) : QStringLiteral("(none)"));
+        if (m_isReply || isRead(m_function))
+            return;
+        const int count = byteCount(dataBytes(m_function, quantity));
+        data(count, quantity, first);
+    }
+
+    void readReply()
+    {
+        const int count = byteCount(-1);
+        m_reader.check(isOfBits(m_function) || count % 2 == 0,
+                       QStringLiteral("byte count %1: registers take two bytes each").arg(count));
+        data(count, isOfBits(m_function) ? 8 * count : count / 2, -1);
+    }
+
+    /// `due`: what the quantity asks for; -1 when that is not known.
+    int byteCount(int due)
+    {
+        const int count = m_reader.take("byte count", 1);
+        m_reader.check(count == m_reader.left(), QStringLiteral("byte count %1, but %2 data bytes follow")
+                                                     .arg(count)
+                                                     .arg(m_reader.left()));
+        m_reader.check(due < 0 || count == due,
+                       QStringLiteral("byte count %1, but the quantity takes %2 bytes").arg(count).arg(due));
+        m_reader.check(count > 0, QStringLiteral("a byte count of 0 carries nothing"));
+        return count;
+    }
+
+    /// One field a register, or one a byte of bits. `first` is the address of the first, or -1.
+    void data(int size, int quantity, int first)
+    {
+        const int elementSize = isOfBits(m_function) ? 1 : 2;
+        const int perElement = isOfBits(m_function) ? 8 : 1;
+        QByteArray all;
+        for (int i = 0; i * elementSize < size && !m_reader.isAtEnd(); ++i) {
+            const int from = i * perElement;
+            const int count = qBound(1, quantity - from, perElement);
+            const QString where = first < 0 ? QLatin1Char('+') + range(from, count) : range(first + from, count);
+            const QByteArray bytes = m_reader.takeBytes(noun(m_function, count) + QLatin1Char(' ') + where, elementSize);
+            m_reader.means(isOfBits(m_function) ? bitsText(bytes, count) : registerText(bytes));
+            all += bytes;
+        }
+        m_summary += QStringLiteral(": ") + (isOfBits(m_function) ? bitsText(all, quantity) : registersText(all));
+    }
+
+    static QString registerText(const QByteArray &bytes)
+    {
+        const quint16 number = static_cast<quint16>(bytes.toHex().toUInt(nullptr, 16));
+        const QString text = QString::number(number);
+        return number < 0x8000 ? text : QStringLiteral("%1, signed %2").arg(text).arg(static_cast<qint16>(number));
+    }
+
+    void unknown()
+    {
+        const bool isException = m_function & exceptionFlag;
+        m_reader.check(!isException, QStringLiteral("function %1 is that of an exception reply, not of a request")
+                                         .arg(m_function));
+        m_reader.check(isException || m_function != 0, QStringLiteral("there is no function 0"));
+        if (!m_reader.isAtEnd())
+            m_reader.takeBytes(QStringLiteral("data"), m_reader.left());
+    }
+
+    void surplus()
+    {
+        const int count = m_reader.left();
+        m_reader.takeBytes(QStringLiteral("surplus"), count);
+        m_reader.fault(QStringLiteral("%1 bytes too many for this function").arg(count));
+    }
+
+    const int m_size;
+    const bool m_isReply;
+    FrameDissection m_notes;
+    FieldReader m_reader;
+    int m_unit = 0;
+    int m_function = 0;
+    QString m_summary;
+};
+
+} // namespace
+
+FrameDissection dissectModbus(const QByteArray &frame, bool isReply)
+{
+    return ModbusDissector(frame, isReply).dissect();
+}

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#include "frame_dissection.h"
+
+#include "variable.h"
+
+#include <numeric>
+
+namespace {
+
+QString accessName(int access)
+{
+    return access == 0 ? QStringLiteral("read") : access == 1 ? QStringLiteral("write") : QStringLiteral("access %1").arg(access);
+}
+
+/// Bit reads count bytes of eight bits, other accesses bits or registers.
+QString unitOfLength(int access, int area)
+{
+    if (area > 3)
+        return QStringLiteral("registers");
+    return access == 0 ? QStringLiteral("bytes of eight bits") : QStringLiteral("bits");
+}
+
+QString addressMeaning(int area, int address)
+{
+    if (area == 2 || area == 3)
+        return QStringLiteral("%1, bit %2 of register %3").arg(address).arg(address & 15).arg(address >> 4);
+    return QString::number(address);
+}
+
+int byteSum(const QByteArray &bytes)
+{
+    return std::accumulate(bytes.begin(), bytes.end(), 0, [](int sum, char c) { return sum + static_cast<quint8>(c); }) & 0xFF;
+}
+
+} // namespace
+
+FrameDissection dissectRemote(const QByteArray &frame)
+{
+    FrameDissection notes;
+    FieldReader reader(frame, &notes);
+    const int length = reader.take("frame length", 1);
+    reader.means(QStringLiteral("%1 bytes, modulo 256").arg(length));
+    reader.check(length == (frame.size() & 0xFF),
+                 QStringLiteral("the frame length says %1, but there are %2 bytes").arg(length).arg(frame.size()));
+    reader.take("host id", 1);
+    const int access = reader.take("access", 1);
+    reader.means(QStringLiteral("%1, %2").arg(access).arg(accessName(access)));
+    reader.check(access <= 1, QStringLiteral("access %1 is neither 0, a read, nor 1, a write").arg(access));
+    reader.take("link", 1);
+    const int station = reader.take("station", 1);
+    const int area = reader.take("area", 2);
+    reader.means(QStringLiteral("%1, %2").arg(area).arg(areaName(area)));
+    reader.check(area <= 7, QStringLiteral("there is no area %1").arg(area));
+    reader.check(access != 0 || area <= 1, QStringLiteral("only areas 0 and 1 are read in this form"));
+    const int address = reader.take("start address", 4);
+    reader.means(addressMeaning(area, address));
+    const int count = reader.take("length", 2);
+    reader.means(QStringLiteral("%1 %2").arg(count).arg(unitOfLength(access, area)));
+    reader.take("sub-index", 4);
+    reader.take("auxiliary", 4);
+    const QByteArray value = reader.takeBytes(QStringLiteral("value"), qMax(0, reader.left() - 1));
+    if (!value.isEmpty())
+        reader.means(QStringLiteral("%1 bytes, least significant first").arg(value.size()));
+    reader.check(access != 0 || value.isEmpty(), QStringLiteral("a read carries no value bytes"));
+    const int due = byteSum(frame.left(frame.size() - 1));
+    const int sum = reader.take("checksum", 1);
+    reader.check(sum == due, QStringLiteral("the checksum is %1, but the bytes before it sum up to %2").arg(sum).arg(due));
+    notes.summary = QStringLiteral("station %1: remote %2 %3:%4, %5 %6")
+                        .arg(station)
+                        .arg(accessName(access), areaName(area))
+                        .arg(address)
+                        .arg(count)
+                        .arg(unitOfLength(access, area));
+    return notes;
+}

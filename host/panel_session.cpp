@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: MIT
+#include "panel_session.h"
+
+#include <set>
+
+namespace {
+
+const int writeToStation = 2; // CommSettings::writeMode
+const int queueLimit = 1024;  // of the driver's one-shot reads
+
+// The driver keeps a pointer to it, so it lives as long as the driver.
+CommSettings settings;
+
+/// Nothing to do: this host redraws by its own clock. The list is the driver's.
+void itemNotify(QList<RW_VAR> *, int, int) {}
+
+std::set<int> unitsOf(const QList<Variable> &variables)
+{
+    std::set<int> units;
+    for (const Variable &variable : variables)
+        units.insert(variable.unit);
+    return units;
+}
+
+} // namespace
+
+PanelSession::PanelSession(const PanelOptions &options, const QList<Variable> &variables)
+    : m_options(options), m_variables(variables), m_state(variables)
+{
+}
+
+ExitCode PanelSession::prepare(QString *error)
+{
+    const std::optional<DriverLibrary> driver = loadDriver(m_options.driverPath, error);
+    if (!driver)
+        return ExitNoLink;
+    m_driver = *driver;
+    if (m_options.trace && !m_trace.open(m_options.traceFile, m_options.connection.remote, error))
+        return ExitUsage;
+    if (m_options.connection.host.isEmpty() && !startStation(error))
+        return ExitNoLink;
+    configureDriver();
+    m_loop =
+        std::make_unique<CommunicationLoop>(m_driver, m_options.connection, m_options.loop, m_trace, m_state);
+    return ExitDone;
+}
+
+/// A station with every unit that the variables name, on a free port of this machine.
+bool PanelSession::startStation(QString *error)
+{
+    StationOptions station;
+    station.units.clear();
+    for (int unit : unitsOf(m_variables)) {
+        if (unit != 0)
+            station.units << unit;
+    }
+    if (station.units.isEmpty())
+        station.units << 1;
+    station.remote = m_options.connection.remote;
+    station.faults = m_options.faults;
+    m_station = std::make_unique<StationThread>(station);
+    if (!m_station->start(error))
+        return false;
+    m_options.connection.host = station.address;
+    m_options.connection.port = m_station->port();
+    return true;
+}
+
+/// With one unit all values share the driver's register image; with several they are kept per unit.
+void PanelSession::configureDriver()
+{
+    const std::set<int> units = unitsOf(m_variables);
+    settings = CommSettings();
+    settings.writeBlockSize = m_options.block;
+    settings.retryLimit = m_options.retries;
+    settings.defaultStation = units.empty() ? 1 : *units.begin();
+    settings.multiStation = units.size() > 1 ? 1 : 0;
+    settings.remoteMode = m_options.connection.remote ? 1 : 0;
+    settings.writeMode = writeToStation;
+    m_driver.setComInfo(&settings);
+    m_driver.registerCallBacks(&CommunicationLoop::writeDone, &itemNotify);
+    m_driver.flashLocalRegister(0, 0, 0); // this host has no local areas
+    m_driver.enableStation(-1, 1);
+}
+
+void PanelSession::pollVariables()
+{
+    QList<VAR_ITEM> items;
+    for (const Variable &variable : m_variables) {
+        VAR_ITEM item;
+        item.area = static_cast<quint8>(variable.area);
+        item.station = static_cast<quint8>(variable.unit);
+        item.addressText = variable.addressText;
+        item.tagText = variable.name;
+        item.count = variable.driverCount();
+        items << item;
+    }
+    m_driver.recreateReadList(&items);
+}
+
+bool PanelSession::readVariablesOnce()
+{
+    int queued = 0;
+    for (int i = 0; i < m_variables.size(); ++i) {
+        const Variable &variable = m_variables.at(i);
+        RW_VAR read;
+        read.hostId = panelHostId;
+        read.hostItem = i;
+        read.remoteMode = settings.remoteMode;
+        read.linkId = settings.linkId;
+        read.tagText = variable.name;
+        read.area = variable.area;
+        read.addressText = variable.addressText;
+        read.station = variable.unit;
+        read.dataLength = variable.driverCount();
+        queued = m_driver.addOnceRead(&read, 0);
+    }
+    return queued < queueLimit;
+}
+
+QString PanelSession::peer() const
+{
+    return QStringLiteral("%1:%2").arg(m_options.connection.host).arg(m_options.connection.port);
+}

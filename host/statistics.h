@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// What the exchanges with one unit came to. Plain data and arithmetic; whoever shares it locks it.
+
+#pragma once
+
+#include "exchange.h"
+
+#include <array>
+#include <map>
+#include <vector>
+
+/// The last thousand round trips.
+class RoundTrips
+{
+public:
+    void add(qint64 microseconds);
+    /// The round trip in microseconds that `percent` of all do not exceed; 0 when there are none.
+    qint64 percentile(int percent) const;
+
+private:
+    std::vector<qint64> m_microseconds;
+    std::size_t m_next = 0;
+};
+
+struct UnitStatistics
+{
+    int requests = 0; ///< sent, retries included
+    int good = 0;
+    std::map<int, int> exceptions;               ///< how many of each code
+    int timeOuts = 0;                            ///< no reply in time, or half a reply
+    std::array<int, replyFaultCount> heldBack{}; ///< by ReplyFault
+    int closed = 0;                              ///< connections that ended instead of a reply
+    int late = 0;                                ///< replies when nothing waited for them
+    int reconnects = 0;
+    RoundTrips roundTrips;       ///< of good exchanges and exceptions
+    qint64 lostMicroseconds = 0; ///< waited without getting an answer
+    bool isOff = false;          ///< switched off, to be tried again later
+
+    void add(const Exchange &exchange);
+    void add(const Aftermath &before);
+
+    int heldBackTotal() const;
+    /// Of all the time, in percent.
+    double lostPercent(qint64 elapsedMicroseconds) const;
+};

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// How much a shown value can be trusted: when it was read, whether it changed, what its last read failed
+/// with. The image keeps a value for ever, so only the host knows its age. Plain data; whoever shares it
+/// locks it.
+
+#pragma once
+
+#include "variable.h"
+
+#include "records.h"
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
+#include <vector>
+
+/// A run of bits or registers as it is requested: area 0, 1, 4 or 5.
+struct Span
+{
+    int unit = 0;
+    int area = 0;
+    int first = 0;
+    int count = 0;
+
+    bool overlaps(const Span &other) const;
+};
+
+Span spanOf(const Variable &variable);
+/// Of a read request.
+Span spanOf(const RW_VAR &request);
+
+class ValueState
+{
+public:
+    explicit ValueState(const Variable &variable);
+
+    const Variable &variable() const { return m_variable; }
+    const Span &span() const { return m_span; }
+    /// As last stored, in the driver's host-side layout.
+    const QByteArray &value() const { return m_value; }
+    /// The value differs from the one before.
+    bool hasChanged() const { return m_changed; }
+    /// What the last read failed with; empty when it was good.
+    const QString &failure() const { return m_failure; }
+    /// When the oldest part of the value was read; -1 while any part never was.
+    qint64 readAtMs() const;
+
+    /// A read that overlaps this variable was answered; `value` is what the image now holds for it.
+    void store(const Span &read, const QByteArray &value, qint64 nowMs);
+    void fail(const QString &why) { m_failure = why; }
+
+    /// "fresh", "old 12.4 s", "never", with "failed: ..." ahead after a failure.
+    QString ageText(qint64 nowMs, qint64 freshForMs) const;
+
+private:
+    Variable m_variable;
+    Span m_span;
+    std::vector<qint64> m_readAtMs; ///< of each bit or register; a long variable takes several requests
+    QByteArray m_value;
+    QString m_failure;
+    bool m_changed = false;
+};

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+#include "write_queueing.h"
+
+#include "panel_session.h"
+
+#include <map>
+#include <tuple>
+
+namespace {
+
+/// What a queued write is merged by: unit, area, address, length.
+using Place = std::tuple<int, int, int, int>;
+
+/// One request of an item.
+struct Piece
+{
+    int address;
+    int length; ///< bits or registers
+    QByteArray bytes;
+};
+
+bool isBits(const Variable &variable)
+{
+    return variable.area < 4;
+}
+
+/// 32-bit values are not cut in two, which the driver would do at an odd block.
+int longestPiece(const Variable &variable, int block)
+{
+    if (isBits(variable))
+        return 1;
+    return variable.area == 7 ? block & ~1 : block;
+}
+
+QList<Piece> piecesOf(const WriteItem &item, int block)
+{
+    QList<Piece> pieces;
+    const int bytesEach = isBits(item.variable) ? 1 : 2;
+    const int longest = longestPiece(item.variable, block);
+    const int count = item.variable.driverCount();
+    for (int at = 0; at < count; at += longest) {
+        const int length = qMin(longest, count - at);
+        pieces << Piece{item.variable.address + at, length,
+                        item.value.mid(at * bytesEach, length * bytesEach)};
+    }
+    return pieces;
+}
+
+QString addressText(int area, int address)
+{
+    return area == 3 ? QStringLiteral("%1.%2").arg(address / 16).arg(address % 16) : QString::number(address);
+}
+
+} // namespace
+
+void queueWrites(const DriverLibrary &driver, int block, QList<WriteItem> *items)
+{
+    std::map<Place, int> ownerOf; // the item whose value is queued; the head is never merged with
+    int queueLength = 0;
+    for (int i = 0; i < items->size(); ++i) {
+        WriteItem &item = (*items)[i];
+        const Variable &variable = item.variable;
+        for (Piece piece : piecesOf(item, block)) {
+            const Place place = {variable.unit, variable.area, piece.address, piece.length};
+            const int length = driver.setRegisterData(
+                variable.name, variable.area, addressText(variable.area, piece.address), variable.unit,
+                piece.bytes, piece.length, panelHostId, i);
+            const bool isHead = queueLength == 0;
+            const auto owner = ownerOf.find(place);
+            ++item.requests;
+            if (length > queueLength) {
+                ++item.queued;
+            } else if (owner != ownerOf.end()) {
+                --(*items)[owner->second].queued;
+                ++(*items)[owner->second].replaced;
+                ++item.queued;
+                ++item.merged;
+            } else {
+                ++item.dropped;
+                continue;
+            }
+            queueLength = length;
+            if (!isHead)
+                ownerOf[place] = i;
+        }
+    }
+}

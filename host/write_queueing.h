@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// Puts writes into the driver's queue one request at a time, and tells from the queue's length what became
+/// of each: the driver reports nothing else. To be called before the communication loop runs, with the queue
+/// empty. Main thread.
+
+#pragma once
+
+#include "driver_library.h"
+#include "variable.h"
+
+#include <QtCore/QByteArray>
+
+/// One VARIABLE=VALUE and its way into the queue.
+struct WriteItem
+{
+    Variable variable;
+    QByteArray value; ///< in the driver's host-side layout
+    QString text;     ///< as typed
+
+    int requests = 0; ///< that the value takes: one a bit, one a block of registers
+    int queued = 0;   ///< of these, in the queue as this item's
+    int merged = 0;   ///< of the queued, put in the place of an earlier write that was not sent yet
+    int replaced = 0; ///< taken over by a later write to the same place
+    int dropped = 0;  ///< not queued, the queue was full
+};
+
+/// Queues every item; its hostItem is its position. `block` is CommSettings::writeBlockSize, `multiStation`
+/// tells nothing else than that. For hr32 a block of at least 2.
+void queueWrites(const DriverLibrary &driver, int block, QList<WriteItem> *items);
