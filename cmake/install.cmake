@@ -29,6 +29,8 @@ while(modbus_unread)
     endif()
   endforeach()
 endwhile()
+string(REPLACE ";" "\n" modbus_lines "${modbus_found}")
+file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/public-headers.txt "${modbus_lines}\n") # for scripts/docs
 
 set(modbus_package ${CMAKE_INSTALL_LIBDIR}/cmake/${PROJECT_NAME})
 configure_package_config_file(cmake/config.cmake.in ${PROJECT_NAME}Config.cmake
