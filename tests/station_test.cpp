@@ -226,6 +226,15 @@ TEST_F(Station, CarriesABroadcastOutAtEveryUnit)
         EXPECT_EQ(holding(unit, 100), 0xBEEF) << unit;
 }
 
+TEST_F(Station, ShowsMastersTheValuesSetByItsOwner)
+{
+    station->setValue(2, QModbusDataUnit::InputRegisters, 3, 0xABCD);
+    station->setValue(2, QModbusDataUnit::Coils, 1, 5);
+    EXPECT_EQ(Master(station->port()).ask("0001 0000 0006 02 04 0003 0001  0002 0000 0006 02 01 0000 0003"),
+              text("0001 0000 0005 02 04 02 ABCD  0002 0000 0004 02 01 01 03"));
+    EXPECT_EQ(station->value(2, QModbusDataUnit::Coils, 1), 1);
+}
+
 TEST_F(Station, ComesBackOnItsPortWithItsTables)
 {
     Master before(station->port());
@@ -277,8 +286,11 @@ const FaultRow faultRows[] = {
      "0001 0000 0005 02 03 02 0005"},
     {"exception=2@address=10-11", "0001 0000 0006 01 03 0008 0002  0002 0000 0006 01 03 0008 0003",
      "0001 0000 0007 01 03 04 0008 0009  0002 0000 0003 01 83 02"},
-    {"exception=2@address=10", "0001 0000 0006 01 05 000A FF00  0002 0000 0006 01 03 000B 0001",
-     "0001 0000 0003 01 85 02  0002 0000 0005 01 03 02 000B"},
+    {"exception=2@address=11",
+     "0001 0000 0006 01 05 000A FF00  0002 0000 0006 01 03 000B 0001  0003 0000 0006 01 03 000C 0001",
+     "0001 0000 0006 01 05 000A FF00  0002 0000 0003 01 83 02  0003 0000 0005 01 03 02 000C"},
+    {"exception=2@address=0x65", "0001 0000 000D 01 17 0064 0001 0065 0001 02 BEEF",
+     "0001 0000 0003 01 97 02"},
     {"exception=11@unit=3", "0001 0000 0006 03 03 0005 0001", "0001 0000 0003 03 83 0B"},
     {"exception=4@unit=0", "0001 0000 0006 00 06 0005 0001", ""},
 };
@@ -320,7 +332,7 @@ TEST_F(Station, GluesAReplyToTheNextOne)
 {
     station->setFaults(faults("glue@nth=1"));
     Master master(station->port());
-    master.send(bytes("0001 0000 0006 01 03 0005 0001"));
+    master.send(bytes("0001 0000 0006 01 03 0005 0001  0001 0000 0006 03 03 0005 0001"));
     EXPECT_FALSE(master.socket().waitForReadyRead(200));
     master.send(bytes("0002 0000 0006 01 03 0006 0001"));
     ASSERT_TRUE(master.socket().waitForReadyRead(patience));
@@ -387,6 +399,8 @@ const Exchange remoteExchanges[] = {
      "0C 05 01 02 01 0005 0064 0001 7F"},
     {"a write of input registers", "18 05 01 02 01 0004 00000064 0001 00000000 00000000 3412 D0", ""},
     {"fewer value bytes than the length", "18 05 01 02 01 0005 00000064 0002 00000000 00000000 3412 D2", ""},
+    {"half a 32-bit value", "18 05 01 02 01 0007 00000064 0001 00000000 00000000 3412 D3", ""},
+    {"a read with a wrong length", "17 00 00 02 01 0000 00000010 0002 00000000 00000000 2C", " closed"},
     {"a wrong byte sum", "16 00 00 02 01 0000 00000010 0002 00000000 00000000 2C", " closed"},
     {"neither read nor write", "16 00 02 02 01 0000 00000010 0002 00000000 00000000 2D", " closed"},
     {"a Modbus request", "0000 0000 0006 01 03 0005 0001 0000 0000 0006 01 03 0005 0001", " closed"},
@@ -403,12 +417,14 @@ TEST_F(RemotePeer, AnswersCompactFrames)
 
 TEST_F(RemotePeer, ChangesTheTablesAsTheAreaSays)
 {
-    ask(bytes("18 00 01 00 01 0000 00000001 0002 00000000 00000000 01 01 1F"));
+    ask(bytes("19 00 01 00 01 0000 00000001 0003 00000000 00000000 01 01 02 23"));
     ask(bytes("17 00 01 00 01 0003 00000143 0001 00000000 00000000 01 62"));
+    ask(bytes("17 00 01 00 01 0003 00000144 0001 00000000 00000000 00 62"));
     ask(bytes("1A 00 01 00 00 0007 00000064 0002 00000000 00000000 04030201 92"));
     EXPECT_EQ(station->value(1, QModbusDataUnit::Coils, 1), 1);
     EXPECT_EQ(station->value(1, QModbusDataUnit::Coils, 2), 1);
-    EXPECT_EQ(holding(1, 20), 20 | 8) << "bit 3 of register 20";
+    EXPECT_EQ(station->value(1, QModbusDataUnit::Coils, 3), 0) << "only exactly 1 is on";
+    EXPECT_EQ(holding(1, 20), 12) << "20 with bit 3 set and bit 4 cleared";
     EXPECT_EQ(holding(5, 100), 0x0102) << "broadcast, high register first";
     EXPECT_EQ(holding(5, 101), 0x0304);
 }
