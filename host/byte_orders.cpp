@@ -21,7 +21,7 @@ const Order orders[] = {
 };
 
 QString tableLine(const QString &order, const QString &bytes, const QString &plain, const QString &withSign,
-             const QString &fraction, const QString &name)
+                  const QString &fraction, const QString &name)
 {
     return QStringLiteral("%1  %2  %3  %4  %5  %6")
         .arg(order, -5)
@@ -37,14 +37,16 @@ QString tableLine(const QString &order, const QString &bytes, const QString &pla
 QStringList byteOrderTable(const QByteArray &bytes)
 {
     const auto text = [](const char *latin1) { return QString::fromLatin1(latin1); };
-    QStringList lines{tableLine(text("order"), text("bytes"), text("unsigned"), text("signed"), text("float"), text("registers"))};
+    QStringList lines{tableLine(text("order"), text("bytes"), text("unsigned"), text("signed"), text("float"),
+                                text("registers"))};
     for (const Order &order : orders) {
         QByteArray ordered;
         for (const char *letter = order.letters; *letter; ++letter)
             ordered += bytes.at(*letter - 'A');
         const quint32 number = qFromBigEndian<quint32>(ordered.constData());
-        lines << tableLine(text(order.letters), text(ordered.toHex(' ').toUpper().constData()), QString::number(number),
-                      QString::number(static_cast<qint32>(number)), floatText(number), text(order.name));
+        lines << tableLine(text(order.letters), text(ordered.toHex(' ').toUpper().constData()),
+                           QString::number(number), QString::number(static_cast<qint32>(number)),
+                           floatText(number), text(order.name));
     }
     return lines;
 }

@@ -7,6 +7,6 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QStringList>
 
-/// One line for each word and byte order of exactly four bytes as they came over the wire, under a heading: the
-/// value as unsigned, signed and floating-point number, and what the order is called.
+/// One line for each word and byte order of exactly four bytes as they came over the wire, under a heading:
+/// the value as unsigned, signed and floating-point number, and what the order is called.
 QStringList byteOrderTable(const QByteArray &bytes);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// A frame taken apart: the notes that the dissectors of both frame formats make, for frame_text.cpp to print.
-/// Plain data, no state; any thread.
+/// A frame taken apart: the notes that the dissectors of both frame formats make, for frame_text.cpp to
+/// print. Plain data, no state; any thread.
 
 #pragma once
 

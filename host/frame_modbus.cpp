@@ -85,7 +85,10 @@ QString noun(int function, int count)
 /// The number that manuals print which count from 1 behind the table's digit: 40001 is holding register 0.
 QString countedFromOne(int function, int address)
 {
-    const int tableDigit = function == ReadInputs ? 1 : function == ReadInputRegisters ? 3 : isOfBits(function) ? 0 : 4;
+    const int tableDigit = function == ReadInputs           ? 1
+                           : function == ReadInputRegisters ? 3
+                           : isOfBits(function)             ? 0
+                                                            : 4;
     const int digits = address < 9999 ? 4 : 5;
     return QString::number(tableDigit) + QStringLiteral("%1").arg(address + 1, digits, 10, QLatin1Char('0'));
 }
@@ -127,15 +130,18 @@ private:
     {
         m_reader.take("transaction", 2);
         const int protocol = m_reader.take("protocol", 2);
-        m_reader.check(protocol == 0, QStringLiteral("protocol identifier %1 instead of 0: this is no Modbus TCP "
-                                                     "header (serial frames have none)")
-                                          .arg(protocol));
+        m_reader.check(protocol == 0,
+                       QStringLiteral("protocol identifier %1 instead of 0: this is no Modbus TCP "
+                                      "header (serial frames have none)")
+                           .arg(protocol));
         const int length = m_reader.take("length", 2);
         m_reader.means(QStringLiteral("%1 bytes follow").arg(length));
         const int body = m_size - lengthFieldEnd;
-        m_reader.check(length == body,
-                       QStringLiteral("the length field says %1, but %2 bytes follow it").arg(length).arg(body));
-        m_reader.check(length <= longestBody, QStringLiteral("a length above 254 is more than a frame holds"));
+        m_reader.check(
+            length == body,
+            QStringLiteral("the length field says %1, but %2 bytes follow it").arg(length).arg(body));
+        m_reader.check(length <= longestBody,
+                       QStringLiteral("a length above 254 is more than a frame holds"));
         m_unit = m_reader.take("unit", 1);
         if (m_unit == 0)
             m_reader.means(QStringLiteral("0, all units: no reply comes"));
@@ -157,8 +163,9 @@ private:
     int address()
     {
         const int first = m_reader.take("address", 2);
-        m_reader.means(
-            QStringLiteral("%1, which is %2 where the first is 1").arg(first).arg(countedFromOne(m_function, first)));
+        m_reader.means(QStringLiteral("%1, which is %2 where the first is 1")
+                           .arg(first)
+                           .arg(countedFromOne(m_function, first)));
         return first;
     }
 
@@ -184,12 +191,14 @@ private:
         const int quantity = m_reader.take("quantity", 2);
         m_reader.means(QStringLiteral("%1 %2").arg(quantity).arg(noun(m_function, quantity)));
         const int limit = quantityLimit(m_function);
-        m_reader.check(quantity >= 1 && quantity <= limit, QStringLiteral("quantity %1, the protocol allows 1 to %2 %3")
-                                                               .arg(quantity)
-                                                               .arg(limit)
-                                                               .arg(noun(m_function, limit)));
+        m_reader.check(quantity >= 1 && quantity <= limit,
+                       QStringLiteral("quantity %1, the protocol allows 1 to %2 %3")
+                           .arg(quantity)
+                           .arg(limit)
+                           .arg(noun(m_function, limit)));
         m_reader.check(first + quantity <= addresses, QStringLiteral("it passes the last address, 65535"));
-        m_summary += QStringLiteral(" %1").arg(quantity > 0 ? range(first, quantity) : QStringLiteral("(none)"));
+        m_summary +=
+            QStringLiteral(" %1").arg(quantity > 0 ? range(first, quantity) : QStringLiteral("(none)"));
         if (m_isReply || isRead(m_function))
             return;
         const int count = byteCount(dataBytes(m_function, quantity));
@@ -208,9 +217,9 @@ private:
     int byteCount(int due)
     {
         const int count = m_reader.take("byte count", 1);
-        m_reader.check(count == m_reader.left(), QStringLiteral("byte count %1, but %2 data bytes follow")
-                                                     .arg(count)
-                                                     .arg(m_reader.left()));
+        m_reader.check(
+            count == m_reader.left(),
+            QStringLiteral("byte count %1, but %2 data bytes follow").arg(count).arg(m_reader.left()));
         m_reader.check(due < 0 || count == due,
                        QStringLiteral("byte count %1, but the quantity takes %2 bytes").arg(count).arg(due));
         m_reader.check(count > 0, QStringLiteral("a byte count of 0 carries nothing"));
@@ -226,26 +235,31 @@ private:
         for (int i = 0; i * elementSize < size && !m_reader.isAtEnd(); ++i) {
             const int from = i * perElement;
             const int count = qBound(1, quantity - from, perElement);
-            const QString where = first < 0 ? QLatin1Char('+') + range(from, count) : range(first + from, count);
-            const QByteArray bytes = m_reader.takeBytes(noun(m_function, count) + QLatin1Char(' ') + where, elementSize);
+            const QString where =
+                first < 0 ? QLatin1Char('+') + range(from, count) : range(first + from, count);
+            const QByteArray bytes =
+                m_reader.takeBytes(noun(m_function, count) + QLatin1Char(' ') + where, elementSize);
             m_reader.means(isOfBits(m_function) ? bitsText(bytes, count) : registerText(bytes));
             all += bytes;
         }
-        m_summary += QStringLiteral(": ") + (isOfBits(m_function) ? bitsText(all, quantity) : registersText(all));
+        m_summary +=
+            QStringLiteral(": ") + (isOfBits(m_function) ? bitsText(all, quantity) : registersText(all));
     }
 
     static QString registerText(const QByteArray &bytes)
     {
         const quint16 number = static_cast<quint16>(bytes.toHex().toUInt(nullptr, 16));
         const QString text = QString::number(number);
-        return number < 0x8000 ? text : QStringLiteral("%1, signed %2").arg(text).arg(static_cast<qint16>(number));
+        return number < 0x8000 ? text
+                               : QStringLiteral("%1, signed %2").arg(text).arg(static_cast<qint16>(number));
     }
 
     void unknown()
     {
         const bool isException = m_function & exceptionFlag;
-        m_reader.check(!isException, QStringLiteral("function %1 is that of an exception reply, not of a request")
-                                         .arg(m_function));
+        m_reader.check(
+            !isException,
+            QStringLiteral("function %1 is that of an exception reply, not of a request").arg(m_function));
         m_reader.check(isException || m_function != 0, QStringLiteral("there is no function 0"));
         if (!m_reader.isAtEnd())
             m_reader.takeBytes(QStringLiteral("data"), m_reader.left());

@@ -9,7 +9,9 @@ namespace {
 
 QString accessName(int access)
 {
-    return access == 0 ? QStringLiteral("read") : access == 1 ? QStringLiteral("write") : QStringLiteral("access %1").arg(access);
+    return access == 0   ? QStringLiteral("read")
+           : access == 1 ? QStringLiteral("write")
+                         : QStringLiteral("access %1").arg(access);
 }
 
 /// Bit reads count bytes of eight bits, other accesses bits or registers.
@@ -29,7 +31,9 @@ QString addressMeaning(int area, int address)
 
 int byteSum(const QByteArray &bytes)
 {
-    return std::accumulate(bytes.begin(), bytes.end(), 0, [](int sum, char c) { return sum + static_cast<quint8>(c); }) & 0xFF;
+    return std::accumulate(bytes.begin(), bytes.end(), 0,
+                           [](int sum, char c) { return sum + static_cast<quint8>(c); }) &
+           0xFF;
 }
 
 } // namespace
@@ -40,8 +44,9 @@ FrameDissection dissectRemote(const QByteArray &frame)
     FieldReader reader(frame, &notes);
     const int length = reader.take("frame length", 1);
     reader.means(QStringLiteral("%1 bytes, modulo 256").arg(length));
-    reader.check(length == (frame.size() & 0xFF),
-                 QStringLiteral("the frame length says %1, but there are %2 bytes").arg(length).arg(frame.size()));
+    reader.check(
+        length == (frame.size() & 0xFF),
+        QStringLiteral("the frame length says %1, but there are %2 bytes").arg(length).arg(frame.size()));
     reader.take("host id", 1);
     const int access = reader.take("access", 1);
     reader.means(QStringLiteral("%1, %2").arg(access).arg(accessName(access)));
@@ -64,7 +69,9 @@ FrameDissection dissectRemote(const QByteArray &frame)
     reader.check(access != 0 || value.isEmpty(), QStringLiteral("a read carries no value bytes"));
     const int due = byteSum(frame.left(frame.size() - 1));
     const int sum = reader.take("checksum", 1);
-    reader.check(sum == due, QStringLiteral("the checksum is %1, but the bytes before it sum up to %2").arg(sum).arg(due));
+    reader.check(
+        sum == due,
+        QStringLiteral("the checksum is %1, but the bytes before it sum up to %2").arg(sum).arg(due));
     notes.summary = QStringLiteral("station %1: remote %2 %3:%4, %5 %6")
                         .arg(station)
                         .arg(accessName(access), areaName(area))

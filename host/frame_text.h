@@ -5,6 +5,7 @@
 #pragma once
 
 #include <QtCore/QByteArray>
+#include <QtCore/QList>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -15,3 +16,11 @@ QString frameSummary(const QByteArray &frame, FrameKind kind);
 
 /// Field by field, one line each, byte offsets first.
 QStringList frameFields(const QByteArray &frame, FrameKind kind);
+
+/// What a strict receiver would object to, one line each: lengths, counts, limits, checksum. Empty for a
+/// sound frame.
+QStringList frameFaults(const QByteArray &frame, FrameKind kind);
+
+/// What the frame may be: the kinds with the fewest faults. More than one where the bytes do not tell, as in
+/// the reply to a single write, which repeats the request.
+QList<FrameKind> likelyKinds(const QByteArray &frame);

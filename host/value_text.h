@@ -17,7 +17,12 @@ enum class ValueFormat { Decimal, Hexadecimal, Signed, Float };
 /// other areas print it as Decimal. Values that bytes does not hold wholly are left out.
 QString valueText(const Variable &variable, const QByteArray &bytes, ValueFormat format);
 
-/// Reads a comma-separated list of exactly variable.count values: decimal, 0x hexadecimal, negative, or for
-/// 32-bit values a decimal fraction (sent as IEEE 754 single). Nothing, with one line in *error, when a value is wrong or
-/// does not fit.
+/// IEEE 754 single with these bits: the fewest digits that read back to the same bits, always with a point,
+/// an exponent, "nan" or "inf", by which parseValues knows a fraction from a whole number.
+QString floatText(quint32 bits);
+
+/// Reads a comma-separated list of exactly variable.count values: decimal, 0x hexadecimal, negative (two's
+/// complement of the width), or for 32-bit values a fraction, which has a point or an exponent and is sent as
+/// IEEE 754 single. The bytes are in the driver's host-side layout. Nothing, with one line in *error, when a
+/// value is wrong or does not fit.
 std::optional<QByteArray> parseValues(const Variable &variable, const QString &text, QString *error);

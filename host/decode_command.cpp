@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: MIT
+#include "commands.h"
+
+#include "byte_orders.h"
+#include "command_line.h"
+#include "frame_text.h"
+
+#include <QtCore/QRegularExpression>
+
+#include <cstdio>
+
+namespace {
+
+const char description[] =
+    "Explains a frame field by field, and what is wrong with it: length field, counts, byte counts, limits,\n"
+    "checksum. What kind of frame it is shows by itself, unless an option says so. Hexadecimal digits may "
+    "stand\n"
+    "together or apart, with blanks, colons, commas or 0x between them. Four bytes alone are two registers, "
+    "and are\n"
+    "shown as a number in every word and byte order.\n"
+    "\n"
+    "Ends with 0 for a sound frame, 1 for a faulty one, 2 when the text is not hexadecimal.\n"
+    "\n"
+    "Examples:\n"
+    "  modbus-panel decode 00 00 00 00 00 06 01 03 00 64 00 0A\n"
+    "  modbus-panel decode --reply 000000000003018302\n"
+    "  modbus-panel decode --bytes \"12 34 56 78\"";
+
+const int twoRegisters = 4; // bytes
+
+/// The bytes of all words; nothing, with one line in *error, when one is not hexadecimal.
+std::optional<QByteArray> bytesOf(const QStringList &words, QString *error)
+{
+    const QRegularExpression separators(QStringLiteral("[\\s:,;-]+"));
+    const QRegularExpression digits(QStringLiteral("^[0-9a-fA-F]+$"));
+    QByteArray bytes;
+    for (QString word : words.join(QLatin1Char(' ')).split(separators, Qt::SkipEmptyParts)) {
+        if (word.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
+            word.remove(0, 2);
+        if (word.size() == 1)
+            word.prepend(QLatin1Char('0'));
+        if (!digits.match(word).hasMatch())
+            *error = QStringLiteral("\"%1\" is not hexadecimal").arg(word);
+        else if (word.size() % 2 != 0)
+            *error = QStringLiteral("\"%1\" has an odd number of digits; a byte has two").arg(word);
+        if (!error->isEmpty())
+            return std::nullopt;
+        bytes += QByteArray::fromHex(word.toLatin1());
+    }
+    if (bytes.isEmpty())
+        *error = QStringLiteral("no bytes are given; --help shows how they are written");
+    return error->isEmpty() ? std::optional<QByteArray>(bytes) : std::nullopt;
+}
+
+void print(const QString &line)
+{
+    std::printf("%s\n", qPrintable(line));
+}
+
+QString kindName(FrameKind kind)
+{
+    return kind == FrameKind::Request ? QStringLiteral("request")
+           : kind == FrameKind::Reply ? QStringLiteral("reply")
+                                      : QStringLiteral("remote frame");
+}
+
+/// The kinds that the options ask for, else those that the frame may be.
+QList<FrameKind> kindsToShow(const CommandLine &line, const QByteArray &frame)
+{
+    QList<FrameKind> kinds;
+    if (line.isSet("request"))
+        kinds << FrameKind::Request;
+    if (line.isSet("reply"))
+        kinds << FrameKind::Reply;
+    if (line.isSet("remote"))
+        kinds << FrameKind::Remote;
+    return kinds.isEmpty() ? likelyKinds(frame) : kinds;
+}
+
+void printKind(const QByteArray &frame, FrameKind kind, const QString &title)
+{
+    print(QStringLiteral("%1, %2 bytes: %3").arg(title).arg(frame.size()).arg(frameSummary(frame, kind)));
+    for (const QString &field : frameFields(frame, kind))
+        print(QStringLiteral("  ") + field);
+    for (const QString &fault : frameFaults(frame, kind))
+        print(QStringLiteral("  fault: ") + fault);
+}
+
+ExitCode explain(const QByteArray &frame, const QList<FrameKind> &kinds)
+{
+    const bool readsAlike = kinds.size() == 2 && frameFields(frame, kinds[0]) == frameFields(frame, kinds[1]);
+    if (readsAlike)
+        printKind(frame, kinds[0], QStringLiteral("request, or the reply that repeats it"));
+    for (int i = 0; !readsAlike && i < kinds.size(); ++i)
+        printKind(frame, kinds[i],
+                  i == 0 ? kindName(kinds[i]) : QStringLiteral("or a ") + kindName(kinds[i]));
+    const bool isSound = std::any_of(kinds.begin(), kinds.end(),
+                                     [&frame](FrameKind kind) { return frameFaults(frame, kind).isEmpty(); });
+    return isSound ? ExitDone : ExitFailed;
+}
+
+} // namespace
+
+int decodeCommand(const QStringList &arguments)
+{
+    CommandLine line(QStringLiteral("decode"), QStringLiteral("[options] HEX..."),
+                     QString::fromLatin1(description));
+    line.addOption("request", QStringLiteral("It is a request."));
+    line.addOption("reply", QStringLiteral("It is a reply."));
+    line.addOption("remote", QStringLiteral("It is a request in the driver's own compact form."));
+    line.addOption("bytes", QStringLiteral("It is two registers: four bytes."));
+    if (const std::optional<ExitCode> end = line.parse(arguments))
+        return *end;
+    QString error;
+    const std::optional<QByteArray> bytes = bytesOf(line.words(), &error);
+    if (!bytes)
+        return line.fail(ExitUsage, error);
+    const bool isForcedFrame = line.isSet("request") || line.isSet("reply") || line.isSet("remote");
+    if (line.isSet("bytes") && (isForcedFrame || bytes->size() != twoRegisters))
+        return line.fail(ExitUsage, QStringLiteral("--bytes takes four bytes, and no option beside it"));
+    if (bytes->size() != twoRegisters || isForcedFrame)
+        return explain(*bytes, kindsToShow(line, *bytes));
+    for (const QString &row : byteOrderTable(*bytes))
+        print(row);
+    return ExitDone;
+}
