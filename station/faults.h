@@ -51,8 +51,8 @@ struct Fault
     Range unit;
     Range function;
     Range address; ///< a request is selected when it touches any address of the range
-    int every = 1; ///< strikes each so-manieth selected request
-    int nth = 0;   ///< strikes only the so-manieth selected request, once; 0: not limited
+    int every = 1; ///< strikes the K-th, 2K-th, 3K-th... selected request
+    int nth = 0;   ///< strikes the K-th selected request only; 0: not limited so
 
     int selected = 0; ///< requests selected so far
 };
