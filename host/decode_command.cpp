@@ -7,17 +7,17 @@
 
 #include <QtCore/QRegularExpression>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
 
 const char description[] =
-    "Explains a frame field by field, and what is wrong with it: length field, counts, byte counts, limits,\n"
-    "checksum. What kind of frame it is shows by itself, unless an option says so. Hexadecimal digits may "
-    "stand\n"
-    "together or apart, with blanks, colons, commas or 0x between them. Four bytes alone are two registers, "
-    "and are\n"
-    "shown as a number in every word and byte order.\n"
+    "Explains a frame field by field, and what is wrong with it: length field, counts, byte counts,\n"
+    "limits, checksum. What kind of frame it is shows by itself, unless an option says so; a frame of a\n"
+    "serial line (RTU) is recognised, and explained as it would be over TCP. Hexadecimal digits may stand\n"
+    "together or apart, with blanks, colons, commas or 0x between them. Four bytes alone are two registers,\n"
+    "and are shown as a number in every word and byte order.\n"
     "\n"
     "Ends with 0 for a sound frame, 1 for a faulty one, 2 when the text is not hexadecimal.\n"
     "\n"
@@ -26,7 +26,8 @@ const char description[] =
     "  modbus-panel decode --reply 000000000003018302\n"
     "  modbus-panel decode --bytes \"12 34 56 78\"";
 
-const int twoRegisters = 4; // bytes
+const int twoRegisters = 4;   // bytes
+const int shortestSerial = 5; // an exception reply
 
 /// The bytes of all words; nothing, with one line in *error, when one is not hexadecimal.
 std::optional<QByteArray> bytesOf(const QStringList &words, QString *error)
@@ -79,24 +80,48 @@ QList<FrameKind> kindsToShow(const CommandLine &line, const QByteArray &frame)
 
 void printKind(const QByteArray &frame, FrameKind kind, const QString &title)
 {
-    print(QStringLiteral("%1, %2 bytes: %3").arg(title).arg(frame.size()).arg(frameSummary(frame, kind)));
+    print(QStringLiteral("%1, %2 bytes: %3").arg(title).arg(frame.size()).arg(frameMeaning(frame, kind)));
     for (const QString &field : frameFields(frame, kind))
         print(QStringLiteral("  ") + field);
     for (const QString &fault : frameFaults(frame, kind))
         print(QStringLiteral("  fault: ") + fault);
 }
 
-ExitCode explain(const QByteArray &frame, const QList<FrameKind> &kinds)
+/// Modbus CRC-16, which closes serial frames: 0 over a frame with its own checksum, low byte first.
+int serialChecksum(const QByteArray &bytes)
+{
+    int crc = 0xFFFF;
+    for (char byte : bytes) {
+        crc ^= static_cast<quint8>(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = crc & 1 ? crc >> 1 ^ 0xA001 : crc >> 1;
+    }
+    return crc;
+}
+
+/// The frame as it is sent over TCP, when these bytes are one from a serial line; else nothing.
+QByteArray fromSerial(const QByteArray &bytes)
+{
+    if (bytes.size() < shortestSerial || serialChecksum(bytes) != 0)
+        return QByteArray();
+    const QByteArray body = bytes.left(bytes.size() - 2);
+    return QByteArray(5, '\0') + static_cast<char>(body.size()) + body;
+}
+
+bool isSound(const QByteArray &frame, const QList<FrameKind> &kinds)
+{
+    return std::any_of(kinds.begin(), kinds.end(),
+                       [&frame](FrameKind kind) { return frameFaults(frame, kind).isEmpty(); });
+}
+
+void explain(const QByteArray &frame, const QList<FrameKind> &kinds)
 {
     const bool readsAlike = kinds.size() == 2 && frameFields(frame, kinds[0]) == frameFields(frame, kinds[1]);
     if (readsAlike)
-        printKind(frame, kinds[0], QStringLiteral("request, or the reply that repeats it"));
+        printKind(frame, kinds[0], QStringLiteral("request, or a reply that reads alike"));
     for (int i = 0; !readsAlike && i < kinds.size(); ++i)
         printKind(frame, kinds[i],
                   i == 0 ? kindName(kinds[i]) : QStringLiteral("or a ") + kindName(kinds[i]));
-    const bool isSound = std::any_of(kinds.begin(), kinds.end(),
-                                     [&frame](FrameKind kind) { return frameFaults(frame, kind).isEmpty(); });
-    return isSound ? ExitDone : ExitFailed;
 }
 
 } // namespace
@@ -118,9 +143,19 @@ int decodeCommand(const QStringList &arguments)
     const bool isForcedFrame = line.isSet("request") || line.isSet("reply") || line.isSet("remote");
     if (line.isSet("bytes") && (isForcedFrame || bytes->size() != twoRegisters))
         return line.fail(ExitUsage, QStringLiteral("--bytes takes four bytes, and no option beside it"));
-    if (bytes->size() != twoRegisters || isForcedFrame)
-        return explain(*bytes, kindsToShow(line, *bytes));
-    for (const QString &row : byteOrderTable(*bytes))
-        print(row);
-    return ExitDone;
+    if (bytes->size() == twoRegisters && !isForcedFrame) {
+        for (const QString &row : byteOrderTable(*bytes))
+            print(row);
+        return ExitDone;
+    }
+    const QList<FrameKind> kinds = kindsToShow(line, *bytes);
+    const QByteArray tcpFrame = fromSerial(*bytes);
+    if (isSound(*bytes, kinds) || tcpFrame.isEmpty()) {
+        explain(*bytes, kinds);
+        return isSound(*bytes, kinds) ? ExitDone : ExitFailed;
+    }
+    print(QStringLiteral(
+        "no Modbus TCP frame, but one of a serial line (RTU): its checksum fits. Over TCP it is"));
+    explain(tcpFrame, kindsToShow(line, tcpFrame));
+    return ExitFailed;
 }

@@ -16,9 +16,8 @@ QByteArray FieldReader::takeBytes(const QString &name, int size)
     m_position += bytes.size();
     if (bytes.size() < size && !m_isShort) {
         m_isShort = true; // one fault; all that follows is missing, too
-        fault(QStringLiteral("the frame ends in \"%1\": %2 more bytes belong there")
-                  .arg(name)
-                  .arg(size - bytes.size()));
+        fault(
+            QStringLiteral("the frame ends in \"%1\", bytes missing: %2").arg(name).arg(size - bytes.size()));
     }
     return bytes;
 }

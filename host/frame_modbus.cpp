@@ -40,8 +40,14 @@ QString functionName(int function)
         return QStringLiteral("write coils");
     case WriteRegisters:
         return QStringLiteral("write registers");
+    case 22:
+        return QStringLiteral("mask write register");
+    case 23:
+        return QStringLiteral("read and write registers");
+    case 43:
+        return QStringLiteral("read device identification");
     default:
-        return QStringLiteral("function %1").arg(function);
+        return QStringLiteral("unknown function");
     }
 }
 
@@ -163,9 +169,8 @@ private:
     int address()
     {
         const int first = m_reader.take("address", 2);
-        m_reader.means(QStringLiteral("%1, which is %2 where the first is 1")
-                           .arg(first)
-                           .arg(countedFromOne(m_function, first)));
+        m_reader.means(
+            QStringLiteral("%1 (%2 when counted from 1)").arg(first).arg(countedFromOne(m_function, first)));
         return first;
     }
 
@@ -232,7 +237,7 @@ private:
         const int elementSize = isOfBits(m_function) ? 1 : 2;
         const int perElement = isOfBits(m_function) ? 8 : 1;
         QByteArray all;
-        for (int i = 0; i * elementSize < size && !m_reader.isAtEnd(); ++i) {
+        for (int i = 0; (i + 1) * elementSize <= size && !m_reader.isAtEnd(); ++i) {
             const int from = i * perElement;
             const int count = qBound(1, quantity - from, perElement);
             const QString where =
@@ -256,6 +261,7 @@ private:
 
     void unknown()
     {
+        m_summary = QStringLiteral("function %1").arg(m_function);
         const bool isException = m_function & exceptionFlag;
         m_reader.check(
             !isException,
@@ -265,11 +271,13 @@ private:
             m_reader.takeBytes(QStringLiteral("data"), m_reader.left());
     }
 
+    /// What the function leaves over is a fault of its own only where no other explains it.
     void surplus()
     {
         const int count = m_reader.left();
         m_reader.takeBytes(QStringLiteral("surplus"), count);
-        m_reader.fault(QStringLiteral("%1 bytes too many for this function").arg(count));
+        m_reader.check(!m_notes.faults.isEmpty(),
+                       QStringLiteral("bytes that this function has no use for: %1").arg(count));
     }
 
     const int m_size;

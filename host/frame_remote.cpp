@@ -15,11 +15,14 @@ QString accessName(int access)
 }
 
 /// Bit reads count bytes of eight bits, other accesses bits or registers.
-QString unitOfLength(int access, int area)
+QString lengthText(int access, int area, int count)
 {
+    const QString s = count == 1 ? QString() : QStringLiteral("s");
     if (area > 3)
-        return QStringLiteral("registers");
-    return access == 0 ? QStringLiteral("bytes of eight bits") : QStringLiteral("bits");
+        return QStringLiteral("%1 register%2").arg(count).arg(s);
+    if (access == 0)
+        return QStringLiteral("%1 byte%2 of eight bits").arg(count).arg(s);
+    return QStringLiteral("%1 bit%2").arg(count).arg(s);
 }
 
 QString addressMeaning(int area, int address)
@@ -60,23 +63,20 @@ FrameDissection dissectRemote(const QByteArray &frame)
     const int address = reader.take("start address", 4);
     reader.means(addressMeaning(area, address));
     const int count = reader.take("length", 2);
-    reader.means(QStringLiteral("%1 %2").arg(count).arg(unitOfLength(access, area)));
+    reader.means(lengthText(access, area, count));
     reader.take("sub-index", 4);
     reader.take("auxiliary", 4);
     const QByteArray value = reader.takeBytes(QStringLiteral("value"), qMax(0, reader.left() - 1));
     if (!value.isEmpty())
-        reader.means(QStringLiteral("%1 bytes, least significant first").arg(value.size()));
+        reader.means(QStringLiteral("least significant byte first"));
     reader.check(access != 0 || value.isEmpty(), QStringLiteral("a read carries no value bytes"));
     const int due = byteSum(frame.left(frame.size() - 1));
     const int sum = reader.take("checksum", 1);
     reader.check(
         sum == due,
         QStringLiteral("the checksum is %1, but the bytes before it sum up to %2").arg(sum).arg(due));
-    notes.summary = QStringLiteral("station %1: remote %2 %3:%4, %5 %6")
-                        .arg(station)
-                        .arg(accessName(access), areaName(area))
-                        .arg(address)
-                        .arg(count)
-                        .arg(unitOfLength(access, area));
+    notes.summary = QStringLiteral("station %1: remote %2 %3:%4, %5")
+                        .arg(QString::number(station), accessName(access), areaName(area),
+                             QString::number(address), lengthText(access, area, count));
     return notes;
 }

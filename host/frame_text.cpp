@@ -30,12 +30,16 @@ QString fieldLine(const FrameField &field)
 
 } // namespace
 
+QString frameMeaning(const QByteArray &frame, FrameKind kind)
+{
+    return dissect(frame, kind).summary;
+}
+
 QString frameSummary(const QByteArray &frame, FrameKind kind)
 {
-    const FrameDissection dissection = dissect(frame, kind);
-    if (dissection.faults.isEmpty())
-        return dissection.summary;
-    return QStringLiteral("%1; faulty: %2").arg(dissection.summary, dissection.faults.first());
+    const QStringList faults = frameFaults(frame, kind);
+    const QString meaning = frameMeaning(frame, kind);
+    return faults.isEmpty() ? meaning : QStringLiteral("%1; faulty: %2").arg(meaning, faults.first());
 }
 
 QStringList frameFields(const QByteArray &frame, FrameKind kind)

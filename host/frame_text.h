@@ -11,7 +11,10 @@
 
 enum class FrameKind { Request, Reply, Remote };
 
-/// One line: unit, function, address, quantity, values or exception; or what is wrong with the frame.
+/// One line: unit, function, address, quantity, values or exception, as far as the frame holds them.
+QString frameMeaning(const QByteArray &frame, FrameKind kind);
+
+/// The same, followed by the first fault of a faulty frame.
 QString frameSummary(const QByteArray &frame, FrameKind kind);
 
 /// Field by field, one line each, byte offsets first.

@@ -77,7 +77,8 @@ QStringList warningsOf(const PlannedRequest &request, const QList<Variable> &var
     for (const Variable &variable : variables) {
         const Span span = spanOf(variable);
         const int end = endOf(request.span);
-        const bool endsWithin = span.overlaps(request.span) && end < endOf(span);
+        const bool endsWithin =
+            span.overlaps(request.span) && end < endOf(span) && request.span.count % 2 != 0;
         if (variable.area >= 6 && endsWithin && (end - span.first) % 2 != 0)
             lines << warning(
                 QStringLiteral("%1 is cut in the middle of a 32-bit value, which is then read in two "

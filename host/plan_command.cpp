@@ -8,18 +8,15 @@
 
 namespace {
 
-const char description[] = "Prints the requests that poll sends for these variables, "
-                           "[UNIT/]AREA:ADDRESS[*COUNT], without touching a\n"
-                           "device: what each request reads, its bytes, how long its reply is, which "
-                           "variables ride in it, and which\n"
-                           "addresses in the gaps between them are read along though nobody asked. A unit "
-                           "that lacks an address in a gap\n"
-                           "refuses the whole request with exception 2. Requests that pass a limit of the "
-                           "protocol are marked, with the\n"
-                           "block that cures it.\n"
-                           "\n"
-                           "Example: two variables in one request, with a gap of six registers:\n"
-                           "  modbus-panel plan hr:0*2 hr:8";
+const char description[] =
+    "Prints the requests that poll sends for these variables, [UNIT/]AREA:ADDRESS[*COUNT], without\n"
+    "touching a device: what each request reads, its bytes, how long its reply is, which variables ride\n"
+    "in it, and which addresses in the gaps between them are read along though nobody asked. A unit that\n"
+    "lacks an address in a gap refuses the whole request with exception 2. Requests that pass a limit of\n"
+    "the protocol are marked, with the block that cures it.\n"
+    "\n"
+    "Example: two variables in one request, with a gap of six registers:\n"
+    "  modbus-panel plan hr:0*2 hr:8";
 
 void print(const QStringList &lines)
 {

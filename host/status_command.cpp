@@ -9,9 +9,8 @@
 namespace {
 
 const char description[] =
-    "Explains status codes of the driver, which stand in the record that DataCom returns: the class of the "
-    "code,\n"
-    "the hostId that is added to it, usual cause and cure. Without a code, all classes are listed.\n"
+    "Explains status codes of the driver, which stand in the record that DataCom returns: the class of the\n"
+    "code, the hostId that is added to it, usual cause and cure. Without a code, all classes are listed.\n"
     "\n"
     "Example:\n"
     "  modbus-panel status 74";
