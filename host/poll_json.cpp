@@ -41,10 +41,8 @@ QJsonObject unitObject(int number, const UnitStatistics &unit, const PanelSnapsh
     for (const auto &[code, count] : unit.exceptions)
         exceptions.insert(QString::number(code), count);
     QJsonObject heldBack;
-    for (std::size_t i = 0; i < unit.heldBack.size(); ++i) {
-        if (unit.heldBack[i] > 0)
-            heldBack.insert(replyFaultText(static_cast<ReplyFault>(i)), unit.heldBack[i]);
-    }
+    for (const auto &[fault, count] : unit.heldBack)
+        heldBack.insert(replyFaultText(fault), count);
     return {
         {QStringLiteral("unit"), number},
         {QStringLiteral("off"), unit.isOff},

@@ -38,47 +38,33 @@ QStringList valueRow(const ValueState &value, const PanelSnapshot &now, const Po
     return {variable.name, placeText(variable), text, value.ageText(now.nowMs(), view.freshForMs)};
 }
 
-/// "2 x12, 11 x1": exception codes with how often they came.
-QString countsText(const std::map<int, int> &counts)
+/// "2 x12, 11 x1": what there was, with how often.
+template <typename Map, typename Name> QString countsText(const Map &counts, Name nameOf)
 {
     QStringList parts;
-    for (const auto &[code, count] : counts)
-        parts << QStringLiteral("%1 x%2").arg(code).arg(count);
-    return parts.isEmpty() ? QStringLiteral("0") : parts.join(QStringLiteral(", "));
-}
-
-QString heldBackText(const UnitStatistics &unit)
-{
-    QStringList parts;
-    for (std::size_t i = 0; i < unit.heldBack.size(); ++i) {
-        if (unit.heldBack[i] > 0)
-            parts << QStringLiteral("%1 x%2")
-                         .arg(replyFaultText(static_cast<ReplyFault>(i)))
-                         .arg(unit.heldBack[i]);
-    }
+    for (const auto &[key, count] : counts)
+        parts << QStringLiteral("%1 x%2").arg(nameOf(key)).arg(count);
     return parts.isEmpty() ? QStringLiteral("0") : parts.join(QStringLiteral(", "));
 }
 
 QString milliseconds(qint64 microseconds)
 {
-    return QStringLiteral("%1 ms").arg(double(microseconds) / 1000, 0, 'f', 2);
+    return QString::number(double(microseconds) / 1000, 'f', 2);
 }
 
 QStringList unitRow(int number, const UnitStatistics &unit, const PanelSnapshot &now)
 {
-    return {QString::number(number),
-            unit.isOff ? QStringLiteral("off") : QStringLiteral("on"),
+    return {unit.isOff ? QStringLiteral("%1 off").arg(number) : QString::number(number),
             QString::number(unit.requests),
             QString::number(unit.good),
-            countsText(unit.exceptions),
+            countsText(unit.exceptions, [](int code) { return code; }),
             QString::number(unit.timeOuts),
-            heldBackText(unit),
+            countsText(unit.heldBack, replyFaultText),
             QString::number(unit.late),
-            QString::number(unit.closed),
             QString::number(unit.reconnects),
             milliseconds(unit.roundTrips.percentile(50)),
             milliseconds(unit.roundTrips.percentile(99)),
-            QStringLiteral("%1 %").arg(unit.lostPercent(now.elapsedMicroseconds), 0, 'f', 1)};
+            QString::number(unit.lostPercent(now.elapsedMicroseconds), 'f', 1)};
 }
 
 } // namespace
@@ -114,10 +100,9 @@ QStringList pollTable(const PanelSnapshot &now, const PollView &view)
         rows << valueRow(value, now, view);
     QStringList lines = aligned(rows);
 
-    rows = {{QStringLiteral("UNIT"), QString(), QStringLiteral("REQUESTS"), QStringLiteral("GOOD"),
-             QStringLiteral("EXCEPTIONS"), QStringLiteral("TIME-OUTS"), QStringLiteral("HELD BACK"),
-             QStringLiteral("LATE"), QStringLiteral("CLOSED"), QStringLiteral("RECONNECTS"),
-             QStringLiteral("MEDIAN"), QStringLiteral("99 %"), QStringLiteral("TIME LOST")}};
+    rows.clear();
+    rows << QStringLiteral("UNIT,SENT,GOOD,EXC,TIMEOUT,HELD,LATE,RECONN,MED ms,P99 ms,LOST %")
+                .split(QLatin1Char(','));
     for (const auto &[number, unit] : now.units)
         rows << unitRow(number, unit, now);
     lines << QString() << aligned(rows);

@@ -20,7 +20,6 @@ enum class ReplyFault {
     WrongByteCount, ///< the byte count disagrees with the reply's length or with what was asked
     WrongEcho,      ///< a write's reply names another address, value or quantity
 };
-const int replyFaultCount = 8;
 
 /// In words, such as "other unit".
 QString replyFaultText(ReplyFault fault);

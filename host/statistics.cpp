@@ -2,7 +2,6 @@
 #include "statistics.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace {
 const std::size_t roundTripsKept = 1000;
@@ -46,7 +45,7 @@ void UnitStatistics::add(const Exchange &exchange)
         return;
     lostMicroseconds += exchange.microseconds;
     if (exchange.fault != ReplyFault::None)
-        ++heldBack[static_cast<std::size_t>(exchange.fault)];
+        ++heldBack[exchange.fault];
     else if (exchange.cause == LinkCause::Closed)
         ++closed;
     else
@@ -58,11 +57,6 @@ void UnitStatistics::add(const Aftermath &before)
     late += before.lateReplies;
     reconnects += before.reconnected ? 1 : 0;
     lostMicroseconds += before.microseconds;
-}
-
-int UnitStatistics::heldBackTotal() const
-{
-    return std::accumulate(heldBack.begin(), heldBack.end(), 0);
 }
 
 double UnitStatistics::lostPercent(qint64 elapsedMicroseconds) const

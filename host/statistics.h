@@ -6,7 +6,6 @@
 
 #include "exchange.h"
 
-#include <array>
 #include <map>
 #include <vector>
 
@@ -27,11 +26,11 @@ struct UnitStatistics
 {
     int requests = 0; ///< sent, retries included
     int good = 0;
-    std::map<int, int> exceptions;               ///< how many of each code
-    int timeOuts = 0;                            ///< no reply in time, or half a reply
-    std::array<int, replyFaultCount> heldBack{}; ///< by ReplyFault
-    int closed = 0;                              ///< connections that ended instead of a reply
-    int late = 0;                                ///< replies when nothing waited for them
+    std::map<int, int> exceptions;      ///< how many of each code
+    int timeOuts = 0;                   ///< no reply in time, or half a reply
+    std::map<ReplyFault, int> heldBack; ///< replies that count as none, by reason
+    int closed = 0;                     ///< connections that ended instead of a reply
+    int late = 0;                       ///< replies when nothing waited for them
     int reconnects = 0;
     RoundTrips roundTrips;       ///< of good exchanges and exceptions
     qint64 lostMicroseconds = 0; ///< waited without getting an answer
@@ -40,7 +39,6 @@ struct UnitStatistics
     void add(const Exchange &exchange);
     void add(const Aftermath &before);
 
-    int heldBackTotal() const;
     /// Of all the time, in percent.
     double lostPercent(qint64 elapsedMicroseconds) const;
 };

@@ -28,7 +28,8 @@ const char description[] =
     "Example: a register, a bit of register 10 and a 32-bit float:\n"
     "  modbus-panel write --connect 192.0.2.7:502 2/hr:100=-5 2/hrbit:10.5=1 2/hr32:20=21.5";
 
-const int lookMs = 100; // for Ctrl-C
+const int lookMs = 100;     // for Ctrl-C
+const int longestText = 60; // of a word in the report
 
 /// Why the variable cannot be written; empty when it can.
 QString whyUnwritable(const Variable &variable, int block)
@@ -65,7 +66,7 @@ std::optional<WriteItem> parseItem(const QString &word, int block, QString *erro
     WriteItem item;
     item.variable = *variable;
     item.value = *value;
-    item.text = word;
+    item.text = word.size() > longestText ? word.left(longestText - 3) + QStringLiteral("...") : word;
     return item;
 }
 

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+// From the byte stream to replies, and which of them may answer a request.
+
+#include "reply_framing.h"
+
+#include <gtest/gtest.h>
+
+#include <QtCore/QList>
+
+namespace {
+
+QByteArray bytes(const char *hex)
+{
+    return QByteArray::fromHex(hex);
+}
+
+const char readThree[] = "0000 0000 0009 01 03 06 0005 0006 0007";
+const char exceptionTwo[] = "0000 0000 0003 01 83 02";
+
+TEST(ReplyFraming, CutAnywhereGivesTheSameReplies)
+{
+    const QByteArray stream = bytes(readThree) + bytes(exceptionTwo);
+    for (int cut = 0; cut <= stream.size(); ++cut) {
+        ReplyFraming framing;
+        QList<QByteArray> replies;
+        QByteArray reply;
+        ReplyFault fault = ReplyFault::None;
+        for (const QByteArray &part : {stream.left(cut), stream.mid(cut)}) {
+            framing.append(part);
+            while (framing.take(&reply, &fault) == ReplyFraming::Whole)
+                replies << reply;
+        }
+        EXPECT_EQ(replies, QList<QByteArray>({bytes(readThree), bytes(exceptionTwo)})) << "cut at " << cut;
+        EXPECT_TRUE(framing.rest().isEmpty());
+    }
+}
+
+TEST(ReplyFraming, RemoteRepliesAreAsLongAsExpected)
+{
+    ReplyFraming framing;
+    QByteArray reply;
+    framing.append(bytes("0B 64 00 00 01 0000 0000 AA"));
+    EXPECT_EQ(framing.takeLength(11, &reply), ReplyFraming::Incomplete);
+    framing.append(bytes("BB CC"));
+    EXPECT_EQ(framing.takeLength(11, &reply), ReplyFraming::Whole);
+    EXPECT_EQ(reply, bytes("0B 64 00 00 01 0000 0000 AA BB"));
+    EXPECT_EQ(framing.rest(), bytes("CC"));
+}
+
+struct HeaderRow
+{
+    const char *what;
+    const char *hex;
+    ReplyFraming::Result result;
+    ReplyFault fault;
+};
+
+TEST(ReplyFraming, Headers)
+{
+    const HeaderRow rows[] = {
+        {"length 1, too short for a PDU", "0000 0000 0001 01", ReplyFraming::BadHeader,
+         ReplyFault::BadLength},
+        {"length 2, a lone function code", "0000 0000 0002 01 83", ReplyFraming::Whole, ReplyFault::None},
+        {"length 254, the longest", "0000 0000 00FE 01 03", ReplyFraming::Incomplete, ReplyFault::None},
+        {"length 255, too long", "0000 0000 00FF", ReplyFraming::BadHeader, ReplyFault::BadLength},
+        {"length 0x0100 read by its high byte too", "0000 0000 0103", ReplyFraming::BadHeader,
+         ReplyFault::BadLength},
+        {"protocol 1, known before the length", "0000 0001", ReplyFraming::BadHeader,
+         ReplyFault::OtherProtocol},
+        {"any transaction", "BEEF 0000 0003 01 83 02", ReplyFraming::Whole, ReplyFault::None},
+    };
+    for (const HeaderRow &row : rows) {
+        ReplyFraming framing;
+        framing.append(bytes(row.hex));
+        QByteArray reply;
+        ReplyFault fault = ReplyFault::None;
+        EXPECT_EQ(framing.take(&reply, &fault), row.result) << row.what;
+        EXPECT_EQ(fault, row.fault) << row.what;
+    }
+}
+
+struct CheckRow
+{
+    const char *what;
+    const char *request;
+    const char *reply;
+    ReplyFault fault;
+};
+
+TEST(ReplyCheck, OnlyWhatCanAnswerPasses)
+{
+    const char readBits[] = "0000 0000 0006 01 01 0008 0010";
+    const char read[] = "0000 0000 0006 01 03 0064 0003";
+    const char writeCoil[] = "0000 0000 0006 01 05 0007 FF00";
+    const char writeMany[] = "0000 0000 000B 01 10 000A 0002 04 1234 5678";
+    const CheckRow rows[] = {
+        {"the registers asked for", read, readThree, ReplyFault::None},
+        {"an exception", read, exceptionTwo, ReplyFault::None},
+        {"sixteen bits in two bytes", readBits, "0000 0000 0005 01 01 02 AA 55", ReplyFault::None},
+        {"a single write's echo", writeCoil, writeCoil, ReplyFault::None},
+        {"a multiple write's address and quantity", writeMany, "0000 0000 0006 01 10 000A 0002",
+         ReplyFault::None},
+        {"another transaction", read, "0001 0000 0009 01 03 06 0005 0006 0007", ReplyFault::OtherTransaction},
+        {"another unit", read, "0000 0000 0009 02 03 06 0005 0006 0007", ReplyFault::OtherUnit},
+        {"another unit's exception", read, "0000 0000 0003 02 83 02", ReplyFault::OtherUnit},
+        {"another function of the same length", read, "0000 0000 0009 01 04 06 0005 0006 0007",
+         ReplyFault::OtherFunction},
+        {"another function's exception", read, "0000 0000 0003 01 84 02", ReplyFault::OtherFunction},
+        {"an exception with a byte too many", read, "0000 0000 0004 01 83 02 00", ReplyFault::WrongByteCount},
+        {"the answer to a longer read", read, "0000 0000 000B 01 03 08 0005 0006 0007 0008",
+         ReplyFault::WrongByteCount},
+        {"a byte count unlike its bytes", read, "0000 0000 0009 01 03 04 0005 0006 0007",
+         ReplyFault::WrongByteCount},
+        {"a read reply without a byte count", read, "0000 0000 0002 01 03", ReplyFault::WrongByteCount},
+        {"the echo of another coil", writeCoil, "0000 0000 0006 01 05 0008 FF00", ReplyFault::WrongEcho},
+        {"the echo of another value", writeCoil, "0000 0000 0006 01 05 0007 0000", ReplyFault::WrongEcho},
+        {"another quantity", writeMany, "0000 0000 0006 01 10 000A 0003", ReplyFault::WrongEcho},
+        {"an echo cut short", writeMany, "0000 0000 0004 01 10 000A", ReplyFault::WrongByteCount},
+    };
+    for (const CheckRow &row : rows)
+        EXPECT_EQ(checkReply(bytes(row.request), bytes(row.reply)), row.fault) << row.what;
+}
+
+TEST(ReplyCheck, ExceptionCodes)
+{
+    EXPECT_EQ(exceptionCode(bytes(exceptionTwo)), 2);
+    EXPECT_EQ(exceptionCode(bytes("0000 0000 0003 01 83 00")), 0);
+    EXPECT_EQ(exceptionCode(bytes(readThree)), -1);
+    EXPECT_EQ(exceptionCode(QByteArray()), -1);
+}
+
+} // namespace
