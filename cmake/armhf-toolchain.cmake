@@ -7,13 +7,14 @@ set(CMAKE_LIBRARY_ARCHITECTURE arm-linux-gnueabihf)
 set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
 
-if(NOT ARMHF_ROOT)
+get_property(in_try_compile GLOBAL PROPERTY IN_TRY_COMPILE)
+if(NOT in_try_compile)
   execute_process(COMMAND ${CMAKE_CURRENT_LIST_DIR}/../scripts/sysroot
     OUTPUT_VARIABLE armhf_output RESULT_VARIABLE armhf_result OUTPUT_STRIP_TRAILING_WHITESPACE)
   if(armhf_result)
     message(FATAL_ERROR "scripts/sysroot could not make the folder with the armhf packages")
   endif()
-  set(ARMHF_ROOT ${armhf_output} CACHE PATH "Folder with the unpacked armhf packages")
+  set(ARMHF_ROOT ${armhf_output} CACHE PATH "Folder with the unpacked armhf packages" FORCE)
 endif()
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES ARMHF_ROOT)
 
