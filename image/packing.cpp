@@ -21,6 +21,15 @@ void putLowFirst(char *to, quint16 value)
     to[1] = static_cast<char>(value >> 8);
 }
 
+static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "registers are copied as they lie in memory, low byte first");
+
+/// Copies `count` registers between the image and host bytes.
+void copyRegisters(void *to, const void *from, int count)
+{
+    if (count > 0)
+        std::memcpy(to, from, 2 * static_cast<std::size_t>(count));
+}
+
 quint16 takeLowFirst(const char *from)
 {
     return static_cast<quint16>(static_cast<quint8>(from[0]) | static_cast<quint8>(from[1]) << 8);
@@ -79,8 +88,7 @@ void GetWordFromUS(QByteArray &out, unsigned short *regs, int start, int count)
         return;
     char *to = grown(out, 2 * inside.end);
     std::memset(to, 0, 2 * static_cast<std::size_t>(inside.first));
-    for (int k = inside.first; k < inside.end; ++k)
-        putLowFirst(to + 2 * k, regs[start + k]);
+    copyRegisters(to + 2 * inside.first, regs + start + inside.first, inside.end - inside.first);
 }
 
 void GetWordFromUI(QByteArray &out, unsigned short *regs, int start, int count)
@@ -114,9 +122,7 @@ void SetBitToUS(int start, unsigned short *regs, QByteArray *in, int count)
 void SetWordToUS(int start, unsigned short *regs, QByteArray *in, int count)
 {
     const Inside inside(start, qMin(count, in->size() / 2), registerCount);
-    const char *from = in->constData();
-    for (int k = inside.first; k < inside.end; ++k)
-        regs[start + k] = takeLowFirst(from + 2 * k);
+    copyRegisters(regs + start + inside.first, in->constData() + 2 * inside.first, inside.end - inside.first);
 }
 
 void SetWordToUI(int start, unsigned short *regs, QByteArray *in, int count)

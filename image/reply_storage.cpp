@@ -9,6 +9,8 @@
 #include "../driver/driver_object.h"
 #include "../varlists/areas.h"
 
+#include <cstring>
+
 using arithmetic::wrapped;
 
 namespace {
@@ -77,10 +79,9 @@ void stretchLastTouched(QByteArray *touched, int size)
     if (!touched)
         return;
     const int had = touched->size();
+    touched->resize(size);
     if (size > had)
-        touched->append(QByteArray(size - had, '\0'));
-    else
-        touched->truncate(size);
+        std::memset(touched->data() + had, 0, static_cast<std::size_t>(size - had));
 }
 
 void storeStationBits(const ReplyData &data, const RW_VAR &var)
@@ -155,8 +156,9 @@ void SaveBitToUC(QByteArray *reply, unsigned char *bits)
     if (start < 0 && start % 8 != 0)
         return; // no byte of the image begins there
     const image::Inside inside(start / 8, data.bytesPresent, image::bitBytes);
-    for (int j = inside.first; j < inside.end; ++j)
-        bits[start / 8 + j] = data.bytes[j];
+    if (inside.first < inside.end)
+        std::memcpy(bits + start / 8 + inside.first, data.bytes + inside.first,
+                    static_cast<std::size_t>(inside.end - inside.first));
 }
 
 void SaveWordToUS(QByteArray *reply, unsigned short *regs)

@@ -5,21 +5,45 @@
 
 #include "../driver/arithmetic.h"
 
-#include <QtCore/QStringList>
-
 namespace {
 
 const int noAddress = -1;
 const int bitsOfRegister = 16;
+const int mostDigits = 9; // what fits 32 bits whatever the digits are
+
+/// The number that the digits from `from` up to `end` make, as nearly every address is written, or -1 when
+/// there is something else. Costs a fraction of QString::toInt and takes nothing from the heap.
+int plainNumber(const QString &text, int from, int end)
+{
+    if (end == from || end - from > mostDigits)
+        return -1;
+    int number = 0;
+    for (const QChar *at = text.constData() + from; at != text.constData() + end; ++at) {
+        const int digit = at->unicode() - '0';
+        if (digit < 0 || digit > 9)
+            return -1;
+        number = 10 * number + digit;
+    }
+    return number;
+}
+
+int number(const QString &text, int from, int end)
+{
+    const int plain = plainNumber(text, from, end);
+    return plain >= 0 ? plain : text.mid(from, end - from).toInt();
+}
 
 /// Text after a second point is ignored.
 int registerAndBit(const QString &text)
 {
     const QChar point = QLatin1Char('.');
-    if (!text.contains(point))
+    const int first = text.indexOf(point);
+    if (first < 0)
         return noAddress;
-    const QStringList parts = text.split(point);
-    return arithmetic::wrapped(qint64(parts.at(0).toInt()) * bitsOfRegister + parts.at(1).toInt());
+    const int second = text.indexOf(point, first + 1);
+    const int end = second < 0 ? text.size() : second;
+    return arithmetic::wrapped(qint64(number(text, 0, first)) * bitsOfRegister +
+                               number(text, first + 1, end));
 }
 
 } // namespace
@@ -28,7 +52,7 @@ int StringAddressToInt(int area, QString addressText)
 {
     if (area == AreaInputRegisterBit || area == AreaHoldingRegisterBit)
         return registerAndBit(addressText);
-    return addressText.toInt();
+    return number(addressText, 0, addressText.size());
 }
 
 int PLCAddressChangeIntef(int area, QString addressText)
