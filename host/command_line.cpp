@@ -16,8 +16,11 @@ void CommandLine::addOption(const char *name, const QString &description, const 
     QCommandLineOption option(QString::fromLatin1(name), description);
     if (valueName)
         option.setValueName(QString::fromLatin1(valueName));
-    if (defaultValue)
+    if (defaultValue) {
         option.setDefaultValue(QString::fromLatin1(defaultValue));
+        option.setDescription(
+            QStringLiteral("%1 Default: %2.").arg(description, option.defaultValues().first()));
+    }
     m_parser.addOption(option);
 }
 

@@ -61,16 +61,16 @@ void addLinkOptions(CommandLine *line, const char *retries)
     line->addOption("retries", QStringLiteral("How often a request without a good reply is sent again."), "N",
                     retries);
     line->addOption("after-timeout",
-                    QStringLiteral("What happens before the next request: reconnect, or drain (for serial\n"
+                    QStringLiteral("What happens before the next request: reconnect, or drain (for serial "
                                    "gateways): read and throw away until nothing comes for --timeout."),
                     "POLICY", "reconnect");
     line->addOption("gap", QStringLiteral("Milliseconds between a reply and the next request."), "MS", "0");
     line->addOption("block",
-                    QStringLiteral("Most registers, or bytes of bits, in a request (the protocol: reads\n"
+                    QStringLiteral("Most registers, or bytes of bits, in a request (the protocol: reads "
                                    "125 registers or 2000 bits, writes 123 registers)."),
                     "N", "100");
     line->addOption("trace",
-                    QStringLiteral("Print each frame on stderr, or with --trace=FILE into a file, as\n"
+                    QStringLiteral("Print each frame on stderr, or with --trace=FILE into a file, as "
                                    "Wireshark's text import reads it."),
                     "FILE");
     line->makeValueOptional("trace");

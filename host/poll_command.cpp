@@ -45,7 +45,7 @@ void addPollOptions(CommandLine *line)
     line->addOption("json", QStringLiteral("One JSON object a line for each pass."));
     line->addOption(
         "off-after",
-        QStringLiteral("Switch a unit off after so many unanswered requests in a row, each given up\n"
+        QStringLiteral("Switch a unit off after so many unanswered requests in a row, each given up "
                        "after its retries; 0: never."),
         "N", "3");
     line->addOption("retry-off", QStringLiteral("Seconds after which a unit that is off is tried again."),
