@@ -25,6 +25,6 @@ struct WriteItem
     int dropped = 0;  ///< not queued, the queue was full
 };
 
-/// Queues every item; its hostItem is its position. `block` is CommSettings::writeBlockSize, `multiStation`
-/// tells nothing else than that. For hr32 a block of at least 2.
+/// Queues every item in order; an item's hostItem is its position. `block` is
+/// CommSettings::writeBlockSize, for hr32 at least 2.
 void queueWrites(const DriverLibrary &driver, int block, QList<WriteItem> *items);
