@@ -28,7 +28,7 @@ RW_VAR record(Script *script)
 
 int countOf(Script *script)
 {
-    return qMin(script->number(), 600);
+    return qMin(script->number(), 60);
 }
 
 void rebuild(Script *script)

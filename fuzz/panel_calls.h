@@ -7,7 +7,7 @@
 
 namespace panel {
 
-/// Counts that cost no time: up to some hundreds, nothing, or less than nothing.
+/// Counts that cost no time: up to some dozens, nothing, or less than nothing.
 int countOf(Script *script);
 
 void rebuild(Script *script);
