@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+// Exchanges over TCP with a station on this machine: the driver beside a client that knows its one request.
+
+#pragma once
+
+namespace bench {
+
+/// Prints, as JSON, the rate and the CPU time of `exchanges` reads of `registers` registers from unit 1 at
+/// 127.0.0.1:port. False, with a line on stderr, when the station does not answer.
+bool printLoopback(int port, int registers, int exchanges);
+
+} // namespace bench

@@ -1,0 +1,245 @@
+# SPDX-License-Identifier: MIT
+"""Tables, curves and checks from what scripts/bench measured.
+
+  report.py callgrind NAMES PROFILE STEPS   instructions of each work, as JSON, from callgrind's dumps
+  report.py armhf TEXT                      instructions of each work, as JSON, from the counts of two runs
+  report.py loopback RUN COST EXCHANGES     a run of driver-bench with what modbus-panel cost, as JSON
+  report.py tables RESULTS                  prints every table as Markdown and writes tables.md and *.dat
+  report.py document RESULTS FILE           puts the tables between the marks of a document
+  report.py check RESULTS LIMITS            fails when a count passes its limit
+"""
+import json
+import pathlib
+import re
+import sys
+
+GOALS = [  # name, what is compared, limit, and how it is told
+    ("exchange/read_125_registers/shared", None, 1.5, "exchange of 125 registers, against its floor"),
+    ("exchange/read_1_register/shared", None, 3.0, "exchange of 1 register, against its floor"),
+    ("rebuild/100000_variables/1_station", "rebuild/10000_variables/1_station", 13.0,
+     "rebuild of 100,000 variables of 1 station, against 10,000"),
+    ("rebuild/100000_variables/32_stations", "rebuild/10000_variables/32_stations", 13.0,
+     "rebuild of 100,000 variables of 32 stations, against 10,000"),
+    ("look_up/100000_records", "look_up/100_records", 3.0, "look-up among 100,000 records, against 100"),
+    ("panel_read/125_registers/shared", None, 1.5, "screen reading 125 registers, against its floor"),
+]
+
+
+def load(folder, name):
+    return json.loads((folder / (name + ".json")).read_text())
+
+
+def medians(folder, name):
+    """Nanoseconds of CPU time, by the name of the work."""
+    unit = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+    return {b["run_name"]: b["cpu_time"] * unit[b["time_unit"]]
+            for b in load(folder, name)["benchmarks"] if b.get("aggregate_name") == "median"}
+
+
+def table(heads, rows):
+    lines = ["| " + " | ".join(heads) + " |", "|" + "|".join(["---"] + ["---:"] * (len(heads) - 1)) + "|"]
+    return "\n".join(lines + ["| " + " | ".join(row) + " |" for row in rows])
+
+
+def told(name):
+    return name.replace("_", " ").replace("/", ", ", 1).replace("/", ", ")
+
+
+def amount(nanoseconds):
+    for limit, divisor, unit in ((1e4, 1, "ns"), (1e7, 1e3, "µs"), (1e99, 1e6, "ms")):
+        if nanoseconds < limit:
+            value = nanoseconds / divisor
+            return f"{value:.0f} {unit}" if value >= 100 else f"{value:.1f} {unit}"
+
+
+def ratio(values, name, other):
+    return values[name] / values[other] if other in values else None
+
+
+def goals_table(times, instructions):
+    rows = []
+    for name, other, limit, text in GOALS:
+        other = other or "floor/" + name
+        by_time = ratio(times, name, other)
+        by_count = ratio(instructions, name, other) if name in instructions else None
+        rows.append([text, f"{limit:g}", f"{by_time:.2f}", f"{by_count:.2f}" if by_count else "",
+                     "met" if by_time <= limit else "not met"])
+    return table(["goal", "at most", "time", "instructions", ""], rows)
+
+
+def works_table(times, instructions, kinds):
+    rows = []
+    for name in times:
+        if not name.startswith(kinds):
+            continue
+        floor = "floor/" + name
+        counts = [f"{instructions[name]:,.0f}", f"{ratio(instructions, name, floor):.2f}"] if name in instructions \
+            else ["", ""]
+        rows.append([told(name), amount(times[name]), amount(times[floor]),
+                     f"{ratio(times, name, floor):.2f}"] + counts)
+    return table(["work", "time", "floor", "ratio", "instructions", "ratio"], rows)
+
+
+def allocations_table(folder):
+    rows = []
+    for entry in load(folder, "allocations"):
+        if entry["name"].startswith("floor/") or entry["per_step"] == 0:
+            continue
+        kinds = {}
+        for kind in entry["kinds"]:
+            kind = kind.split(",")[0]
+            kinds[kind] = kinds.get(kind, 0) + 1
+        rows.append([told(entry["name"]), f"{entry['per_step']:g}",
+                     ", ".join(f"{count} {kind}" for kind, count in kinds.items())])
+    return table(["work", "allocations", "what for"], rows)
+
+
+def memory_table(folder):
+    return table(["variables", "stations", "requests", "kept, bytes a variable", "peak, bytes a variable"],
+                 [[f"{m['variables']:,}", str(m["stations"]), f"{m['requests']:,}",
+                   f"{m['kept_per_variable']:.1f}", f"{m['peak_per_variable']:.1f}"]
+                  for m in load(folder, "memory")])
+
+
+def waits_table(folder):
+    by_name = {}
+    for b in load(folder, "waits")["benchmarks"]:
+        if b.get("run_type") == "iteration":
+            by_name.setdefault(b["run_name"].replace("/iterations:1", "").replace("panel_wait/", ""), []).append(b)
+    middle = lambda runs, key: sorted(run[key] for run in runs)[len(runs) // 2]
+    return table(["call, load", "median", "99.9th percentile", "worst"],
+                 [[told(name), amount(middle(runs, "median_ns")), amount(middle(runs, "p999_ns")),
+                   amount(middle(runs, "worst_ns"))] for name, runs in by_name.items()])
+
+
+def armhf_table(folder):
+    counts = load(folder, "armhf")
+    return table(["work", "instructions", "floor", "ratio"],
+                 [[told(name), f"{count:,.0f}", f"{counts['floor/' + name]:,.0f}",
+                   f"{ratio(counts, name, 'floor/' + name):.2f}"]
+                  for name, count in counts.items() if not name.startswith("floor/")])
+
+
+def loopback_table(folder):
+    rows = []
+    for registers in (1, 125):
+        run = load(folder, f"loopback-{registers}")
+        for client in ("bare_socket", "driver", "modbus-panel"):
+            if client in run:
+                rows.append([f"{registers} register{'s' if registers > 1 else ''}, {told(client)}",
+                             f"{run[client]['exchanges_per_second']:,.0f}",
+                             f"{run[client]['cpu_seconds_per_100000']:.2f}"])
+    return table(["reads, client", "exchanges a second", "CPU seconds per 100,000"], rows)
+
+
+def growth_table(times):
+    rows = []
+    for name in times:
+        if name.startswith(("rebuild/", "look_up/")):
+            size = int(name.split("/")[1].split("_")[0])
+            rows.append([told(name), amount(times[name]), amount(times[name] / size) if "rebuild" in name else "",
+                         f"{ratio(times, name, 'floor/' + name):.2f}"])
+    return table(["work", "time", "a variable", "against the floor"], rows)
+
+
+def write_curves(folder, times):
+    for kind, pick in (("rebuild-1", r"rebuild/(\d+)_variables/1_station$"),
+                       ("rebuild-32", r"rebuild/(\d+)_variables/32_stations$"),
+                       ("look-up", r"look_up/(\d+)_records$")):
+        points = sorted((int(m[1]), times[name], times["floor/" + name])
+                        for name in times if (m := re.match(pick, name)))
+        (folder / (kind + ".dat")).write_text("".join("%d %g %g\n" % point for point in points))
+
+
+def all_tables(folder):
+    times = medians(folder, "times") | medians(folder, "growth")
+    instructions = load(folder, "instructions")
+    write_curves(folder, times)
+    return {"machine": (folder / "machine.txt").read_text().strip(),
+            "goals": goals_table(times, instructions),
+            "exchanges": works_table(times, instructions, "exchange/"),
+            "panel": works_table(times, instructions, ("panel_read/", "panel_write/", "panel_once_read/")),
+            "checksums": works_table(times, instructions, "checksum/"),
+            "growth": growth_table(times),
+            "allocations": allocations_table(folder),
+            "memory": memory_table(folder),
+            "waits": waits_table(folder),
+            "armhf": armhf_table(folder),
+            "loopback": loopback_table(folder)}
+
+
+def callgrind(names, profile, steps):
+    counts = {}
+    for part, name in enumerate(pathlib.Path(names).read_text().split(), 1):
+        total = re.search(r"^totals: (\d+)", pathlib.Path(f"{profile}.{part}").read_text(), re.M)
+        counts[name] = int(total[1]) / int(steps)
+    return counts
+
+
+def armhf(text):
+    """Lines NAME STEPS INSTRUCTIONS, two for each work: what both runs spend on starting falls out."""
+    runs = {}
+    for line in pathlib.Path(text).read_text().splitlines():
+        name, steps, instructions = line.split()
+        runs.setdefault(name, []).append((int(steps), int(instructions)))
+    return {name: (high[1] - low[1]) / (high[0] - low[0]) for name, (low, high) in runs.items()}
+
+
+def loopback(run, cost, exchanges):
+    result = json.loads(pathlib.Path(run).read_text())
+    seconds, user, system = map(float, pathlib.Path(cost).read_text().split())
+    result["modbus-panel"] = {"exchanges_per_second": int(exchanges) / seconds,
+                              "cpu_seconds_per_100000": (user + system) * 1e5 / int(exchanges)}
+    return result
+
+
+def document(folder, file):
+    text = pathlib.Path(file).read_text()
+    for name, content in all_tables(folder).items():
+        mark = re.compile(rf"(<!-- bench: {name} -->\n).*?(<!-- end -->)", re.S)
+        if not mark.search(text):
+            sys.exit(f"report: {file} has no place for {name}")
+        text = mark.sub(lambda m: m[1] + content + "\n" + m[2], text)
+    pathlib.Path(file).write_text(text)
+
+
+def check(folder, limits):
+    faults = []
+
+    def hold(what, value, limit):
+        print(f"{what}: {value:.2f}, at most {limit}")
+        if value > limit:
+            faults.append(what)
+
+    allocations = {entry["name"]: entry["per_step"] for entry in load(folder, "allocations")}
+    instructions = load(folder, "instructions")
+    for name, limit in limits["allocations"].items():
+        hold("allocations, " + told(name), allocations[name], limit)
+    for name, limit in limits["instruction_ratios"].items():
+        hold("instructions against the floor, " + told(name), ratio(instructions, name, "floor/" + name), limit)
+    for entry in load(folder, "memory"):
+        hold(f"peak bytes a variable, {entry['variables']} variables, {entry['stations']} stations",
+             entry["peak_per_variable"], limits["peak_bytes_per_variable"])
+    if faults:
+        sys.exit("bench: past the limit: " + "; ".join(faults))
+
+
+def main(words):
+    folder = pathlib.Path(words[1])
+    if words[0] == "callgrind":
+        print(json.dumps(callgrind(*words[1:4]), indent=1))
+    elif words[0] == "armhf":
+        print(json.dumps(armhf(words[1]), indent=1))
+    elif words[0] == "loopback":
+        print(json.dumps(loopback(*words[1:4]), indent=1))
+    elif words[0] == "tables":
+        text = "\n\n".join(f"## {name}\n\n{content}" for name, content in all_tables(folder).items()) + "\n"
+        (folder / "tables.md").write_text(text)
+        print(text)
+    elif words[0] == "document":
+        document(folder, words[2])
+    elif words[0] == "check":
+        check(folder, json.loads(pathlib.Path(words[2]).read_text()))
+
+
+main(sys.argv[1:])

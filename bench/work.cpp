@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+#include "work.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace bench {
+
+Works allWorks()
+{
+    Works works;
+    addExchanges(&works);
+    addPanelReads(&works);
+    addQueueing(&works);
+    addRebuilds(&works);
+    addLookUps(&works);
+    addChecksums(&works);
+    return works;
+}
+
+void require(bool holds, const char *what)
+{
+    if (holds)
+        return;
+    std::fprintf(stderr, "bench: %s\n", what);
+    std::exit(EXIT_FAILURE);
+}
+
+} // namespace bench
