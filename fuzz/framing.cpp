@@ -54,8 +54,7 @@ void judge(const QByteArray &request, const QByteArray &reply)
 {
     const ReplyFault fault = checkReply(request, reply);
     require(!replyFaultText(fault).isEmpty(), "a fault is one that has a name");
-    require(fault != ReplyFault::None ||
-                (reply.at(6) == request.at(6) && (reply.at(7) & 0x7F) == request.at(7)),
+    require(fault != ReplyFault::None || (reply.at(6) == request.at(6) && (reply.at(7) & 0x7F) == request.at(7)),
             "no foreign reply is taken for an answer");
     require(exceptionCode(reply) >= -1, "an exception code is a number, or there is none");
 }

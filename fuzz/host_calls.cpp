@@ -86,7 +86,6 @@ void fuzzHostCalls(const quint8 *bytes, std::size_t size)
         else
             ComCommunication();
         requireNothing(brokenPromise(forced));
-        require(mayReadInputs || std::memcmp(&before, Canary().edges, sizeof before) == 0,
-                "only reads change the inputs");
+        require(mayReadInputs || std::memcmp(&before, Canary().edges, sizeof before) == 0, "only reads change the inputs");
     }
 }

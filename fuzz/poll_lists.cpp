@@ -23,8 +23,7 @@ bool isBit(int area)
 Run runOf(const VAR_ITEM &item, int station)
 {
     const int address = StringAddressToInt(item.area, item.addressText);
-    if (address < 0 || address > 60000 || item.count < 1 || item.count > 2000 || item.area > 7 ||
-        station % 255 == 0)
+    if (address < 0 || address > 60000 || item.count < 1 || item.count > 2000 || item.area > 7 || station % 255 == 0)
         return {0, 0, 0, 0};
     if (item.area == 2 || item.area == 3)
         return {station, getPlcReg(item.area), address / 16, (qint64(address) + item.count + 15) / 16};
@@ -56,10 +55,8 @@ void requireAsked(const QList<RW_VAR> &requests, const Run &run)
 void requireWithinBlock(const QList<RW_VAR> &requests, int block)
 {
     for (const RW_VAR &request : requests) {
-        require(!isBit(request.area) || request.startAddress % 8 == 0 || request.area < 0,
-                "bits are read from a byte's start");
-        require(block < 1 || request.dataLength <= block + isBit(request.area),
-                "no request exceeds the block");
+        require(!isBit(request.area) || request.startAddress % 8 == 0 || request.area < 0, "bits are read from a byte's start");
+        require(block < 1 || request.dataLength <= block + isBit(request.area), "no request exceeds the block");
     }
 }
 
@@ -72,8 +69,7 @@ void askOnce(const VAR_ITEM &item, const Run &run)
     var.dataLength = item.count;
     const int queued = AddListOnceReadVar(&var, 0);
     const bool negative = StringAddressToInt(item.area, item.addressText) < 0;
-    require(queued == (negative ? 0 : PLC_driver.onceReadList.size()),
-            "a one-shot read tells the queue's length");
+    require(queued == (negative ? 0 : PLC_driver.onceReadList.size()), "a one-shot read tells the queue's length");
     if (PLC_driver.onceReadList.size() < varlists::queueLimit)
         requireAsked(PLC_driver.onceReadList, run);
 }

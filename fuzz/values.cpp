@@ -17,8 +17,7 @@ void requireInside(const Variable &variable)
     require(variable.unit >= 0 && variable.unit <= 255, "a unit is 0 to 255");
     require(variable.area >= 0 && variable.area <= 7, "an area is 0 to 7");
     require(variable.count >= 1 && variable.address >= 0, "a variable names at least one address");
-    require((qint64(variable.address) + variable.driverCount() - 1) / unit <= 65535,
-            "a variable ends in its table");
+    require((qint64(variable.address) + variable.driverCount() - 1) / unit <= 65535, "a variable ends in its table");
 }
 
 /// Its canonical text gives the same variable.
@@ -30,8 +29,8 @@ void requireSameAgain(const Variable &variable)
                              .arg(variable.count);
     QString error;
     const std::optional<Variable> again = parseVariable(text, &error);
-    require(again && again->unit == variable.unit && again->area == variable.area &&
-                again->address == variable.address && again->count == variable.count,
+    require(again && again->unit == variable.unit && again->area == variable.area && again->address == variable.address &&
+                again->count == variable.count,
             "a variable written out is the same variable");
 }
 
@@ -44,11 +43,9 @@ bool isOneWay(const QString &text)
 /// Every way of showing values reads back as the same values.
 void requireReadBack(const Variable &variable, const QByteArray &bytes)
 {
-    for (ValueFormat format :
-         {ValueFormat::Decimal, ValueFormat::Hexadecimal, ValueFormat::Signed, ValueFormat::Float}) {
+    for (ValueFormat format : {ValueFormat::Decimal, ValueFormat::Hexadecimal, ValueFormat::Signed, ValueFormat::Float}) {
         QString text = valueText(variable, bytes, format), error;
-        const std::optional<QByteArray> again =
-            parseValues(variable, text.replace(QLatin1Char(' '), QLatin1Char(',')), &error);
+        const std::optional<QByteArray> again = parseValues(variable, text.replace(QLatin1Char(' '), QLatin1Char(',')), &error);
         require(again || isOneWay(text), "values that are shown can be typed");
         require(isOneWay(text) || *again == bytes, "values that are shown and typed are the same");
     }

@@ -17,13 +17,11 @@ quint16 word(const QByteArray &frame, int at)
 bool isModbusFrame(const QByteArray &frame, const RW_VAR &var)
 {
     if (frame.size() < mbap::RequestLength || frame.left(4) != QByteArray(4, '\0') ||
-        word(frame, 4) != ((frame.size() - mbap::LengthFieldEnd) & 0xFFFF) ||
-        frame.at(6) != static_cast<char>(var.station))
+        word(frame, 4) != ((frame.size() - mbap::LengthFieldEnd) & 0xFFFF) || frame.at(6) != static_cast<char>(var.station))
         return false;
     const int function = frame.at(7);
     if (function != mbap::WriteMultipleRegisters)
-        return function >= mbap::ReadCoils && function <= mbap::WriteSingleRegister &&
-               frame.size() == mbap::RequestLength;
+        return function >= mbap::ReadCoils && function <= mbap::WriteSingleRegister && frame.size() == mbap::RequestLength;
     const int dataAt = 13;
     return frame.size() >= dataAt && frame.at(12) == static_cast<char>(2 * word(frame, 10)) &&
            (frame.size() - dataAt) / 2 <= qMax(0, var.dataLength);
@@ -36,8 +34,7 @@ bool isRemoteFrame(const QByteArray &frame, const RW_VAR &var)
     for (int i = 0; i + 1 < frame.size(); ++i)
         sum += static_cast<quint8>(frame.at(i));
     return frame.size() >= shortest && frame.at(0) == static_cast<char>(frame.size()) &&
-           frame.at(4) == static_cast<char>(var.station) &&
-           frame.at(frame.size() - 1) == static_cast<char>(sum);
+           frame.at(4) == static_cast<char>(var.station) && frame.at(frame.size() - 1) == static_cast<char>(sum);
 }
 
 const char *brokenRequest(const Protocol &request)

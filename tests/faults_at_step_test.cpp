@@ -30,9 +30,8 @@ struct Job
     int value;              ///< of each of them, a bit's for area 3, or -1 for a one-shot read
 };
 const Job jobs[] = {
-    {3, 0, "3", 3, 3, 1, 1},      {4, 5, "0", 0, 10, 2, 0x4444},  {5, 3, "10.9", 10, 1, 1, 1},
-    {8, 5, "0", 0, 10, 2, -1},    {9, 7, "12", 12, 2, 1, 0x5555}, {14, 3, "14.2", 14, 1, 2, 1},
-    {15, 3, "15.0", 15, 1, 2, 0}, {16, 0, "0", 0, 8, 1, -1},
+    {3, 0, "3", 3, 3, 1, 1},        {4, 5, "0", 0, 10, 2, 0x4444}, {5, 3, "10.9", 10, 1, 1, 1},  {8, 5, "0", 0, 10, 2, -1},
+    {9, 7, "12", 12, 2, 1, 0x5555}, {14, 3, "14.2", 14, 1, 2, 1},  {15, 3, "15.0", 15, 1, 2, 0}, {16, 0, "0", 0, 8, 1, -1},
 };
 const int jobCount = static_cast<int>(sizeof jobs / sizeof jobs[0]);
 const int steps = 30;
@@ -150,8 +149,7 @@ Values Scenario::imageValues() const
             GetRegisterData(0, area, QString::number(0), unit, bytes, tableSize);
             for (int i = 0; i < tableSize; ++i)
                 values.push_back(static_cast<quint16>(area < 4 ? quint8(bytes.at(i))
-                                                               : quint8(bytes.at(2 * i)) |
-                                                                     quint8(bytes.at(2 * i + 1)) << 8));
+                                                               : quint8(bytes.at(2 * i)) | quint8(bytes.at(2 * i + 1)) << 8));
         }
     }
     return values;
@@ -194,9 +192,7 @@ void Scenario::queue(int item)
     }
     noteEntered(job);
     QByteArray value(2 * job.count, static_cast<char>(job.value));
-    ASSERT_GT(SetRegisterData(QString(), job.area, QString::fromLatin1(job.address), job.unit, value,
-                              job.count, 0, item),
-              0);
+    ASSERT_GT(SetRegisterData(QString(), job.area, QString::fromLatin1(job.address), job.unit, value, job.count, 0, item), 0);
 }
 
 QByteArray Scenario::spoilt(const QByteArray &reply)
@@ -204,8 +200,7 @@ QByteArray Scenario::spoilt(const QByteArray &reply)
     const QByteArray late = m_late;
     m_late.clear();
     const int exchange = static_cast<int>(replyLengths.size()) - 1;
-    const bool now =
-        exchange == m_fault.step || (m_fault.forGood && exchange > m_fault.step && m_givenUp == 0);
+    const bool now = exchange == m_fault.step || (m_fault.forGood && exchange > m_fault.step && m_givenUp == 0);
     if (!now || reply.isEmpty())
         return late + reply;
     QByteArray bad = reply;
@@ -224,8 +219,7 @@ QByteArray Scenario::spoilt(const QByteArray &reply)
     case Doubled:
         return reply + reply;
     case Exception:
-        return QByteArray::fromHex("000000000003") + reply.at(6) + static_cast<char>(reply.at(7) | 0x80) +
-               '\4';
+        return QByteArray::fromHex("000000000003") + reply.at(6) + static_cast<char>(reply.at(7) | 0x80) + '\4';
     case OtherUnit:
         bad[6] = '\x55';
         break;
@@ -274,8 +268,7 @@ void Scenario::checkImage()
     const Values image = imageValues();
     for (std::size_t i = 0; i < station.size(); ++i) {
         note(i, station[i]);
-        if (!isForeign(m_fault.way) &&
-            std::find(m_had[i].begin(), m_had[i].end(), image[i]) == m_had[i].end())
+        if (!isForeign(m_fault.way) && std::find(m_had[i].begin(), m_had[i].end(), image[i]) == m_had[i].end())
             ADD_FAILURE() << "value " << i << " is " << image[i] << ", which the station never had";
     }
 }
@@ -288,9 +281,7 @@ void Scenario::checkOutcome(int item)
         return;
     for (std::size_t k = 0; k < static_cast<std::size_t>(job.count); ++k) {
         const int holds = target(job)[static_cast<std::size_t>(job.first) + k];
-        const int wanted = job.area != 3 ? job.value
-                           : job.value   ? holds | bitMask(job)
-                                         : holds & ~bitMask(job);
+        const int wanted = job.area != 3 ? job.value : job.value ? holds | bitMask(job) : holds & ~bitMask(job);
         EXPECT_EQ(holds, wanted) << "job " << item;
     }
 }
@@ -320,8 +311,8 @@ class FaultsAtStep : public testing::TestWithParam<bool>
 protected:
     void play(const Fault &fault)
     {
-        SCOPED_TRACE(testing::Message() << "way " << fault.way << ", step " << fault.step << ", cut "
-                                        << fault.cut << (fault.forGood ? ", for good" : ""));
+        SCOPED_TRACE(testing::Message() << "way " << fault.way << ", step " << fault.step << ", cut " << fault.cut
+                                        << (fault.forGood ? ", for good" : ""));
         Scenario scenario(GetParam(), fault);
         scenario.play();
         m_replyLengths = scenario.replyLengths;

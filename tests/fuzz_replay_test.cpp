@@ -17,8 +17,7 @@ class FuzzReplay : public testing::TestWithParam<std::pair<const char *, Target>
 
 TEST_P(FuzzReplay, NoSeedBreaksAPromise)
 {
-    const QDir seeds(
-        QString::fromLatin1("%1/%2").arg(QString::fromLatin1(SEEDS), QString::fromLatin1(GetParam().first)));
+    const QDir seeds(QString::fromLatin1("%1/%2").arg(QString::fromLatin1(SEEDS), QString::fromLatin1(GetParam().first)));
     const QFileInfoList files = seeds.entryInfoList(QDir::Files);
     ASSERT_FALSE(files.isEmpty());
     for (const QFileInfo &entry : files) {
@@ -26,14 +25,12 @@ TEST_P(FuzzReplay, NoSeedBreaksAPromise)
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         const QByteArray input = file.readAll();
         std::printf("%s\n", qPrintable(entry.fileName()));
-        GetParam().second(reinterpret_cast<const quint8 *>(input.constData()),
-                          static_cast<std::size_t>(input.size()));
+        GetParam().second(reinterpret_cast<const quint8 *>(input.constData()), static_cast<std::size_t>(input.size()));
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, FuzzReplay,
-                         testing::Values(std::pair("HostCalls", fuzzHostCalls),
-                                         std::pair("PollLists", fuzzPollLists),
+                         testing::Values(std::pair("HostCalls", fuzzHostCalls), std::pair("PollLists", fuzzPollLists),
                                          std::pair("Framing", fuzzFraming), std::pair("Values", fuzzValues)),
                          [](const auto &target) { return target.param.first; });
 

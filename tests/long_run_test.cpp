@@ -130,11 +130,10 @@ TEST_P(LongRun, NothingGrows)
     EXPECT_LE(PLC_driver.extendIndex.positions.size(), values);
     const long now = residentPages();
     EXPECT_TRUE(!MEASURES_MEMORY || now <= pages + pages / 100) << now << " pages instead of " << pages;
-    std::printf("%d exchanges, %d writes done, %d given up, %ld resident pages, %ld after the first %d\n",
-                total, writesDone, writesGivenUp, now, pages, warmUp);
+    std::printf("%d exchanges, %d writes done, %d given up, %ld resident pages, %ld after the first %d\n", total, writesDone,
+                writesGivenUp, now, pages, warmUp);
 }
 
-INSTANTIATE_TEST_SUITE_P(Image, LongRun, testing::Bool(),
-                         [](const auto &mode) { return mode.param ? "PerStation" : "Shared"; });
+INSTANTIATE_TEST_SUITE_P(Image, LongRun, testing::Bool(), [](const auto &mode) { return mode.param ? "PerStation" : "Shared"; });
 
 } // namespace

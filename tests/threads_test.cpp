@@ -131,8 +131,7 @@ void Threads::communicate()
 {
     while (!panelsDone)
         exchange();
-    while (!PLC_driver.writeList.isEmpty() || !PLC_driver.onceReadList.isEmpty() ||
-           !PLC_driver.pendingList.isEmpty())
+    while (!PLC_driver.writeList.isEmpty() || !PLC_driver.onceReadList.isEmpty() || !PLC_driver.pendingList.isEmpty())
         exchange();
 }
 
@@ -152,8 +151,8 @@ void Threads::writeAndReadBack(int writer)
             const QByteArray word = half + static_cast<char>(round >> 8);
             write(writer, 7, QString::number(pairAddress(writer, place)), word + word, place);
         }
-        write(writer, 3, QString::fromLatin1("%1.%2").arg(bitsOf).arg(writer),
-              QByteArray(1, static_cast<char>(round % 2)), places);
+        write(writer, 3, QString::fromLatin1("%1.%2").arg(bitsOf).arg(writer), QByteArray(1, static_cast<char>(round % 2)),
+              places);
         lookForTornValues(7, pairAddress(writer, 0), unitOf(writer));
     }
 }
@@ -204,10 +203,8 @@ TEST_P(Threads, PanelsAndTheCycleAgreeOnEveryValue)
             const int outcome = counts.lastOutcome[itemOf(writer, place)];
             ASSERT_NE(outcome, 0) << "a write was neither done nor reported";
             const int address = place < places ? pairAddress(writer, place) : bitsOf;
-            const int holds =
-                place < places ? registerOf(writer, address) : registerOf(writer, address) >> writer & 1;
-            EXPECT_TRUE(outcome == 2 || holds == (place < places ? rounds : rounds % 2))
-                << "a write was lost";
+            const int holds = place < places ? registerOf(writer, address) : registerOf(writer, address) >> writer & 1;
+            EXPECT_TRUE(outcome == 2 || holds == (place < places ? rounds : rounds % 2)) << "a write was lost";
         }
         QByteArray image;
         GetRegisterData(0, 5, QString::number(pairAddress(writer, 0)), unitOf(writer), image, 1);
@@ -215,7 +212,6 @@ TEST_P(Threads, PanelsAndTheCycleAgreeOnEveryValue)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Image, Threads, testing::Bool(),
-                         [](const auto &mode) { return mode.param ? "PerStation" : "Shared"; });
+INSTANTIATE_TEST_SUITE_P(Image, Threads, testing::Bool(), [](const auto &mode) { return mode.param ? "PerStation" : "Shared"; });
 
 } // namespace
