@@ -23,7 +23,7 @@ inline int saturated(qint64 value)
         qBound<qint64>(std::numeric_limits<int>::min(), value, std::numeric_limits<int>::max()));
 }
 
-/// value / 8 or / 16 rounded up, below 0 too.
+/// value / divisor rounded up, below 0 too; the divisor is above 0.
 inline qint64 ceilDiv(qint64 value, int divisor)
 {
     const qint64 quotient = value / divisor;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "checksums.h"
 
+#include "arithmetic.h"
+
 unsigned short CalSUM(const unsigned char *bytes, unsigned short count)
 {
     unsigned sum = 0;
@@ -38,7 +40,7 @@ unsigned short CalXOR(const unsigned char *bytes, unsigned short count)
 
 int DigitalToASCII(int value)
 {
-    return value <= 9 ? value + '0' : value + ('A' - 10);
+    return arithmetic::wrapped(qint64(value) + (value <= 9 ? '0' : 'A' - 10));
 }
 
 int ASCIIToDigital(int ch)

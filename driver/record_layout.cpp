@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Hosts that were built long ago read these records, so their layouts hold at compile time: the order
-// and step of the fields on every machine, the exact sizes on the 32-bit panel.
+// Hosts and driver are built apart, so the records' layouts hold at compile time: the order and step of the
+// fields on every machine, the exact sizes on the 32-bit panel.
 #include "driver_object.h"
 
 #include <cstddef>

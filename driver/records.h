@@ -23,7 +23,7 @@ struct RW_VAR
     int area = 0;         ///< register area code, varlists/areas.h
     int startAddress = 0; ///< first bit or register, counted from 0
     int station = 0;      ///< unit identifier, its low byte goes on the wire; 0 is broadcast: no reply comes
-    int dataLength = 0;   ///< amount: bytes of eight bits in bit requests, registers in register requests
+    int dataLength = 0;   ///< bytes of eight bits in bit reads, bits in bit writes, else registers
     int subIndex = 0;     ///< -1 on the read half of a bit-in-register write
     int aux = 0;          ///< spare word of the host; copied, never interpreted
     QByteArray data;      ///< value bytes, least significant first
@@ -55,7 +55,7 @@ struct CommSettings
     int hostWord5 = 0;
     int defaultStation = 0;  ///< the station of every access while multiStation is 0
     int retryLimit = 0;      ///< failed exchanges of one request that are tried again
-    int failCount = 0;       ///< written by the driver: failed exchanges of the request in flight
+    int failCount = 0;       ///< written by the driver: failed exchanges since the last give-up
     int multiStation = 0;    ///< 0: all stations share one register image; else values are kept per station
     int cfgWord10 = 0;       ///< set to 0 by SetComInfo, never read
     int repliesExpected = 0; ///< written by the driver: replies that the current request needs

@@ -11,8 +11,6 @@
 
 namespace {
 
-Modbus_TCPIP_RTU_M &driver = PLC_driver;
-
 bool isSuccess(int status)
 {
     return status == StatusDone || status == StatusRemoteAccepted;
@@ -35,13 +33,13 @@ bool itemIsQueuedAgain(const QList<RW_VAR> &queue)
 /// The queue that the request in flight came from, or null when it came from none.
 QList<RW_VAR> *originQueue()
 {
-    switch (driver.currentKind) {
+    switch (PLC_driver.currentKind) {
     case OriginWrite:
-        return &driver.writeList;
+        return &PLC_driver.writeList;
     case OriginOnceRead:
-        return &driver.onceReadList;
+        return &PLC_driver.onceReadList;
     case OriginPoll:
-        return &driver.readList;
+        return &PLC_driver.readList;
     default:
         return nullptr;
     }
@@ -49,9 +47,9 @@ QList<RW_VAR> *originQueue()
 
 void reportEntry(const QList<RW_VAR> &queue, bool remote)
 {
-    if (driver.currentKind == OriginOnceRead && remote)
+    if (PLC_driver.currentKind == OriginOnceRead && remote)
         return;
-    if (driver.lastFailed)
+    if (PLC_driver.lastFailed)
         callBacks::writeDone(queue.at(0), callBacks::GivenUp);
     else if (!itemIsQueuedAgain(queue))
         callBacks::writeDone(queue.at(0), callBacks::Served);
@@ -63,13 +61,13 @@ void retireEntry(bool remote)
     QList<RW_VAR> *queue = originQueue();
     if (!queue || queue->isEmpty())
         return;
-    if (driver.currentKind == OriginPoll) {
-        passRetValue(queue->at(0), driver.result);
+    if (PLC_driver.currentKind == OriginPoll) {
+        passRetValue(queue->at(0), PLC_driver.result);
         queue->move(0, queue->size() - 1);
         return;
     }
     reportEntry(*queue, remote);
-    passRetValue(queue->at(0), driver.result);
+    passRetValue(queue->at(0), PLC_driver.result);
     queue->removeFirst();
 }
 
@@ -77,13 +75,14 @@ void retireEntry(bool remote)
 void dropGroupOfResult()
 {
     QList<RW_VAR> *queue = originQueue();
-    if (!queue || driver.currentKind == OriginPoll)
+    if (!queue || PLC_driver.currentKind == OriginPoll)
         return;
-    const bool everyStation = driver.comInfo->multiStation == 0;
+    const bool everyStation = PLC_driver.comInfo->multiStation == 0;
     QList<RW_VAR> kept;
     for (int i = 0; i < queue->size(); ++i) {
         const RW_VAR &entry = queue->at(i);
-        if (!sameItem(entry, driver.result) || !(everyStation || entry.station == driver.result.station))
+        if (!sameItem(entry, PLC_driver.result) ||
+            !(everyStation || entry.station == PLC_driver.result.station))
             kept.append(entry);
     }
     *queue = kept;
@@ -92,19 +91,19 @@ void dropGroupOfResult()
 /// Counts a good local reply; a pass is complete after one reply more than the poll list has entries.
 void countTowardsPass()
 {
-    driver.cyclicDone = arithmetic::wrapped(qint64(driver.cyclicDone) + 1);
-    if (driver.cyclicDone <= driver.readList.size())
+    PLC_driver.cyclicDone = arithmetic::wrapped(qint64(PLC_driver.cyclicDone) + 1);
+    if (PLC_driver.cyclicDone <= PLC_driver.readList.size())
         return;
-    driver.cyclicDone = 0;
-    driver.comInfo->cycleDone = 1;
+    PLC_driver.cyclicDone = 0;
+    PLC_driver.comInfo->cycleDone = 1;
 }
 
 /// True when the request has had all the replies that it needs.
 bool takeReply(bool remote)
 {
-    CommSettings &settings = *driver.comInfo;
-    driver.lastFailed = false;
-    driver.pendingList.removeFirst();
+    CommSettings &settings = *PLC_driver.comInfo;
+    PLC_driver.lastFailed = false;
+    PLC_driver.pendingList.removeFirst();
     settings.repliesReceived = arithmetic::wrapped(qint64(settings.repliesReceived) + 1);
     if (settings.repliesReceived < settings.repliesExpected)
         return false;
@@ -116,15 +115,15 @@ bool takeReply(bool remote)
 /// True when no retry is left and the request, with its second half, is given up.
 bool noteFailure()
 {
-    CommSettings &settings = *driver.comInfo;
-    driver.cyclicDone = 0;
+    CommSettings &settings = *PLC_driver.comInfo;
+    PLC_driver.cyclicDone = 0;
     settings.failCount = arithmetic::wrapped(qint64(settings.failCount) + 1);
-    driver.lastFailed = true;
+    PLC_driver.lastFailed = true;
     settings.cycleDone = 0;
     if (settings.failCount <= settings.retryLimit)
         return false;
     settings.failCount = 0;
-    driver.pendingList.clear();
+    PLC_driver.pendingList.clear();
     return true;
 }
 
@@ -139,7 +138,7 @@ int endExchange(int judged, bool remote)
     if (!noteFailure())
         return StatusRetry;
     retireEntry(remote);
-    callBacks::itemNotify(driver.result.hostId);
+    callBacks::itemNotify(PLC_driver.result.hostId);
     dropGroupOfResult();
     return judged;
 }
@@ -148,17 +147,17 @@ int endExchange(int judged, bool remote)
 
 RW_VAR *DataCom(QByteArray *reply, int length)
 {
-    driver.result.status = StatusDone;
+    PLC_driver.result.status = StatusDone;
     const Protocol *request = requestInFlight();
     if (!request)
-        return &driver.result;
+        return &PLC_driver.result;
 
     QByteArray noReply;
     if (!reply)
         reply = &noReply;
-    QMutexLocker lock(&driver.listMutex);
-    const bool remote = request->var.linkId != driver.comInfo->linkId;
+    QMutexLocker lock(&PLC_driver.listMutex);
+    const bool remote = request->var.linkId != PLC_driver.comInfo->linkId;
     const int judged = remote ? DealDataOfRemoteArea(reply, length) : DealDataOfLocalArea(reply, length);
-    driver.result.status = endExchange(judged, remote);
-    return &driver.result;
+    PLC_driver.result.status = endExchange(judged, remote);
+    return &PLC_driver.result;
 }

@@ -14,9 +14,9 @@
 /// imageMutex. Returns a status code. A caller with panel threads beside it holds listMutex.
 MODBUS_API int DealDataOfLocalArea(QByteArray *reply, int length);
 
-/// The same for a request of another link. Stores without imageMutex, deliberately. Only requests with
-/// subIndex -1 are stored; all others are accepted with status 100, and so is every reply after the
-/// first one of a request.
+/// The same for a request of another link. Stores without imageMutex, deliberately: no other thread may use
+/// the image meanwhile. Only requests with subIndex -1 are stored; all others are accepted with status 100,
+/// and so is the second reply of a request.
 MODBUS_API int DealDataOfRemoteArea(QByteArray *reply, int length);
 
 /// What the request in flight wants done with its reply: 1 store it (a read), 2 nothing (a write), 0

@@ -6,15 +6,17 @@
 
 #include "../varlists/areas.h"
 
+#include <utility>
+
 namespace {
 
-void queue(const QByteArray &frame, const RW_VAR &var)
+void queue(QByteArray frame, const RW_VAR &var)
 {
-    transaction::append(frame, transaction::writeEcho(var.station), var);
+    transaction::append(std::move(frame), transaction::writeEcho(var.station), var);
     transaction::expectReplies(1);
 }
 
-/// Register data without its tail counts as missing; a missing byte of a single register is 0.
+/// A byte that is missing counts as 0.
 int singleRegister(const QByteArray &data)
 {
     const int low = data.size() > 0 ? static_cast<quint8>(data.at(0)) : 0;
@@ -26,10 +28,8 @@ int singleRegister(const QByteArray &data)
 
 void WriteAnalog_10(RW_VAR *var)
 {
-    const QByteArray wire = var->area == AreaHoldingRegisters
-                                ? mbap::wireRegisters(var->data, var->dataLength)
-                                : mbap::wirePairs(var->data, var->dataLength);
-    queue(mbap::writeRegisters(var->station, var->startAddress, var->dataLength, wire), *var);
+    const auto write = var->area == AreaHoldingRegisters ? mbap::writeRegisters : mbap::writePairs;
+    queue(write(var->station, var->startAddress, var->dataLength, var->data), *var);
 }
 
 void WriteAnalog(RW_VAR *var)

@@ -3,7 +3,7 @@
 
 #include <QtCore/QtGlobal>
 
-#include <cstring>
+#include <algorithm>
 
 namespace mbap {
 
@@ -30,18 +30,21 @@ QByteArray frame(int size, int station, FunctionCode function, int address, int 
     return bytes;
 }
 
-/// Whole groups of `group` bytes, each turned round, as many as `groups` and hostData allow.
-QByteArray turned(const QByteArray &hostData, int groups, int group)
+/// A WriteMultipleRegisters request whose data are groups of `group` bytes, each turned round, as many as
+/// `groups` and hostData allow.
+template <int group>
+QByteArray writeTurned(int station, int address, int registers, const QByteArray &hostData, int groups)
 {
     const int count = qMax(0, qMin(groups, hostData.size() / group));
-    QByteArray wire(count * group, '\0');
+    QByteArray bytes =
+        frame(RegisterData + count * group, station, WriteMultipleRegisters, address, registers);
+    char *to = bytes.data();
+    to[ByteCount] = static_cast<char>((static_cast<unsigned>(registers) * 2) & 0xFF);
+    to += RegisterData;
     const char *from = hostData.constData();
-    char *to = wire.data();
-    for (int i = 0; i < count; ++i, from += group) {
-        for (int byte = group - 1; byte >= 0; --byte)
-            *to++ = from[byte];
-    }
-    return wire;
+    for (int i = 0; i < count; ++i, from += group, to += group)
+        std::reverse_copy(from, from + group, to);
+    return bytes;
 }
 
 } // namespace
@@ -51,24 +54,14 @@ QByteArray request(int station, FunctionCode function, int address, int value)
     return frame(RequestLength, station, function, address, value);
 }
 
-QByteArray writeRegisters(int station, int address, int registers, const QByteArray &wireData)
+QByteArray writeRegisters(int station, int address, int registers, const QByteArray &hostData)
 {
-    const int size = RegisterData + wireData.size();
-    QByteArray bytes = frame(size, station, WriteMultipleRegisters, address, registers);
-    char *at = bytes.data();
-    at[ByteCount] = static_cast<char>((static_cast<unsigned>(registers) * 2) & 0xFF);
-    std::memcpy(at + RegisterData, wireData.constData(), static_cast<std::size_t>(wireData.size()));
-    return bytes;
+    return writeTurned<2>(station, address, registers, hostData, registers);
 }
 
-QByteArray wireRegisters(const QByteArray &hostData, int registers)
+QByteArray writePairs(int station, int address, int registers, const QByteArray &hostData)
 {
-    return turned(hostData, registers, 2);
-}
-
-QByteArray wirePairs(const QByteArray &hostData, int registers)
-{
-    return turned(hostData, registers / 2, 4);
+    return writeTurned<4>(station, address, registers, hostData, registers / 2);
 }
 
 } // namespace mbap

@@ -26,23 +26,21 @@ enum Length {
     WriteEchoLength = 12, ///< the reply to every write
     ReadReplyHeader = 9,  ///< MBAP header, function code, byte count
     LengthFieldEnd = 6,   ///< the length field counts what comes after it
-    ValueHigh = 10,       ///< index of the value or quantity, high byte first
-    ValueLow = 11,
 };
+
+/// Where the value or quantity stands in a request.
+enum ValueIndex { ValueHigh = 10, ValueLow = 11 };
 
 /// A 12-byte request. Station, address and value keep only the low bits that fit their field.
 QByteArray request(int station, FunctionCode function, int address, int value);
 
-/// A WriteMultipleRegisters request. The quantity and the byte count (modulo 256) follow `registers`,
-/// the length field follows the bytes that `wireData` really holds.
-QByteArray writeRegisters(int station, int address, int registers, const QByteArray &wireData);
-
-/// The first `registers` registers of `hostData` (low byte first) in wire order (high byte first);
-/// registers that hostData does not hold wholly are left out.
-QByteArray wireRegisters(const QByteArray &hostData, int registers);
+/// A WriteMultipleRegisters request with the first `registers` registers of `hostData` (low byte first) in
+/// wire order (high byte first). The quantity and the byte count (modulo 256) follow `registers`; registers
+/// that hostData does not hold wholly are left out, and the length field follows the bytes that are there.
+QByteArray writeRegisters(int station, int address, int registers, const QByteArray &hostData);
 
 /// The same for 32-bit values in two registers each: least significant byte first becomes most
 /// significant byte first over all four bytes. An odd last register is left out.
-QByteArray wirePairs(const QByteArray &hostData, int registers);
+QByteArray writePairs(int station, int address, int registers, const QByteArray &hostData);
 
 } // namespace mbap

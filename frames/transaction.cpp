@@ -26,12 +26,12 @@ Reply writeEcho(int station)
     return {mbap::WriteEchoLength, 0, 0};
 }
 
-void append(const QByteArray &frame, const Reply &reply, const RW_VAR &var)
+void append(QByteArray frame, const Reply &reply, const RW_VAR &var)
 {
     PLC_driver.pendingList.append(Protocol());
     Protocol &built = PLC_driver.pendingList.last();
-    built.frame = frame;
     built.frameLength = frame.size();
+    built.frame.swap(frame);
     built.replyLength = reply.length;
     built.replyHeaderLength = reply.headerLength;
     built.replyDataLength = reply.dataLength;

@@ -26,7 +26,7 @@ Reply readReply(int station, int dataBytes);
 Reply writeEcho(int station);
 
 /// Appends one transaction to pendingList.
-void append(const QByteArray &frame, const Reply &reply, const RW_VAR &var);
+void append(QByteArray frame, const Reply &reply, const RW_VAR &var);
 
 /// Tells the settings record how many replies the request needs, with none received so far.
 void expectReplies(int count);

@@ -23,11 +23,10 @@ void putLowFirst(char *to, quint16 value)
 
 static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "registers are copied as they lie in memory, low byte first");
 
-/// Copies `count` registers between the image and host bytes.
-void copyRegisters(void *to, const void *from, int count)
+/// Bytes of the registers that lie inside.
+std::size_t registerBytes(const Inside &inside)
 {
-    if (count > 0)
-        std::memcpy(to, from, 2 * static_cast<std::size_t>(count));
+    return 2 * static_cast<std::size_t>(inside.end - inside.first);
 }
 
 quint16 takeLowFirst(const char *from)
@@ -88,7 +87,8 @@ void GetWordFromUS(QByteArray &out, unsigned short *regs, int start, int count)
         return;
     char *to = grown(out, 2 * inside.end);
     std::memset(to, 0, 2 * static_cast<std::size_t>(inside.first));
-    copyRegisters(to + 2 * inside.first, regs + start + inside.first, inside.end - inside.first);
+    if (inside.first < inside.end)
+        std::memcpy(to + 2 * inside.first, regs + (start + inside.first), registerBytes(inside));
 }
 
 void GetWordFromUI(QByteArray &out, unsigned short *regs, int start, int count)
@@ -122,7 +122,8 @@ void SetBitToUS(int start, unsigned short *regs, QByteArray *in, int count)
 void SetWordToUS(int start, unsigned short *regs, QByteArray *in, int count)
 {
     const Inside inside(start, qMin(count, in->size() / 2), registerCount);
-    copyRegisters(regs + start + inside.first, in->constData() + 2 * inside.first, inside.end - inside.first);
+    if (inside.first < inside.end)
+        std::memcpy(regs + (start + inside.first), in->constData() + 2 * inside.first, registerBytes(inside));
 }
 
 void SetWordToUI(int start, unsigned short *regs, QByteArray *in, int count)

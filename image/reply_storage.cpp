@@ -87,7 +87,8 @@ void stretchLastTouched(QByteArray *touched, int size)
 void storeStationBits(const ReplyData &data, const RW_VAR &var)
 {
     QByteArray *value = nullptr;
-    for (int j = 0; j < data.byteCount; ++j) {
+    const int groups = qMin(data.byteCount, int(image::bitBytes));
+    for (int j = 0; j < groups; ++j) {
         value = &image::stationValue(var.station, var.area, wrapped(var.startAddress + qint64(8) * j));
         value->resize(j < data.bytesPresent ? 1 : 0);
         if (j < data.bytesPresent)
@@ -157,7 +158,7 @@ void SaveBitToUC(QByteArray *reply, unsigned char *bits)
         return; // no byte of the image begins there
     const image::Inside inside(start / 8, data.bytesPresent, image::bitBytes);
     if (inside.first < inside.end)
-        std::memcpy(bits + start / 8 + inside.first, data.bytes + inside.first,
+        std::memcpy(bits + (start / 8 + inside.first), data.bytes + inside.first,
                     static_cast<std::size_t>(inside.end - inside.first));
 }
 

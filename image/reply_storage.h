@@ -13,7 +13,8 @@
 /// Stores the reply in the image arrays (multiStation 0) or in the per-station records, and completes
 /// the write-back of a bit-in-register write. A per-station store leaves the value of the record that
 /// it touched last with the length of the whole data, zeros behind the register; readers look at the
-/// first two bytes only. A store that touched none does that to the first record of the list.
+/// first two bytes only. A store that touched none does that to the first record of the list: a broadcast
+/// read, which brings no data, empties it. No reply stores more than one whole table.
 MODBUS_API void SaveToLocalDataErea(QByteArray *reply);
 
 /// Stores registers and, for the read half of a bit-in-register write, completes the write-back.

@@ -27,9 +27,18 @@ inline uint qHash(const StationValueKey &key)
     return static_cast<uint>(key.address) + table * 0x9E3779B1u;
 }
 
-/// Positions of the first `indexed` records of the list; the first record of a key wins.
+/// A record that the index has seen: where it lay in memory, and its key.
+struct StationValueLandmark
+{
+    const void *record = nullptr;
+    StationValueKey key = {0, 0, 0};
+};
+
+/// Positions of the first `indexed` records of the list; the first record of a key wins. The landmarks are
+/// the first and the last of them: they change when somebody clears the list, even if it is filled again.
 struct StationValueIndex
 {
     QHash<StationValueKey, int> positions;
     int indexed = 0;
+    StationValueLandmark first, last;
 };

@@ -5,8 +5,8 @@
 
 namespace {
 
-/// Records looked at before an absent key is believed: all of a short list, an even sample of a long one.
-const int probes = 64;
+/// Records looked at, evenly spread, before an absent key is believed.
+const int probes = 8;
 
 StationValueKey keyOf(const EXTENDVAR &record)
 {
@@ -14,20 +14,43 @@ StationValueKey keyOf(const EXTENDVAR &record)
     return key;
 }
 
+StationValueLandmark landmark(const EXTENDVAR &record)
+{
+    StationValueLandmark made;
+    made.record = &record;
+    made.key = keyOf(record);
+    return made;
+}
+
+bool stands(const StationValueLandmark &mark, const EXTENDVAR &record)
+{
+    return mark.record == &record && mark.key == keyOf(record);
+}
+
+/// False when the list was cleared, whatever it holds now.
+bool landmarksStand(const StationValueIndex &index, const QList<EXTENDVAR> &list)
+{
+    return index.indexed == 0 || (index.indexed <= list.size() && stands(index.first, list.at(0)) &&
+                                  stands(index.last, list.at(index.indexed - 1)));
+}
+
 /// Takes in what was appended since the last look.
 void indexTail(StationValueIndex *index, const QList<EXTENDVAR> &list)
 {
+    if (index->indexed == list.size())
+        return;
     for (; index->indexed < list.size(); ++index->indexed) {
         const StationValueKey key = keyOf(list.at(index->indexed));
         if (!index->positions.contains(key))
             index->positions.insert(key, index->indexed);
     }
+    index->first = landmark(list.at(0));
+    index->last = landmark(list.at(index->indexed - 1));
 }
 
 void indexAnew(StationValueIndex *index, const QList<EXTENDVAR> &list)
 {
-    index->positions.clear();
-    index->indexed = 0;
+    *index = StationValueIndex();
     indexTail(index, list);
 }
 
@@ -36,7 +59,7 @@ bool knows(const StationValueIndex &index, const QList<EXTENDVAR> &list, int i)
     return index.positions.value(keyOf(list.at(i)), list.size()) <= i;
 }
 
-/// False when somebody replaced records behind the index's back.
+/// False when a sample shows records that somebody changed in their place.
 bool isTrue(const StationValueIndex &index, const QList<EXTENDVAR> &list)
 {
     const int last = list.size() - 1;
@@ -60,9 +83,10 @@ int find(const StationValueKey &key)
 {
     StationValueIndex &index = PLC_driver.extendIndex;
     const QList<EXTENDVAR> &list = PLC_driver.extendList;
-    if (index.indexed > list.size())
+    if (landmarksStand(index, list))
+        indexTail(&index, list);
+    else
         indexAnew(&index, list);
-    indexTail(&index, list);
     const int position = findIndexed(index, list, key);
     if (position >= 0 || isTrue(index, list))
         return position;

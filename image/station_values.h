@@ -10,8 +10,9 @@
 #include "../driver/export.h"
 
 /// The index in extendList of the first record with this key; a record of four zero bytes is appended
-/// when there is none. Constant time on average. The list is the truth: records that somebody appended,
-/// cleared or replaced there directly are noticed, and the index is then made anew.
+/// when there is none. Constant time on average. The list is the truth: records that somebody appended there
+/// directly are taken in, and a list that was cleared, filled again or not, is looked through anew. Keys
+/// changed in their place are noticed when they are met, not always.
 MODBUS_API int ExtendFindSameVar(int station, int area, int address);
 
 namespace image {

@@ -8,7 +8,6 @@
 #include "../driver/driver_object.h"
 
 #include <algorithm>
-#include <vector>
 
 using arithmetic::ceilDiv;
 using arithmetic::saturated;

@@ -17,8 +17,8 @@ MODBUS_API void WhetherGroup(int length, int limit, RW_VAR *var, QList<RW_VAR> *
 /// Sorts by startAddress, ascending; records of equal address keep their order. n log n.
 MODBUS_API void Bubble_Sort(QList<RW_VAR> *list);
 
-/// Merges sorted register accesses into requests of at most `limit` registers, bridging gaps of any
-/// size. `count` is the number of requests in readList so far; returns it with the new ones added.
+/// Merges sorted register accesses into requests of at most `limit` registers (below 1: only what lies
+/// inside a neighbour), bridging gaps of any size. `count` is the number of requests in readList so far; returns it with the new ones added.
 MODBUS_API int WordVarReCreat(QList<RW_VAR> *sorted, int limit, int count);
 
 /// The same for bits. Requests start at a multiple of 8 and count bytes; the limit is checked before

@@ -160,8 +160,11 @@ int mergeGroup(Group *group, int block, int count)
 int ReCreatReadVarList(QList<VAR_ITEM> *items)
 {
     QList<Group> groups;
-    if (!items->isEmpty())
+    int block = 0;
+    if (!items->isEmpty()) {
+        block = PLC_driver.comInfo->writeBlockSize;
         groups = sortedGroups(*items, *PLC_driver.comInfo);
+    }
 
     QList<RW_VAR> former; // outlives the lock, and is freed without it
     QMutexLocker lock(&PLC_driver.listMutex);
@@ -172,7 +175,7 @@ int ReCreatReadVarList(QList<VAR_ITEM> *items)
     PLC_driver.comInfo->cycleDone = 0;
     int count = 0;
     for (int i = 0; i < groups.size(); ++i)
-        count = mergeGroup(&groups[i], PLC_driver.comInfo->writeBlockSize, count);
+        count = mergeGroup(&groups[i], block, count);
     return PLC_driver.readList.size();
 }
 
