@@ -34,9 +34,7 @@ QList<Fault> faults(const char *fault)
 
 struct Exchange
 {
-    const char *name;
-    const char *request;
-    const char *reply;
+    const char *name, *request, *reply;
 };
 
 // What every station here answers; the bytes before this reply answer earlier requests.
@@ -233,6 +231,7 @@ const Exchange faultRows[] = {
     {"exception=2@address=10-11", "0001 0000 0006 01 03 0008 0002  0002 0000 0006 01 03 0008 0003",
      "0001 0000 0007 01 03 04 0008 0009  0002 0000 0003 01 83 02"},
     {"exception=2@address=11", "0001 0000 0006 01 05 000A FF00", "0001 0000 0006 01 05 000A FF00"},
+    {"exception=2@address=19", "0001 0000 0008 01 16 0012 FFFF 0000", "0001 0000 0008 01 16 0012 FFFF 0000"},
     {"exception=2@address=9-11", "0001 0000 0006 01 03 000C 0001", "0001 0000 0005 01 03 02 000C"},
     {"exception=2@address=0x65", "0001 0000 000D 01 17 0064 0001 0065 0001 02 BEEF", "0001 0000 0003 01 97 02"},
     {"exception=11@unit=3", "0001 0000 0006 03 03 0005 0001", "0001 0000 0003 03 83 0B"},
