@@ -3,13 +3,11 @@
 
 #include <QtCore/QtGlobal>
 
-#include <algorithm>
-
 namespace mbap {
 
 namespace {
 
-enum { LengthHigh = 4, Unit = 6, Function = 7, AddressHigh = 8, ByteCount = 12, RegisterData = 13 };
+enum { LengthHigh = 4, Unit = 6, Function = 7, AddressHigh = 8, RegisterData = 13 };
 
 void putHighFirst(char *to, int value)
 {
@@ -17,10 +15,10 @@ void putHighFirst(char *to, int value)
     to[1] = static_cast<char>(value & 0xFF);
 }
 
-/// A frame of `size` bytes with everything that all requests have.
+/// The twelve bytes that all requests have; `size` is that of the whole request.
 QByteArray frame(int size, int station, FunctionCode function, int address, int value)
 {
-    QByteArray bytes(size, '\0');
+    QByteArray bytes(RequestLength, '\0');
     char *at = bytes.data();
     putHighFirst(at + LengthHigh, size - LengthFieldEnd);
     at[Unit] = static_cast<char>(station & 0xFF);
@@ -32,18 +30,19 @@ QByteArray frame(int size, int station, FunctionCode function, int address, int 
 
 /// A WriteMultipleRegisters request whose data are groups of `group` bytes, each turned round, as many as
 /// `groups` and hostData allow.
-template <int group>
-QByteArray writeTurned(int station, int address, int registers, const QByteArray &hostData, int groups)
+QByteArray writeTurned(int station, int address, int registers, const QByteArray &hostData, int groups,
+                       int group)
 {
     const int count = qMax(0, qMin(groups, hostData.size() / group));
-    QByteArray bytes =
-        frame(RegisterData + count * group, station, WriteMultipleRegisters, address, registers);
-    char *to = bytes.data();
-    to[ByteCount] = static_cast<char>((static_cast<unsigned>(registers) * 2) & 0xFF);
-    to += RegisterData;
+    const int size = RegisterData + count * group;
+    QByteArray bytes = frame(size, station, WriteMultipleRegisters, address, registers);
+    bytes.reserve(size);
+    bytes.append(static_cast<char>((static_cast<unsigned>(registers) * 2) & 0xFF));
     const char *from = hostData.constData();
-    for (int i = 0; i < count; ++i, from += group, to += group)
-        std::reverse_copy(from, from + group, to);
+    for (int i = 0; i < count; ++i, from += group) {
+        for (int byte = group - 1; byte >= 0; --byte)
+            bytes.append(from[byte]);
+    }
     return bytes;
 }
 
@@ -56,12 +55,12 @@ QByteArray request(int station, FunctionCode function, int address, int value)
 
 QByteArray writeRegisters(int station, int address, int registers, const QByteArray &hostData)
 {
-    return writeTurned<2>(station, address, registers, hostData, registers);
+    return writeTurned(station, address, registers, hostData, registers, 2);
 }
 
 QByteArray writePairs(int station, int address, int registers, const QByteArray &hostData)
 {
-    return writeTurned<4>(station, address, registers, hostData, registers / 2);
+    return writeTurned(station, address, registers, hostData, registers / 2, 4);
 }
 
 } // namespace mbap
