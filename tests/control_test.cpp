@@ -8,8 +8,7 @@ TEST(Load, LeavesAnEmptyDriverWithAZeroImage)
 {
     const Modbus_TCPIP_RTU_M &d = PLC_driver;
     EXPECT_EQ(d.comInfo, nullptr);
-    EXPECT_TRUE(d.readList.isEmpty() && d.writeList.isEmpty() && d.onceReadList.isEmpty() &&
-                d.pendingList.isEmpty());
+    EXPECT_TRUE(d.readList.isEmpty() && d.writeList.isEmpty() && d.onceReadList.isEmpty() && d.pendingList.isEmpty());
     EXPECT_EQ(d.currentKind, 100);
     EXPECT_FALSE(d.lastFailed);
     EXPECT_EQ(d.result.status, 0);
@@ -87,11 +86,8 @@ TEST(ResultRecord, CarriesEverythingButTheBytes)
 
 TEST(Checksums, KnownValues)
 {
-    const auto raw = [](const QByteArray &b) {
-        return reinterpret_cast<const unsigned char *>(b.constData());
-    };
-    const QByteArray request = bytes("01030000000A"), many(300, '\xFF'), sum256 = bytes("8080"),
-                     one = bytes("5A");
+    const auto raw = [](const QByteArray &b) { return reinterpret_cast<const unsigned char *>(b.constData()); };
+    const QByteArray request = bytes("01030000000A"), many(300, '\xFF'), sum256 = bytes("8080"), one = bytes("5A");
     EXPECT_EQ(CalCRC(raw(request), 6), 0xCDC5);
     EXPECT_EQ(CalCRC(raw(request), 0), 0xFFFF);
     EXPECT_EQ(CalSUM(raw(many), 300), 0x2AD4);

@@ -9,8 +9,7 @@ Calls calls;
 
 void writeDone(int channel, int id, int item, int outcome)
 {
-    calls.push_back(
-        QString::fromLatin1("done %1 %2 %3 %4").arg(channel).arg(id).arg(item).arg(outcome).toStdString());
+    calls.push_back(QString::fromLatin1("done %1 %2 %3 %4").arg(channel).arg(id).arg(item).arg(outcome).toStdString());
 }
 
 void itemNotify(QList<RW_VAR> *list, int id, int flag)
@@ -50,12 +49,10 @@ int Driver::poll(const std::vector<Item> &items)
     return ReCreatReadVarList(&list);
 }
 
-int Driver::write(int area, const char *address, int count, const char *value, int hostId, int hostItem,
-                  int station)
+int Driver::write(int area, const char *address, int count, const char *value, int hostId, int hostItem, int station)
 {
     QByteArray data = bytes(value);
-    return SetRegisterData(QString(), area, QString::fromLatin1(address), station, data, count, hostId,
-                           hostItem);
+    return SetRegisterData(QString(), area, QString::fromLatin1(address), station, data, count, hostId, hostItem);
 }
 
 void Driver::expectRequest(const char *frame)
@@ -101,8 +98,7 @@ std::string listed(const QList<RW_VAR> &list)
 {
     QStringList texts;
     for (const RW_VAR &var : list) {
-        QString text =
-            QString::fromLatin1("%1:%2*%3").arg(var.area).arg(var.startAddress).arg(var.dataLength);
+        QString text = QString::fromLatin1("%1:%2*%3").arg(var.area).arg(var.startAddress).arg(var.dataLength);
         if (var.station != 1)
             text.prepend(QString::fromLatin1("%1/").arg(var.station));
         texts.append(text);

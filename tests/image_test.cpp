@@ -41,6 +41,8 @@ TEST_F(Driver, BitAndWordOrder)
     EXPECT_EQ(value(7, "100", 2), "78563412");
     EXPECT_EQ(value(7, "100", 3), "78563412") << "an odd register is left out";
     EXPECT_EQ(value(7, "100", 1), "7856") << "one register is the low word";
+    SetWordToUI(102, PLC_driver.holdingRegisters, &pair, 2);
+    EXPECT_EQ(value(7, "100", 4), "7856341278563412") << "two values";
     EXPECT_EQ(value(5, "9", 1), "3412");
 }
 
@@ -84,8 +86,7 @@ TEST_F(Driver, AccessesAreCutOffAtTheEndsOfTheImage)
         SetRegisterData(QString(), row.area, QString::fromLatin1(row.address), 1, data, row.count, 0, 0);
         EXPECT_EQ(value(row.area, row.address, row.count), row.read);
     }
-    RW_VAR below = access(5, -1, 2, "11112222"), pair = access(7, -1, 2, "11112222"),
-           bit = access(0, -2, 4, "01010101");
+    RW_VAR below = access(5, -1, 2, "11112222"), pair = access(7, -1, 2, "11112222"), bit = access(0, -2, 4, "01010101");
     for (RW_VAR *var : {&pair, &below, &bit})
         WriteDataToLocal(var);
     EXPECT_EQ(value(5, "0", 1), "2222");
@@ -262,6 +263,11 @@ TEST_F(Driver, HostWritesPerStation)
     EXPECT_EQ(value(5, "5", 1, 3), "7A56") << "the start address alone picks the bit";
     EXPECT_EQ(write(7, "6", 1, "0000", 0, 0, 3), 1);
     EXPECT_EQ(value(7, "6", 2, 3), "78563412") << "half a pair is not written";
+    write(7, "0", 2, "04030201", 0, 0, 3);
+    EXPECT_EQ(value(5, "0", 2, 3), "02010403") << "the first register of all";
+    RW_VAR tooShort = access(5, 0, 2, "AABBCC", 3);
+    WriteDataToLocal(&tooShort);
+    EXPECT_EQ(value(5, "0", 2, 3), "AABB0403") << "a register without both bytes stays";
     const int records = PLC_driver.extendList.size();
     RW_VAR none = access(5, -2, 2, "11112222", 3), readOnly = access(4, 0, 1, "1111", 3);
     WriteDataToLocal(&none);
