@@ -75,9 +75,11 @@ public:
 extern MODBUS_API Modbus_TCPIP_RTU_M PLC_driver;
 
 extern "C" {
-/// The host's local bit area, local word area and third area, as FlashLocalRegister got them. The
-/// driver only keeps them, for the host to find through the symbol table.
-extern MODBUS_API int LB, LW, RWI;
+// The host's own areas, as FlashLocalRegister got them. The driver only keeps them, for the host to find
+// through the symbol table.
+extern MODBUS_API int LB;  ///< the host's local bit area
+extern MODBUS_API int LW;  ///< the host's local word area
+extern MODBUS_API int RWI; ///< the host's third area
 }
 
 /// Copies every field but `data`, which is left empty: value bytes never reach the result record.

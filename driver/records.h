@@ -47,12 +47,12 @@ struct Protocol
 /// the communication cycle.
 struct CommSettings
 {
-    int hostWord0 = 0;
-    int hostWord1 = 0;
-    int hostWord2 = 0;
-    int hostWord3 = 0;
-    int writeBlockSize = 0; ///< most registers in one request; below 1: no limit
-    int hostWord5 = 0;
+    int hostWord0 = 0;       ///< the host's own
+    int hostWord1 = 0;       ///< the host's own
+    int hostWord2 = 0;       ///< the host's own
+    int hostWord3 = 0;       ///< the host's own
+    int writeBlockSize = 0;  ///< most registers in one request; below 1: no limit
+    int hostWord5 = 0;       ///< the host's own
     int defaultStation = 0;  ///< the station of every access while multiStation is 0
     int retryLimit = 0;      ///< failed exchanges of one request that are tried again
     int failCount = 0;       ///< written by the driver: failed exchanges since the last give-up
@@ -72,20 +72,20 @@ struct CommSettings
 /// The host's description of one variable to poll. The host* fields are not read by the driver.
 struct VAR_ITEM
 {
-    quint8 hostByte0 = 0;
-    quint8 area = 0;    ///< register area code, varlists/areas.h
-    quint8 station = 0; ///< used while CommSettings::multiStation is nonzero
-    quint8 hostByte3 = 0;
-    int hostWord = 0;
-    QString addressText; ///< see StringAddressToInt
-    QString tagText;     ///< carried through untouched
-    int count = 0;       ///< bits in areas 0 to 3, registers in areas 4 to 7
+    quint8 hostByte0 = 0; ///< the host's own
+    quint8 area = 0;      ///< register area code, varlists/areas.h
+    quint8 station = 0;   ///< used while CommSettings::multiStation is nonzero
+    quint8 hostByte3 = 0; ///< the host's own
+    int hostWord = 0;     ///< the host's own
+    QString addressText;  ///< see StringAddressToInt
+    QString tagText;      ///< carried through untouched
+    int count = 0;        ///< bits in areas 0 to 3, registers in areas 4 to 7
 };
 
 /// One value of one station, kept while CommSettings::multiStation is nonzero.
 struct EXTENDVAR
 {
-    int station = 0;
+    int station = 0;  ///< the station whose value this is
     int area = 0;     ///< 0, 1, 4 or 5
     int address = 0;  ///< bit areas: the group's first bit, a multiple of 8; else the register
     QByteArray value; ///< one byte of eight bits, bit 0 first, or two bytes of a register, low byte first;

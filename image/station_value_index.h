@@ -7,6 +7,8 @@
 
 #include <QtCore/QHash>
 
+/// \cond the driver's own
+
 /// The key of a per-station record.
 struct StationValueKey
 {
@@ -42,3 +44,5 @@ struct StationValueIndex
     int indexed = 0;
     StationValueLandmark first, last;
 };
+
+/// \endcond
