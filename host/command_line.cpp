@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "command_line.h"
 
+#include <QtCore/QRegularExpression>
+
 #include <cstdio>
 
 CommandLine::CommandLine(const QString &command, const QString &synopsis, const QString &description)
@@ -38,8 +40,10 @@ std::optional<ExitCode> CommandLine::parse(const QStringList &arguments)
         return fail(ExitUsage, m_parser.errorText());
     if (!isSet("help"))
         return std::nullopt;
-    // The parser's own first line knows only the program.
-    const QString text = m_parser.helpText();
+    // The parser's own first line knows only the program, and it knows no optional values.
+    QString text = m_parser.helpText();
+    for (const QString &name : m_optional)
+        text.replace(QRegularExpression(name + QStringLiteral(" <(\\w+)>")), name + QStringLiteral("[=\\1]"));
     std::printf("Usage: modbus-panel %s %s\n%s", qPrintable(m_command), qPrintable(m_synopsis),
                 qPrintable(text.mid(text.indexOf(QLatin1Char('\n')) + 1)));
     return ExitDone;

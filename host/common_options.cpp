@@ -54,10 +54,13 @@ QString whyUnreadable(const Variable &variable, bool remote)
 
 void addLinkOptions(CommandLine *line, const char *retries)
 {
-    line->addOption("connect",
-                    QStringLiteral("The station. Without this option a simulated one runs inside."),
-                    "HOST:PORT");
-    line->addOption("timeout", QStringLiteral("Milliseconds to wait for a reply."), "MS", "1000");
+    line->addOption(
+        "connect",
+        QStringLiteral(
+            "The station; port 502 when left out. Without this option a simulated one runs inside."),
+        "HOST:PORT");
+    line->addOption("timeout", QStringLiteral("Milliseconds to wait for a connection or a reply."), "MS",
+                    "1000");
     line->addOption("retries", QStringLiteral("How often a request without a good reply is sent again."), "N",
                     retries);
     line->addOption("after-timeout",
@@ -75,7 +78,7 @@ void addLinkOptions(CommandLine *line, const char *retries)
                     "FILE");
     line->makeValueOptional("trace");
     line->addOption("remote", QStringLiteral("The driver's own compact frames instead of Modbus."));
-    line->addOption("driver", QStringLiteral("The driver's library."), "PATH");
+    addDriverOption(line);
     line->addOption("fault",
                     QStringLiteral("A fault of the simulated station, see modbus-station; repeatable."),
                     "FAULT");
@@ -99,10 +102,24 @@ PanelOptions linkOptions(CommandLine *line)
     return options;
 }
 
-void addReadOptions(CommandLine *line)
+void addDriverOption(CommandLine *line)
+{
+    line->addOption(
+        "driver",
+        QStringLiteral("The driver's library. Default: $MODBUS_DRIVER, else beside the program or "
+                       "in ../lib, else where the dynamic linker finds it."),
+        "PATH");
+}
+
+void addFileOption(CommandLine *line)
 {
     line->addOption("file", QStringLiteral("Variables from a list, one a line with an optional name."),
                     "LIST");
+}
+
+void addReadOptions(CommandLine *line)
+{
+    addFileOption(line);
     line->addOption("format", QStringLiteral("Values as dec, hex, signed or float (32-bit areas)."), "FORMAT",
                     "dec");
 }

@@ -14,6 +14,8 @@ void addLinkOptions(CommandLine *line, const char *retries);
 /// Reads them; what is wrong is a complaint of the line.
 PanelOptions linkOptions(CommandLine *line);
 
+void addDriverOption(CommandLine *line);
+void addFileOption(CommandLine *line);
 /// --file and --format.
 void addReadOptions(CommandLine *line);
 ValueFormat formatOption(CommandLine *line);

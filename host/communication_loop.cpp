@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "communication_loop.h"
 
+#include "status_text.h"
+
 #include <chrono>
 
 namespace {
@@ -29,7 +31,7 @@ bool isUnanswered(const Exchange &exchange)
 QString failureText(const Exchange &exchange, int status)
 {
     if (exchange.end == Exchange::Answered && exceptionCode(exchange.reply) < 0)
-        return QStringLiteral("driver status %1").arg(status);
+        return QStringLiteral("%1 (driver status %2)").arg(statusText(status)).arg(status);
     return exchangeText(exchange);
 }
 

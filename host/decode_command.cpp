@@ -12,19 +12,20 @@
 
 namespace {
 
-const char description[] =
-    "Explains a frame field by field, and what is wrong with it: length field, counts, byte counts,\n"
-    "limits, checksum. What kind of frame it is shows by itself, unless an option says so; a frame of a\n"
-    "serial line (RTU) is recognised, and explained as it would be over TCP. Hexadecimal digits may stand\n"
-    "together or apart, with blanks, colons, commas or 0x between them. Four bytes alone are two registers,\n"
-    "and are shown as a number in every word and byte order.\n"
-    "\n"
-    "Ends with 0 for a sound frame, 1 for a faulty one, 2 when the text is not hexadecimal.\n"
-    "\n"
-    "Examples:\n"
-    "  modbus-panel decode 00 00 00 00 00 06 01 03 00 64 00 0A\n"
-    "  modbus-panel decode --reply 000000000003018302\n"
-    "  modbus-panel decode --bytes \"12 34 56 78\"";
+const char description[] = R"(Explains a frame field by field, and what is wrong with it: length field,
+counts, byte counts, limits, checksum. What kind of frame it is shows by
+itself, unless an option says so; a frame of a serial line (RTU) is recognised,
+and explained as it would be over TCP. Hexadecimal digits may stand together or
+apart, with blanks, colons, commas or 0x between them. Four bytes alone are two
+registers, and are shown as a number in every word and byte order.
+
+Ends with 0 for a sound frame, 1 for a faulty one, 2 when the text is not
+hexadecimal.
+
+Examples:
+  modbus-panel decode 00 00 00 00 00 06 01 03 00 64 00 0A
+  modbus-panel decode --reply 000000000003018302
+  modbus-panel decode --bytes "12 34 56 78")";
 
 const int twoRegisters = 4;   // bytes
 const int shortestSerial = 5; // an exception reply
@@ -128,7 +129,7 @@ void explain(const QByteArray &frame, const QList<FrameKind> &kinds)
 
 int decodeCommand(const QStringList &arguments)
 {
-    CommandLine line(QStringLiteral("decode"), QStringLiteral("[options] HEX..."),
+    CommandLine line(QStringLiteral("decode"), QStringLiteral("[OPTION]... HEX..."),
                      QString::fromLatin1(description));
     line.addOption("request", QStringLiteral("It is a request."));
     line.addOption("reply", QStringLiteral("It is a reply."));

@@ -45,7 +45,8 @@ QString defaultDriverPath()
         return fromEnvironment;
     const QDir programs(QCoreApplication::applicationDirPath());
     const QString name = QString::fromLatin1(fileName);
-    for (const QString &path : {programs.filePath(name), programs.filePath(QStringLiteral("../lib/") + name)}) {
+    for (const QString &path :
+         {programs.filePath(name), programs.filePath(QStringLiteral("../lib/") + name)}) {
         if (QFileInfo::exists(path))
             return QDir::cleanPath(path);
     }

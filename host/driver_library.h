@@ -31,6 +31,6 @@ struct DriverLibrary
 /// else by its file name for the dynamic linker to find.
 QString defaultDriverPath();
 
-/// Loads the driver with all its symbols resolved. Nothing, with one line in *error that names the file and the symbol
-/// that is missing, when that fails.
+/// Loads the driver with all its symbols resolved. Nothing, with one line in *error that names the file and
+/// the symbol that is missing, when that fails.
 std::optional<DriverLibrary> loadDriver(const QString &path, QString *error);

@@ -2,6 +2,7 @@
 // modbus-panel: a panel on the command line. The first word names the command.
 #include "commands.h"
 #include "exit_codes.h"
+#include "standard_output.h"
 
 #include <QtCore/QCoreApplication>
 
@@ -40,12 +41,8 @@ void printHelp(std::FILE *to)
         to);
 }
 
-} // namespace
-
-int main(int argc, char *argv[])
+int run(const QStringList &words)
 {
-    QCoreApplication application(argc, argv);
-    const QStringList words = QCoreApplication::arguments().mid(1);
     const QString name = words.value(0);
     if (name == QLatin1String("--help") || name == QLatin1String("-h")) {
         printHelp(stdout);
@@ -65,4 +62,13 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "modbus-panel: no command is called \"%s\"; modbus-panel --help lists them\n",
                      qPrintable(name));
     return ExitUsage;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    guardStandardStreams();
+    QCoreApplication application(argc, argv);
+    return endOutput(run(QCoreApplication::arguments().mid(1)));
 }

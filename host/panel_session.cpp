@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "panel_session.h"
 
-#include <set>
+#include "poll_list.h"
 
 namespace {
 
@@ -14,19 +14,28 @@ CommSettings settings;
 /// Nothing to do: this host redraws by its own clock. The list is the driver's.
 void itemNotify(QList<RW_VAR> *, int, int) {}
 
-std::set<int> unitsOf(const QList<Variable> &variables)
-{
-    std::set<int> units;
-    for (const Variable &variable : variables)
-        units.insert(variable.unit);
-    return units;
-}
-
 } // namespace
 
 PanelSession::PanelSession(const PanelOptions &options, const QList<Variable> &variables)
     : m_options(options), m_variables(variables), m_state(variables)
 {
+}
+
+/// A write that was not sent must not go out in a later session, to another station.
+PanelSession::~PanelSession()
+{
+    if (!m_loop)
+        return;
+    m_loop->stop();
+    settings.retryLimit = 0;
+    m_driver.enableStation(-1, 1);
+    ::pollVariables(m_driver, {});
+    QByteArray noReply;
+    for (int idleCalls = 0; idleCalls < 2;
+         ++idleCalls) { // a first "nothing to send" may end a burst of writes
+        while (m_driver.nextRequest())
+            m_driver.handReply(&noReply, 0);
+    }
 }
 
 ExitCode PanelSession::prepare(QString *error)
@@ -66,36 +75,16 @@ bool PanelSession::startStation(QString *error)
     return true;
 }
 
-/// With one unit all values share the driver's register image; with several they are kept per unit.
 void PanelSession::configureDriver()
 {
-    const std::set<int> units = unitsOf(m_variables);
-    settings = CommSettings();
-    settings.writeBlockSize = m_options.block;
+    settings = pollSettings(m_variables, m_options.block);
     settings.retryLimit = m_options.retries;
-    settings.defaultStation = units.empty() ? 1 : *units.begin();
-    settings.multiStation = units.size() > 1 ? 1 : 0;
     settings.remoteMode = m_options.connection.remote ? 1 : 0;
     settings.writeMode = writeToStation;
     m_driver.setComInfo(&settings);
     m_driver.registerCallBacks(&CommunicationLoop::writeDone, &itemNotify);
     m_driver.flashLocalRegister(0, 0, 0); // this host has no local areas
     m_driver.enableStation(-1, 1);
-}
-
-void PanelSession::pollVariables()
-{
-    QList<VAR_ITEM> items;
-    for (const Variable &variable : m_variables) {
-        VAR_ITEM item;
-        item.area = static_cast<quint8>(variable.area);
-        item.station = static_cast<quint8>(variable.unit);
-        item.addressText = variable.addressText;
-        item.tagText = variable.name;
-        item.count = variable.driverCount();
-        items << item;
-    }
-    m_driver.recreateReadList(&items);
 }
 
 bool PanelSession::readVariablesOnce()

@@ -7,6 +7,7 @@
 
 #include "communication_loop.h"
 #include "exit_codes.h"
+#include "poll_list.h"
 
 #include "station_thread.h"
 
@@ -31,12 +32,13 @@ class PanelSession
 {
 public:
     PanelSession(const PanelOptions &options, const QList<Variable> &variables);
+    ~PanelSession(); ///< stops, and leaves the driver with nothing to do
 
     /// Loads and configures everything. ExitDone, or what to end with and one line in *error.
     ExitCode prepare(QString *error);
 
     /// Puts the variables on the driver's poll list.
-    void pollVariables();
+    void pollVariables() { ::pollVariables(m_driver, m_variables); }
     /// Queues each variable as a one-shot read; its hostItem is its position. False when the driver's queue
     /// is full and may not hold all.
     bool readVariablesOnce();

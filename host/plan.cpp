@@ -2,6 +2,7 @@
 #include "plan.h"
 
 #include "frame_dissection.h"
+#include "poll_list.h"
 
 #include <algorithm>
 
@@ -27,34 +28,6 @@ QString rangeText(const Span &span, int first, int end)
     const QString noun = isOfBits(span) ? QStringLiteral("bit") : QStringLiteral("register");
     return end - first == 1 ? QStringLiteral("%1 %2").arg(noun).arg(first)
                             : QStringLiteral("%1s %2-%3").arg(noun).arg(first).arg(end - 1);
-}
-
-QList<VAR_ITEM> itemsOf(const QList<Variable> &variables)
-{
-    QList<VAR_ITEM> items;
-    for (const Variable &variable : variables) {
-        VAR_ITEM item;
-        item.area = static_cast<quint8>(variable.area);
-        item.station = static_cast<quint8>(variable.unit);
-        item.addressText = variable.addressText;
-        item.count = variable.driverCount();
-        items << item;
-    }
-    return items;
-}
-
-/// With a single unit the driver keeps one image and groups by area alone, as a panel with one unit has it.
-void configure(const DriverLibrary &driver, const QList<Variable> &variables, int block)
-{
-    static CommSettings settings; // the driver keeps the address
-    settings = CommSettings();
-    settings.writeBlockSize = block;
-    settings.defaultStation = variables.first().unit;
-    settings.multiStation = std::any_of(variables.begin(), variables.end(), [](const Variable &variable) {
-        return variable.unit != settings.defaultStation;
-    });
-    driver.setComInfo(&settings);
-    driver.registerCallBacks(nullptr, nullptr);
 }
 
 QString warning(const QString &text)
@@ -95,9 +68,11 @@ QList<PlannedRequest> planRequests(const DriverLibrary &driver, const QList<Vari
     QList<PlannedRequest> requests;
     if (variables.isEmpty())
         return requests;
-    configure(driver, variables, block);
-    QList<VAR_ITEM> items = itemsOf(variables);
-    const int announced = driver.recreateReadList(&items);
+    static CommSettings settings; // the driver keeps the address
+    settings = pollSettings(variables, block);
+    driver.setComInfo(&settings);
+    driver.registerCallBacks(nullptr, nullptr);
+    const int announced = pollVariables(driver, variables);
     while (requests.size() < announced) {
         const Protocol *request = driver.nextRequest();
         if (!request)

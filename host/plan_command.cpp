@@ -8,15 +8,16 @@
 
 namespace {
 
-const char description[] =
-    "Prints the requests that poll sends for these variables, [UNIT/]AREA:ADDRESS[*COUNT], without\n"
-    "touching a device: what each request reads, its bytes, how long its reply is, which variables ride\n"
-    "in it, and which addresses in the gaps between them are read along though nobody asked. A unit that\n"
-    "lacks an address in a gap refuses the whole request with exception 2. Requests that pass a limit of\n"
-    "the protocol are marked, with the block that cures it.\n"
-    "\n"
-    "Example: two variables in one request, with a gap of six registers:\n"
-    "  modbus-panel plan hr:0*2 hr:8";
+const char description[] = R"(Prints the requests that poll sends for these variables,
+[UNIT/]AREA:ADDRESS[*COUNT], without touching a device: what each request
+reads, its bytes, how long its reply is, which variables ride in it, and which
+addresses in the gaps between them are read along though nobody asked. A unit
+that lacks an address in a gap refuses the whole request with exception 2.
+Requests that pass a limit of the protocol are marked, with the block that
+cures it.
+
+Example: two variables in one request, with a gap of six registers:
+  modbus-panel plan hr:0*2 hr:8)";
 
 void print(const QStringList &lines)
 {
@@ -52,9 +53,8 @@ int planCommand(const QStringList &arguments)
     CommandLine line(QStringLiteral("plan"), QStringLiteral("[OPTION]... VARIABLE..."),
                      QString::fromLatin1(description));
     line.addOption("block", QStringLiteral("Most registers, or bytes of bits, in a request."), "N", "100");
-    line.addOption("file", QStringLiteral("Variables from a list, one a line with an optional name."),
-                   "LIST");
-    line.addOption("driver", QStringLiteral("The driver's library."), "PATH");
+    addFileOption(&line);
+    addDriverOption(&line);
     if (const std::optional<ExitCode> end = line.parse(arguments))
         return *end;
     const int block = line.number("block", 1, 1000);

@@ -11,21 +11,20 @@
 
 namespace {
 
-const char description[] =
-    "Polls variables, [UNIT/]AREA:ADDRESS[*COUNT], and shows each value with its age and state, and a line "
-    "of\n"
-    "figures for each unit: in place on a terminal, otherwise after every pass. Ctrl-C ends it.\n"
-    "\n"
-    "A pass is over when the first request comes round again, whether its requests were answered or not. "
-    "While\n"
-    "the link is down all requests fail at once, and it is opened again after 1 s, 2 s, 4 s... up to 60 s.\n"
-    "\n"
-    "Ends with 0 after Ctrl-C; after --passes with 0 when the last read of every variable was good, else "
-    "with\n"
-    "1; with 3 when the first connection cannot be opened.\n"
-    "\n"
-    "Example: two units, each pass a second after the one before, ten passes:\n"
-    "  modbus-panel poll --connect 192.0.2.7:502 --passes 10 1/hr:100*4 2/coil:0*8";
+const char description[] = R"(Polls variables, [UNIT/]AREA:ADDRESS[*COUNT], and shows each value with its age
+and state, and a line of figures for each unit: in place on a terminal,
+otherwise after every pass. Ctrl-C ends it.
+
+A pass is over when the first request comes round again, whether its requests
+were answered or not. While the link is down all requests fail at once, and it
+is opened again after 1 s, 2 s, 4 s... up to 60 s.
+
+Ends with 0 after Ctrl-C; after --passes with 0 when the last read of every
+variable was good, else with 1; with 3 when the first connection cannot be
+opened.
+
+Example: two units, each pass a second after the one before, ten passes:
+  modbus-panel poll --connect 192.0.2.7:502 --passes 10 1/hr:100*4 2/coil:0*8)";
 
 const int redrawMs = 250; // ages go on between the passes
 
@@ -75,12 +74,18 @@ void print(const PanelSnapshot &now, const PollOptions &options)
     std::fflush(stdout);
 }
 
-/// Shows until the end or Ctrl-C. The last snapshot.
+/// The communication, the user or the output ends it.
+bool mustEnd(const PanelSnapshot &now)
+{
+    return now.isEnded || isInterrupted() || std::ferror(stdout);
+}
+
+/// The last snapshot.
 PanelSnapshot showInPlace(const PanelState &state, const PollOptions &options)
 {
     FullScreen screen;
     PanelSnapshot now = state.snapshot();
-    while (!now.isEnded && !isInterrupted()) {
+    while (!mustEnd(now)) {
         screen.draw(pollTable(now, options.view));
         state.waitForNews(now.passes, 0, redrawMs);
         now = state.snapshot();
@@ -91,7 +96,7 @@ PanelSnapshot showInPlace(const PanelState &state, const PollOptions &options)
 PanelSnapshot showEachPass(const PanelState &state, const PollOptions &options)
 {
     PanelSnapshot now = state.snapshot();
-    while (!now.isEnded && !isInterrupted()) {
+    while (!mustEnd(now)) {
         const int passes = now.passes;
         state.waitForNews(passes, 0, redrawMs);
         now = state.snapshot();
@@ -139,5 +144,5 @@ int pollCommand(const QStringList &arguments)
                          QStringLiteral("%1: %2").arg(session.peer(), linkCauseText(last.linkCause)));
     if (inPlace)
         print(last, options);
-    return isInterrupted() || isGood(last) ? ExitDone : ExitFailed;
+    return isInterrupted() || std::ferror(stdout) || isGood(last) ? ExitDone : ExitFailed;
 }

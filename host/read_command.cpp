@@ -8,17 +8,15 @@
 
 namespace {
 
-const char description[] =
-    "Reads variables, [UNIT/]AREA:ADDRESS[*COUNT], once. Each has a request of its own, so that one that "
-    "fails\n"
-    "takes no other with it.\n"
-    "\n"
-    "Prints VARIABLE = VALUE for each that was read, and a line on stderr for each that was not, saying "
-    "with\n"
-    "what. Ends with 0 when all were read, 1 when any was not, 3 without a connection.\n"
-    "\n"
-    "Example: four registers and a bit of register 10, from unit 2:\n"
-    "  modbus-panel read --connect 192.0.2.7:502 2/hr:100*4 2/hrbit:10.5";
+const char description[] = R"(Reads variables, [UNIT/]AREA:ADDRESS[*COUNT], once. Each has a request of its
+own, so that one that fails takes no other with it.
+
+Prints VARIABLE = VALUE for each that was read, and a line on stderr for each
+that was not, saying with what. Ends with 0 when all were read, 1 when any was
+not, 3 without a connection.
+
+Example: four registers and a bit of register 10, from unit 2:
+  modbus-panel read --connect 192.0.2.7:502 2/hr:100*4 2/hrbit:10.5)";
 
 const int lookMs = 100; // for Ctrl-C
 

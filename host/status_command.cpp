@@ -8,12 +8,12 @@
 
 namespace {
 
-const char description[] =
-    "Explains status codes of the driver, which stand in the record that DataCom returns: the class of the\n"
-    "code, the hostId that is added to it, usual cause and cure. Without a code, all classes are listed.\n"
-    "\n"
-    "Example:\n"
-    "  modbus-panel status 74";
+const char description[] = R"(Explains status codes of the driver, which stand in the record that DataCom
+returns: the class of the code, the hostId that is added to it, usual cause and
+cure. Without a code, all classes are listed.
+
+Example:
+  modbus-panel status 74)";
 
 void print(const QStringList &lines)
 {

@@ -9,24 +9,20 @@
 
 namespace {
 
-const char description[] =
-    "Writes variables, [UNIT/]AREA:ADDRESS[*COUNT]=VALUE[,VALUE...], once, in the given order. Areas coil, "
-    "hrbit,\n"
-    "hr and hr32; unit 0 writes to all units (not hrbit). Values are decimal, negative, 0x hexadecimal, or "
-    "for\n"
-    "hr32 a decimal fraction. A bit of a register is written by reading the register and writing it back, "
-    "so\n"
-    "another master's change of its other bits in between is lost.\n"
-    "\n"
-    "Prints one line for each: acknowledged, refused, merged, dropped, or outcome unknown after a time-out. "
-    "A\n"
-    "write without a reply is not sent again unless --retries says so, since it may have been carried out.\n"
-    "Ends with 0 when all was acknowledged, 1 when anything was refused, dropped or not done, 4 when an "
-    "outcome\n"
-    "is unknown, 3 without a connection.\n"
-    "\n"
-    "Example: a register, a bit of register 10 and a 32-bit float:\n"
-    "  modbus-panel write --connect 192.0.2.7:502 2/hr:100=-5 2/hrbit:10.5=1 2/hr32:20=21.5";
+const char description[] = R"(Writes variables, [UNIT/]AREA:ADDRESS[*COUNT]=VALUE[,VALUE...], once, in the
+given order. Areas coil, hrbit, hr and hr32; unit 0 writes to all units (not
+hrbit). Values are decimal, negative, 0x hexadecimal, or for hr32 a decimal
+fraction. A bit of a register is written by reading the register and writing it
+back, so another master's change of its other bits in between is lost.
+
+Prints one line for each: acknowledged, refused, merged, dropped, or outcome
+unknown after a time-out. A write without a reply is not sent again unless
+--retries says so, since it may have been carried out. Ends with 0 when all was
+acknowledged, 1 when anything was refused, dropped or not done, 4 when an
+outcome is unknown, 3 without a connection.
+
+Example: a register, a bit of register 10 and a 32-bit float:
+  modbus-panel write --connect 192.0.2.7:502 2/hr:100=-5 2/hrbit:10.5=1 2/hr32:20=21.5)";
 
 const int lookMs = 100;     // for Ctrl-C
 const int longestText = 60; // of a word in the report
