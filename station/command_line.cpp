@@ -66,9 +66,10 @@ void addOptions(QCommandLineParser &parser)
 {
     const auto text = [](const char *latin1) { return QString::fromLatin1(latin1); };
     parser.addOptions({
-        {text("listen"), text("Numeric address and port to listen on; port 0: a free one."),
+        {text("listen"),
+         text("Numeric address and port to listen on; port 0: a free one. Default: 127.0.0.1:1502."),
          text("ADDRESS:PORT"), text("127.0.0.1:1502")},
-        {text("units"), text("Unit numbers from 1 to 255."), text("N,N..."), text("1")},
+        {text("units"), text("Unit numbers from 1 to 255. Default: 1."), text("N,N..."), text("1")},
         {text("still"), text("Values change only when written.")},
         {text("fault"), text("A fault; may be given repeatedly."), text("FAULT")},
         {text("remote"), text("Answer the driver's compact frames instead of Modbus.")},

@@ -45,8 +45,18 @@ bool SimulatedUnit::set(Table table, int address, quint16 value)
 {
     if (address < 0 || address >= tableSize)
         return false;
-    const bool isBit = table == QModbusDataUnit::Coils || table == QModbusDataUnit::DiscreteInputs;
-    return setData(table, static_cast<quint16>(address), isBit ? value != 0 : value);
+    return setData(table, static_cast<quint16>(address), value);
+}
+
+/// Function 5 writes a coil as 0xFF00.
+bool SimulatedUnit::writeData(const QModbusDataUnit &unit)
+{
+    QModbusDataUnit kept = unit;
+    const bool isBits = unit.registerType() == QModbusDataUnit::Coils ||
+                        unit.registerType() == QModbusDataUnit::DiscreteInputs;
+    for (int i = 0; isBits && i < static_cast<int>(unit.valueCount()); ++i)
+        kept.setValue(i, unit.value(i) != 0);
+    return QModbusServer::writeData(kept);
 }
 
 bool SimulatedUnit::open()

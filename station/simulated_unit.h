@@ -31,4 +31,6 @@ public:
 protected:
     bool open() override;
     void close() override;
+    /// All writes come here. A bit is kept as 0 or 1.
+    bool writeData(const QModbusDataUnit &unit) override;
 };
