@@ -21,7 +21,7 @@ __attribute__((noinline)) void countedSteps(const Step &step, int steps);
 bool runSteps(const std::string &name, int steps);
 
 /// Runs every work whose name has `part` in it, after some steps to warm up `steps` steps in one call of
-/// countedSteps, and prints the names. False when there is no such work.
+/// countedSteps, and prints name and number of steps: one of a rebuild. False when there is no such work.
 bool runCounted(const std::string &part, int steps);
 
 } // namespace bench

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Tables, curves and checks from what scripts/bench measured.
 
-  report.py callgrind NAMES PROFILE STEPS   instructions of each work, as JSON, from callgrind's dumps
+  report.py callgrind NAMES PROFILE         instructions of each work, as JSON, from callgrind's dumps
   report.py armhf TEXT                      instructions of each work, as JSON, from the counts of two runs
   report.py loopback RUN COST EXCHANGES     a run of driver-bench with what modbus-panel cost, as JSON
   report.py tables RESULTS                  prints every table as Markdown and writes tables.md and *.dat
@@ -61,22 +61,20 @@ def goals_table(times, instructions):
     for name, other, limit, text in GOALS:
         other = other or "floor/" + name
         by_time = ratio(times, name, other)
-        by_count = ratio(instructions, name, other) if name in instructions else None
-        rows.append([text, f"{limit:g}", f"{by_time:.2f}", f"{by_count:.2f}" if by_count else "",
-                     "met" if by_time <= limit else "not met"])
-    return table(["goal", "at most", "time", "instructions", ""], rows)
+        floors = ratio(times, "floor/" + name, "floor/" + other) if "floor/" + other in times else 1
+        rows.append([text, f"{limit:g}", f"{by_time:.2f}", "met" if by_time <= limit else "not met",
+                     f"{floors:.2f}", f"{ratio(instructions, name, other):.2f}"])
+    return table(["goal", "at most", "time", "", "the floor's", "instructions"], rows)
 
 
 def works_table(times, instructions, kinds):
     rows = []
-    for name in times:
+    for name in instructions:
         if not name.startswith(kinds):
             continue
         floor = "floor/" + name
-        counts = [f"{instructions[name]:,.0f}", f"{ratio(instructions, name, floor):.2f}"] if name in instructions \
-            else ["", ""]
-        rows.append([told(name), amount(times[name]), amount(times[floor]),
-                     f"{ratio(times, name, floor):.2f}"] + counts)
+        rows.append([told(name), amount(times[name]), amount(times[floor]), f"{ratio(times, name, floor):.2f}",
+                     f"{instructions[name]:,.0f}", f"{ratio(instructions, name, floor):.2f}"])
     return table(["work", "time", "floor", "ratio", "instructions", "ratio"], rows)
 
 
@@ -105,7 +103,8 @@ def waits_table(folder):
     by_name = {}
     for b in load(folder, "waits")["benchmarks"]:
         if b.get("run_type") == "iteration":
-            by_name.setdefault(b["run_name"].replace("/iterations:1", "").replace("panel_wait/", ""), []).append(b)
+            name = b["run_name"].replace("/iterations:1", "").replace("panel_wait/", "")
+            by_name.setdefault(name, []).append(b)
     middle = lambda runs, key: sorted(run[key] for run in runs)[len(runs) // 2]
     return table(["call, load", "median", "99.9th percentile", "worst"],
                  [[told(name), amount(middle(runs, "median_ns")), amount(middle(runs, "p999_ns")),
@@ -132,14 +131,16 @@ def loopback_table(folder):
     return table(["reads, client", "exchanges a second", "CPU seconds per 100,000"], rows)
 
 
-def growth_table(times):
+def growth_table(times, instructions):
     rows = []
-    for name in times:
-        if name.startswith(("rebuild/", "look_up/")):
-            size = int(name.split("/")[1].split("_")[0])
-            rows.append([told(name), amount(times[name]), amount(times[name] / size) if "rebuild" in name else "",
-                         f"{ratio(times, name, 'floor/' + name):.2f}"])
-    return table(["work", "time", "a variable", "against the floor"], rows)
+    for name in instructions:
+        if not name.startswith(("rebuild/", "look_up/")):
+            continue
+        share = int(name.split("/")[1].split("_")[0]) if "rebuild" in name else 1
+        floor = "floor/" + name
+        rows.append([told(name), amount(times[name]), amount(times[name] / share), amount(times[floor] / share),
+                     f"{instructions[name] / share:,.0f}", f"{instructions[floor] / share:,.0f}"])
+    return table(["work", "time", "for each", "floor", "instructions for each", "floor"], rows)
 
 
 def write_curves(folder, times):
@@ -160,7 +161,7 @@ def all_tables(folder):
             "exchanges": works_table(times, instructions, "exchange/"),
             "panel": works_table(times, instructions, ("panel_read/", "panel_write/", "panel_once_read/")),
             "checksums": works_table(times, instructions, "checksum/"),
-            "growth": growth_table(times),
+            "growth": growth_table(times, instructions),
             "allocations": allocations_table(folder),
             "memory": memory_table(folder),
             "waits": waits_table(folder),
@@ -168,9 +169,10 @@ def all_tables(folder):
             "loopback": loopback_table(folder)}
 
 
-def callgrind(names, profile, steps):
+def callgrind(names, profile):
     counts = {}
-    for part, name in enumerate(pathlib.Path(names).read_text().split(), 1):
+    for part, line in enumerate(pathlib.Path(names).read_text().splitlines(), 1):
+        name, steps = line.split()
         total = re.search(r"^totals: (\d+)", pathlib.Path(f"{profile}.{part}").read_text(), re.M)
         counts[name] = int(total[1]) / int(steps)
     return counts
@@ -216,7 +218,10 @@ def check(folder, limits):
     for name, limit in limits["allocations"].items():
         hold("allocations, " + told(name), allocations[name], limit)
     for name, limit in limits["instruction_ratios"].items():
-        hold("instructions against the floor, " + told(name), ratio(instructions, name, "floor/" + name), limit)
+        hold("instructions against the floor, " + told(name),
+             ratio(instructions, name, "floor/" + name), limit)
+    for name, other, limit in limits["instruction_growth"]:
+        hold(f"instructions, {told(name)} against {told(other)}", ratio(instructions, name, other), limit)
     for entry in load(folder, "memory"):
         hold(f"peak bytes a variable, {entry['variables']} variables, {entry['stations']} stations",
              entry["peak_per_variable"], limits["peak_bytes_per_variable"])
@@ -227,7 +232,7 @@ def check(folder, limits):
 def main(words):
     folder = pathlib.Path(words[1])
     if words[0] == "callgrind":
-        print(json.dumps(callgrind(*words[1:4]), indent=1))
+        print(json.dumps(callgrind(*words[1:3]), indent=1))
     elif words[0] == "armhf":
         print(json.dumps(armhf(words[1]), indent=1))
     elif words[0] == "loopback":
