@@ -3,12 +3,18 @@
 
 #include "commands.h"
 #include "exit_codes.h"
+#include "standard_output.h"
 
 #include <gtest/gtest.h>
 
 #include <QtCore/QStringList>
 
 #include <algorithm>
+#include <cstdio>
+#include <tuple>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -21,27 +27,28 @@ struct Ended
     std::string err;
 };
 
+QStringList argumentsOf(const char *words)
+{
+    const QStringList driver = {QStringLiteral("--driver"), QStringLiteral(DRIVER_PATH)};
+    return driver + QString::fromLatin1(words).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
 Ended run(Command command, const char *words)
 {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    QStringList arguments = QString::fromLatin1(words).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    arguments << QStringLiteral("--driver") << QStringLiteral(DRIVER_PATH);
-    const int code = command(arguments);
+    const int code = command(argumentsOf(words));
     return {code, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
 }
 
-struct Row
+bool holds(const std::string &text, const char *part)
 {
-    const char *what;
-    Command command;
-    const char *words;
-    int code;
-    const char *line; ///< part of what stands on stderr; empty: nothing does
-};
+    return text.find(part) != std::string::npos;
+}
 
-TEST(Commands, WrongUsageIsOneLineAndACode)
+TEST(Commands, WhatIsWrongIsOneLineAndACode)
 {
+    using Row = std::tuple<const char *, Command, const char *, int, const char *>;
     const Row rows[] = {
         {"no variable", pollCommand, "", ExitUsage, "no variable is named"},
         {"unknown option", readCommand, "--foo hr:1", ExitUsage, "foo"},
@@ -50,50 +57,50 @@ TEST(Commands, WrongUsageIsOneLineAndACode)
         {"bad policy", pollCommand, "--after-timeout wait hr:1", ExitUsage, "reconnect or drain"},
         {"bad format", readCommand, "--format oct hr:1", ExitUsage, "--format takes"},
         {"bad peer", readCommand, "--connect 1.2.3.4:99999 hr:1", ExitUsage, "HOST:PORT"},
-        {"a fault for a real station", readCommand, "--connect 127.0.0.1:1 --fault silence hr:1", ExitUsage,
-         "built-in station"},
+        {"a fault for a real station", readCommand, "--connect 127.0.0.1:1 --fault silence hr:1", ExitUsage, "built-in station"},
         {"no such list", readCommand, "--file /nowhere/list", ExitUsage, "/nowhere/list"},
-        {"a trace that cannot be written", readCommand, "--trace=/nowhere/trace hr:1", ExitUsage,
-         "/nowhere/trace"},
+        {"a trace that cannot be written", readCommand, "--trace=/nowhere/trace hr:1", ExitUsage, "/nowhere/trace"},
         {"a broadcast read", readCommand, "0/hr:1", ExitUsage, "broadcast"},
         {"a remote register read", pollCommand, "--remote hr:1", ExitUsage, "only coil and input"},
         {"a broadcast bit of a register", writeCommand, "0/hrbit:1.1=1", ExitUsage, "broadcast"},
         {"a read-only area", writeCommand, "ir:1=1", ExitUsage, "read-only"},
         {"no value", writeCommand, "hr:1", ExitUsage, "VARIABLE=VALUE"},
         {"a value too many", writeCommand, "hr:1=1,2", ExitUsage, "hr:1"},
-        {"a 32-bit value in blocks of one register", writeCommand, "--block 1 hr32:1=1", ExitUsage,
-         "--block"},
+        {"a 32-bit value in blocks of one register", writeCommand, "--block 1 hr32:1=1", ExitUsage, "--block"},
+        {"no driver", readCommand, "--driver /nowhere/driver.so hr:1", ExitNoLink, "/nowhere/driver.so"},
+        {"no driver's functions", readCommand, "--driver libm.so.6 hr:1", ExitNoLink, "SetComInfo"},
         {"nobody listens", readCommand, "--connect 127.0.0.1:1 hr:1", ExitNoLink, "connection refused"},
-        {"nobody listens to a poll", pollCommand, "--connect 127.0.0.1:1 hr:1", ExitNoLink,
-         "connection refused"},
-        {"nobody listens to a write", writeCommand, "--connect 127.0.0.1:1 hr:1=1", ExitNoLink,
-         "connection refused"},
+        {"nobody listens to a poll", pollCommand, "--connect 127.0.0.1:1 hr:1", ExitNoLink, "connection refused"},
+        {"nobody listens to a write", writeCommand, "--connect 127.0.0.1:1 hr:1=1", ExitNoLink, "connection refused"},
     };
-    for (const Row &row : rows) {
-        const Ended ended = run(row.command, row.words);
-        EXPECT_EQ(ended.code, row.code) << row.what;
-        EXPECT_NE(ended.err.find(row.line), std::string::npos) << row.what << ": " << ended.err;
-        EXPECT_EQ(std::count(ended.err.begin(), ended.err.end(), '\n'), 1) << row.what << ": " << ended.err;
-        EXPECT_EQ(ended.out, "") << row.what;
+    for (const auto &[what, command, words, code, line] : rows) {
+        const Ended ended = run(command, words);
+        EXPECT_EQ(ended.code, code) << what;
+        EXPECT_TRUE(holds(ended.err, line)) << what << ": " << ended.err;
+        EXPECT_EQ(std::count(ended.err.begin(), ended.err.end(), '\n'), 1) << what << ": " << ended.err;
+        EXPECT_EQ(ended.out, "") << what;
     }
 }
 
-TEST(Commands, ReadPrintsValuesAndComplainsOfTheRest)
+TEST(Commands, ReportsAndEndsWithTheWorstOutcome)
 {
-    const Ended ended = run(readCommand, "--fault exception=2@address=62 hr:60*2 hr:62 --format hex");
-    EXPECT_EQ(ended.code, ExitFailed);
-    EXPECT_EQ(ended.out, "hr:60*2 = 0x003C 0x003D\n");
-    EXPECT_EQ(ended.err, "modbus-panel read: hr:62: exception 2: illegal data address\n");
-}
-
-TEST(Commands, WriteEndsWithTheWorstOutcome)
-{
-    EXPECT_EQ(run(writeCommand, "hr:60=1 coil:1=1").code, ExitDone);
-    EXPECT_EQ(run(writeCommand, "hr:60=1 hr:70=1 --fault exception=2@address=60").code, ExitFailed);
-    const Ended unknown = run(writeCommand, "hr:60=1 hr:70=1 --timeout 500 --fault silence@address=60");
-    EXPECT_EQ(unknown.code, ExitOutcomeUnknown);
-    EXPECT_EQ(unknown.out, "hr:60=1: outcome unknown: no reply; it may or may not have been carried out\n"
-                           "hr:70=1: acknowledged\n");
+    using Row = std::tuple<Command, const char *, int, const char *, const char *>;
+    const Row rows[] = {
+        {readCommand, "--fault exception=2@address=62 hr:60*2 hr:62 --format hex", ExitFailed, "hr:60*2 = 0x003C 0x003D\n",
+         "modbus-panel read: hr:62: exception 2: illegal data address\n"},
+        {writeCommand, "hr:60=1 coil:1=1", ExitDone, "hr:60=1: acknowledged\ncoil:1=1: acknowledged\n", ""},
+        {writeCommand, "hr:60=1 hr:70=1 --fault exception=2@address=60", ExitFailed,
+         "hr:60=1: refused with exception 2: illegal data address\nhr:70=1: acknowledged\n", ""},
+        {writeCommand, "hr:60=1 hr:70=1 --timeout 500 --fault silence@address=60", ExitOutcomeUnknown,
+         "hr:60=1: outcome unknown: no reply; it may or may not have been carried out\nhr:70=1: acknowledged\n", ""},
+    };
+    for (const auto &[command, words, code, out, err] : rows) {
+        SCOPED_TRACE(words);
+        const Ended ended = run(command, words);
+        EXPECT_EQ(ended.code, code);
+        EXPECT_EQ(ended.out, out);
+        EXPECT_EQ(ended.err, err);
+    }
 }
 
 TEST(Commands, PollPrintsEachPassAsOneJsonObject)
@@ -101,17 +108,51 @@ TEST(Commands, PollPrintsEachPassAsOneJsonObject)
     const Ended ended = run(pollCommand, "--json --passes 1 1/hr:60 2/coil:21");
     EXPECT_EQ(ended.code, ExitDone);
     EXPECT_EQ(std::count(ended.out.begin(), ended.out.end(), '\n'), 1) << ended.out;
-    EXPECT_NE(ended.out.find("\"address\":\"1/hr:60\""), std::string::npos) << ended.out;
-    EXPECT_NE(ended.out.find("\"values\":[60]"), std::string::npos) << ended.out;
+    EXPECT_TRUE(holds(ended.out, "\"address\":\"1/hr:60\"")) << ended.out;
+    EXPECT_TRUE(holds(ended.out, "\"values\":[60]")) << ended.out;
 }
 
 TEST(Commands, PollEndsBadlyWhenAVariableFails)
 {
     const Ended ended = run(pollCommand, "--passes 2 --every 1 hr:60 --fault exception=2");
     EXPECT_EQ(ended.code, ExitFailed);
-    EXPECT_NE(ended.out.find("failed: exception 2: illegal data address, never"), std::string::npos)
-        << ended.out;
-    EXPECT_NE(ended.out.find("2 x4"), std::string::npos) << "each pass and its retry: " << ended.out;
+    EXPECT_TRUE(holds(ended.out, "failed: exception 2: illegal data address, never")) << ended.out;
+    EXPECT_TRUE(holds(ended.out, "2 x4")) << "each pass and its retry: " << ended.out;
+}
+
+TEST(Commands, HelpShowsDefaultsAndOptionalValues)
+{
+    const Ended ended = run(pollCommand, "--help");
+    EXPECT_EQ(ended.code, ExitDone);
+    EXPECT_TRUE(holds(ended.out, "Default: 1000.") && holds(ended.out, "--trace[=FILE] ")) << ended.out;
+}
+
+/// Runs with another standard output, and ends it as the program does.
+int runInto(int output, const char *words)
+{
+    std::fflush(stdout);
+    const int own = dup(STDOUT_FILENO);
+    dup2(output, STDOUT_FILENO);
+    const int code = endOutput(pollCommand(argumentsOf(words)));
+    std::clearerr(stdout);
+    dup2(own, STDOUT_FILENO);
+    close(own);
+    return code;
+}
+
+TEST(Commands, OutputThatGoesNowhereEndsThem)
+{
+    guardStandardStreams();
+    int pipeEnds[2];
+    ASSERT_EQ(pipe(pipeEnds), 0);
+    close(pipeEnds[0]);
+    EXPECT_EQ(runInto(pipeEnds[1], "--every 1 hr:60"), ExitDone) << "the reader has what it wanted";
+    const int fullDisk = open("/dev/full", O_WRONLY);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(runInto(fullDisk, "--every 1 hr:60"), ExitUsage);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "modbus-panel: standard output cannot be written\n");
+    close(pipeEnds[1]);
+    close(fullDisk);
 }
 
 } // namespace

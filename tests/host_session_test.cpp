@@ -2,6 +2,7 @@
 // The whole host, driver loaded by its path, against the simulated station over TCP.
 
 #include "panel_session.h"
+#include "plan.h"
 #include "value_text.h"
 #include "write_outcome.h"
 
@@ -11,6 +12,15 @@
 
 namespace {
 
+using Table = QModbusDataUnit;
+
+const int tooLongMs = 600000; // for a test: nobody waits for it
+
+QStringList list(const char *words)
+{
+    return QString::fromLatin1(words).split(QLatin1Char(' '));
+}
+
 Variable variable(const QString &text)
 {
     QString error;
@@ -19,23 +29,43 @@ Variable variable(const QString &text)
     return parsed.value_or(Variable());
 }
 
+/// What is shown for each variable: its value, or why there is none.
+std::string valuesOf(const PanelSnapshot &now)
+{
+    QStringList texts;
+    for (const ValueState &value : now.values) {
+        const bool isGood = value.readAtMs() >= 0 && value.failure().isEmpty();
+        texts << (isGood ? valueText(value.variable(), value.value(), ValueFormat::Decimal) : value.failure());
+    }
+    return texts.join(QLatin1String(" | ")).toStdString();
+}
+
 class SessionTest : public testing::Test
 {
 protected:
     SessionTest()
     {
         options.driverPath = QStringLiteral(DRIVER_PATH);
-        options.connection.timeoutMs = 60000;
+        options.connection.timeoutMs = tooLongMs;
         options.connection.backOff = {1, 1};
     }
 
-    void open(const QStringList &texts, const char *fault = nullptr)
+    /// A station that may be silent, and a request that is then sent once.
+    void expectSilence()
     {
-        QList<Variable> variables;
-        for (const QString &text : texts)
-            variables << variable(text.section(QLatin1Char('='), 0, 0));
+        options.connection.timeoutMs = 500;
+        options.retries = 0;
+    }
+
+    void open(const char *words, const char *fault = nullptr)
+    {
+        variables.clear();
+        for (const QString &word : list(words))
+            variables << variable(word.section(QLatin1Char('='), 0, 0));
+        options.faults.clear();
         if (fault)
             options.faults = *parseFaults({QLatin1String(fault)}, nullptr);
+        session.reset(); // ahead of the next one, which has the same driver
         session = std::make_unique<PanelSession>(options, variables);
         QString error;
         ASSERT_EQ(session->prepare(&error), ExitDone) << qPrintable(error);
@@ -51,246 +81,180 @@ protected:
         return now;
     }
 
-    PanelSnapshot readOnce(const QStringList &texts, const char *fault = nullptr)
+    PanelSnapshot readOnce(const char *words, const char *fault = nullptr)
     {
-        open(texts, fault);
+        open(words, fault);
         EXPECT_TRUE(session->readVariablesOnce());
         session->start();
-        return waitUntil([&](const PanelSnapshot &now) { return now.itemsEnded() == texts.size(); });
+        return waitUntil([&](const PanelSnapshot &now) { return now.itemsEnded() == variables.size(); });
     }
 
-    PanelSnapshot pollPasses(int passes)
+    void startPolling(const char *words, const char *fault = nullptr)
     {
-        options.loop.passes = passes;
+        open(words, fault);
         session->pollVariables();
         session->start();
+    }
+
+    PanelSnapshot poll(int passes, const char *words, const char *fault = nullptr)
+    {
+        options.loop.passes = passes;
+        startPolling(words, fault);
         return waitUntil([](const PanelSnapshot &now) { return now.isEnded; });
     }
 
     /// Writes UNIT/AREA:ADDRESS=VALUES, and tells what became of each.
-    QStringList write(const QStringList &texts, const char *fault = nullptr)
+    std::string write(const char *words, const char *fault = nullptr)
     {
-        open(texts, fault);
+        open(words, fault);
         QList<WriteItem> items;
-        for (const QString &text : texts) {
+        for (const QString &word : list(words)) {
             WriteItem item;
-            item.variable = variable(text.section(QLatin1Char('='), 0, 0));
+            item.variable = variables.at(items.size());
             QString error;
-            item.value = parseValues(item.variable, text.section(QLatin1Char('='), 1), &error).value_or("");
+            item.value = parseValues(item.variable, word.section(QLatin1Char('='), 1), &error).value_or("");
             EXPECT_EQ(error, QString());
             items << item;
         }
         queueWrites(session->driver(), options.block, &items);
-        int inQueue = 0;
-        for (const WriteItem &item : items)
-            inQueue += item.queued > 0 ? 1 : 0;
+        const auto inQueue = std::count_if(items.begin(), items.end(), [](const WriteItem &item) { return item.queued > 0; });
         session->start();
         PanelSnapshot now = waitUntil([&](const PanelSnapshot &n) { return n.itemsEnded() == inQueue; });
         QStringList outcomes;
         for (int i = 0; i < items.size(); ++i)
             outcomes << writeOutcome(items.at(i), now.items[i]).text;
-        return outcomes;
+        return outcomes.join(QLatin1String(" | ")).toStdString();
     }
 
-    static std::string valueOf(const PanelSnapshot &now, std::size_t index)
-    {
-        const ValueState &value = now.values.at(index);
-        if (value.readAtMs() < 0 || !value.failure().isEmpty())
-            return value.ageText(0, 0).toStdString();
-        return valueText(value.variable(), value.value(), ValueFormat::Decimal).toStdString();
-    }
-
-    static std::string textOf(const ValueState &value) { return value.failure().toStdString(); }
+    int registerOf(int unit, int address) { return session->station()->value(unit, Table::HoldingRegisters, address); }
+    int coilOf(int unit, int address) { return session->station()->value(unit, Table::Coils, address); }
 
     PanelOptions options;
+    QList<Variable> variables;
     std::unique_ptr<PanelSession> session;
 };
 
-using Table = QModbusDataUnit;
+const char everyArea[] = "coil:21*3 input:30*2 irbit:40.2*2 hrbit:40.5 ir:50 hr:60*2 ir32:50 hr32:62";
+const char everyValue[] = "1 0 0 | 1 0 | 0 1 | 1 | 10050 | 60 61 | 658646851 | 4063295";
 
-TEST_F(SessionTest, EveryAreaIsReadOnceAndPolled)
+TEST_F(SessionTest, EveryAreaIsReadOnceAndPolledAsPlanned)
 {
-    const QStringList areas = {QStringLiteral("coil:21*3"),    QStringLiteral("input:30*2"),
-                               QStringLiteral("irbit:40.2*2"), QStringLiteral("hrbit:40.5"),
-                               QStringLiteral("ir:50"),        QStringLiteral("hr:60*2"),
-                               QStringLiteral("ir32:50"),      QStringLiteral("hr32:62")};
-    const char *const values[] = {"1 0 0", "1 0", "0 1", "1", "10050", "60 61", "658646851", "4063295"};
-    PanelSnapshot now = readOnce(areas);
-    for (std::size_t i = 0; i < 8; ++i)
-        EXPECT_EQ(valueOf(now, i), values[i]) << qPrintable(areas.at(int(i)));
-    session.reset();
-    options.loop.passes = 2;
-    open(areas);
-    now = pollPasses(2);
-    for (std::size_t i = 0; i < 8; ++i)
-        EXPECT_EQ(valueOf(now, i), values[i]) << qPrintable(areas.at(int(i)));
+    EXPECT_EQ(valuesOf(readOnce(everyArea)), everyValue);
+    const PanelSnapshot now = poll(2, everyArea);
+    EXPECT_EQ(valuesOf(now), everyValue);
     EXPECT_EQ(now.passes, 2);
+    const QList<QByteArray> sent = session->station()->requests();
+    session->stop();
+    QList<QByteArray> planned;
+    for (const PlannedRequest &request : planRequests(session->driver(), variables, options.block))
+        planned << request.frame;
+    EXPECT_EQ(sent, planned + planned);
 }
 
 TEST_F(SessionTest, UnitsKeepTheirOwnValues)
 {
     options.loop.passes = 2;
-    open({QStringLiteral("1/hr:60"), QStringLiteral("2/hr:60"), QStringLiteral("7/coil:9"),
-          QStringLiteral("2/coil:9")});
+    open("1/hr:60 2/hr:60 7/coil:9 2/coil:9");
     session->station()->setValue(2, Table::HoldingRegisters, 60, 4711);
     session->station()->setValue(2, Table::Coils, 9, 0);
-    const PanelSnapshot now = pollPasses(2);
-    EXPECT_EQ(valueOf(now, 0), "60");
-    EXPECT_EQ(valueOf(now, 1), "4711");
-    EXPECT_EQ(valueOf(now, 2), "1");
-    EXPECT_EQ(valueOf(now, 3), "0");
+    session->pollVariables();
+    session->start();
+    EXPECT_EQ(valuesOf(waitUntil([](const PanelSnapshot &now) { return now.isEnded; })), "60 | 4711 | 1 | 0");
 }
 
 TEST_F(SessionTest, WritesReachTheirPlaces)
 {
-    EXPECT_EQ(write({QStringLiteral("1/coil:21*2=0,1"), QStringLiteral("2/hr:70*3=1,0xBEEF,-2"),
-                     QStringLiteral("2/hrbit:80.15=1"), QStringLiteral("1/hr32:90=0x12345678")}),
-              QStringList({QStringLiteral("acknowledged"), QStringLiteral("acknowledged"),
-                           QStringLiteral("acknowledged"), QStringLiteral("acknowledged")}));
-    const StationThread &station = *session->station();
-    EXPECT_EQ(station.value(1, Table::Coils, 21), 0);
-    EXPECT_NE(station.value(1, Table::Coils, 22), 0);
-    EXPECT_EQ(station.value(2, Table::HoldingRegisters, 71), 0xBEEF);
-    EXPECT_EQ(station.value(2, Table::HoldingRegisters, 72), 0xFFFE);
-    EXPECT_EQ(station.value(2, Table::HoldingRegisters, 80), 0x8000 | 80) << "the other bits stay";
-    EXPECT_EQ(station.value(1, Table::HoldingRegisters, 90), 0x1234);
-    EXPECT_EQ(station.value(1, Table::HoldingRegisters, 91), 0x5678);
-}
+    EXPECT_EQ(write("1/coil:21*2=0,1 2/hr:70*3=1,0xBEEF,-2 2/hrbit:80.15=1 1/hr32:90=0x12345678"),
+              "acknowledged | acknowledged | acknowledged | acknowledged");
+    EXPECT_EQ(coilOf(1, 21), 0);
+    EXPECT_EQ(coilOf(1, 22), 1) << "written as 0xFF00";
+    EXPECT_EQ(registerOf(2, 71), 0xBEEF);
+    EXPECT_EQ(registerOf(2, 72), 0xFFFE);
+    EXPECT_EQ(registerOf(2, 80), 0x8000 | 80) << "the other bits stay";
+    EXPECT_EQ(registerOf(1, 90), 0x1234);
+    EXPECT_EQ(registerOf(1, 91), 0x5678);
 
-TEST_F(SessionTest, ABroadcastReachesEveryUnitAndClaimsNoAcknowledgement)
-{
-    const QStringList outcomes =
-        write({QStringLiteral("0/hr:70=5"), QStringLiteral("1/hr:71=6"), QStringLiteral("2/hr:71=6")});
-    EXPECT_EQ(outcomes.first(), QStringLiteral("sent to all units, none answers a broadcast"));
-    EXPECT_EQ(session->station()->value(1, Table::HoldingRegisters, 70), 5);
-    EXPECT_EQ(session->station()->value(2, Table::HoldingRegisters, 70), 5);
+    EXPECT_EQ(write("0/hr:70=5 1/hr:71=6 2/hr:71=6"),
+              "sent to all units, none answers a broadcast | acknowledged | acknowledged");
+    EXPECT_EQ(registerOf(1, 70), 5);
+    EXPECT_EQ(registerOf(2, 70), 5);
+
+    options.block = 3; // which would cut a value in two
+    EXPECT_EQ(write("hr32:70*2=0x11112222,0x33334444"), "acknowledged");
+    EXPECT_EQ(registerOf(1, 72), 0x3333);
+    EXPECT_EQ(registerOf(1, 73), 0x4444);
 }
 
 TEST_F(SessionTest, WriteOutcomes)
 {
-    const QStringList outcomes = write({QStringLiteral("hr:70=1"), QStringLiteral("hr:71=2"),
-                                        QStringLiteral("hr:71=3"), QStringLiteral("hr:30*2=1,2")},
-                                       "exception=4@address=30");
-    EXPECT_EQ(outcomes, QStringList({QStringLiteral("acknowledged"),
-                                     QStringLiteral("replaced by a later write before it was sent"),
-                                     QStringLiteral("acknowledged; merged with an earlier write"),
-                                     QStringLiteral("refused with exception 4: device failure")}));
-    EXPECT_EQ(session->station()->value(1, Table::HoldingRegisters, 71), 3);
+    EXPECT_EQ(write("hr:70=1 hr:71=2 hr:71=3 hr:30*2=1,2", "exception=4@address=30"),
+              "acknowledged | replaced by a later write before it was sent | acknowledged; merged with an earlier write | "
+              "refused with exception 4: device failure");
+    EXPECT_EQ(registerOf(1, 71), 3);
+
+    const QByteArray ones = "coil:0*1030=1" + QByteArray(",1").repeated(1029);
+    EXPECT_EQ(write(ones), "1024 of 1030 requests acknowledged; 6 of 1030 requests dropped, the queue is full");
+
+    expectSilence();
+    EXPECT_EQ(write("hr:70=1", "silence"), "outcome unknown: no reply; it may or may not have been carried out");
+    EXPECT_EQ(session->station()->requests().size(), 1) << "not sent again";
 }
 
-TEST_F(SessionTest, AWriteWithoutReplyIsSentOnceAndItsOutcomeIsUnknown)
+TEST_F(SessionTest, AnAddressThatIsMissingFailsItsRequestOnly)
 {
-    options.connection.timeoutMs = 500;
-    options.retries = 0;
-    EXPECT_EQ(
-        write({QStringLiteral("hr:70=1")}, "silence"),
-        QStringList(QStringLiteral("outcome unknown: no reply; it may or may not have been carried out")));
-    EXPECT_EQ(session->station()->requests().size(), 1);
+    const char refusal[] = "exception=2@address=62";
+    EXPECT_EQ(valuesOf(readOnce("hr:60 hr:62 hr:64", refusal)), "60 | exception 2: illegal data address | 64");
+    EXPECT_EQ(valuesOf(poll(1, "hr:60 hr:64 hr:300", refusal)),
+              "exception 2: illegal data address | exception 2: illegal data address | 300")
+        << "a request bridges the gap from 60 to 64";
 }
 
-TEST_F(SessionTest, AFullQueueIsReported)
+TEST_F(SessionTest, ALateReplyIsNeverShownAsTheValueOfAnother)
 {
-    QStringList ones;
-    for (int i = 0; i < 1030; ++i)
-        ones << QStringLiteral("1");
-    EXPECT_EQ(write({QStringLiteral("coil:0*1030=") + ones.join(QLatin1Char(','))}),
-              QStringList(QStringLiteral(
-                  "1024 of 1030 requests acknowledged; 6 of 1030 requests dropped, the queue is full")));
+    expectSilence();
+    for (const bool drain : {false, true}) {
+        SCOPED_TRACE(drain ? "drain" : "reconnect");
+        options.connection.drain = drain;
+        const PanelSnapshot now = poll(3, "hr:60 hr:400", "delay=800@address=60,nth=1");
+        EXPECT_EQ(valuesOf(now), "60 | 400");
+        EXPECT_FALSE(now.values.at(1).hasChanged());
+        EXPECT_EQ(now.units.at(1).timeOuts, 1);
+        EXPECT_EQ(now.units.at(1).late, drain ? 1 : 0);
+        EXPECT_EQ(now.units.at(1).reconnects, drain ? 0 : 1);
+    }
 }
-
-TEST_F(SessionTest, AnOddBlockDoesNotCut32BitValues)
-{
-    options.block = 3;
-    EXPECT_EQ(write({QStringLiteral("hr32:70*2=0x11112222,0x33334444")}),
-              QStringList(QStringLiteral("acknowledged")));
-    EXPECT_EQ(session->station()->value(1, Table::HoldingRegisters, 72), 0x3333);
-    EXPECT_EQ(session->station()->value(1, Table::HoldingRegisters, 73), 0x4444);
-}
-
-TEST_F(SessionTest, OneReadThatFailsTakesNoOtherWithIt)
-{
-    const PanelSnapshot now =
-        readOnce({QStringLiteral("hr:60"), QStringLiteral("hr:62"), QStringLiteral("hr:64")},
-                 "exception=2@address=62");
-    EXPECT_EQ(valueOf(now, 0), "60");
-    EXPECT_EQ(textOf(now.values.at(1)), "exception 2: illegal data address");
-    EXPECT_EQ(valueOf(now, 2), "64");
-}
-
-TEST_F(SessionTest, AGapThatCannotBeReadFailsTheWholeGroup)
-{
-    options.loop.passes = 1;
-    open({QStringLiteral("hr:60"), QStringLiteral("hr:64"), QStringLiteral("hr:300")},
-         "exception=2@address=62");
-    const PanelSnapshot now = pollPasses(1);
-    EXPECT_EQ(textOf(now.values.at(0)), "exception 2: illegal data address");
-    EXPECT_EQ(textOf(now.values.at(1)), "exception 2: illegal data address");
-    EXPECT_EQ(valueOf(now, 2), "300");
-}
-
-class LateReply : public SessionTest, public testing::WithParamInterface<bool>
-{
-};
-
-TEST_P(LateReply, IsNeverShownAsTheValueOfAnother)
-{
-    options.connection.timeoutMs = 500;
-    options.connection.drain = GetParam();
-    options.retries = 0;
-    options.loop.passes = 3;
-    open({QStringLiteral("hr:60"), QStringLiteral("hr:400")}, "delay=800@address=60,nth=1");
-    const PanelSnapshot now = pollPasses(3);
-    EXPECT_EQ(valueOf(now, 0), "60");
-    EXPECT_EQ(valueOf(now, 1), "400");
-    EXPECT_FALSE(now.values.at(1).hasChanged());
-    EXPECT_EQ(now.units.at(1).timeOuts, 1);
-}
-
-INSTANTIATE_TEST_SUITE_P(Policies, LateReply, testing::Bool());
 
 TEST_F(SessionTest, ADeadUnitIsSwitchedOffAndFoundAgain)
 {
-    options.connection.timeoutMs = 500;
-    options.retries = 0;
+    expectSilence();
     options.loop.offAfter = 2;
     options.loop.retryOffMs = 1000;
-    open({QStringLiteral("1/hr:60"), QStringLiteral("2/hr:61")}, "silence@unit=2");
-    session->pollVariables();
-    session->start();
-    PanelSnapshot now = waitUntil([](const PanelSnapshot &n) {
-        const auto unit = n.units.find(2);
-        return unit != n.units.end() && unit->second.isOff;
-    });
-    EXPECT_EQ(textOf(now.values.at(1)), "no reply");
+    startPolling("1/hr:60 2/hr:61", "silence@unit=2");
+    PanelSnapshot now = waitUntil([](const PanelSnapshot &n) { return n.units.count(2) && n.units.at(2).isOff; });
+    EXPECT_EQ(valuesOf(now), "60 | no reply");
     EXPECT_GT(now.units.at(2).lostPercent(now.elapsedMicroseconds), 0.0);
     session->station()->setFaults({});
     now = waitUntil([](const PanelSnapshot &n) { return n.values.at(1).readAtMs() >= 0; });
-    EXPECT_EQ(valueOf(now, 1), "61");
+    EXPECT_EQ(valuesOf(now), "60 | 61");
     EXPECT_FALSE(now.units.at(2).isOff);
 }
 
 TEST_F(SessionTest, AUnitThatIsOffCostsNothing)
 {
-    options.connection.timeoutMs = 500;
-    options.retries = 0;
+    expectSilence();
     options.loop.offAfter = 1;
-    options.loop.retryOffMs = 3600000;
-    options.loop.passes = 20;
-    open({QStringLiteral("1/hr:60"), QStringLiteral("2/hr:61")}, "silence@unit=2");
-    const PanelSnapshot now = pollPasses(20);
+    options.loop.retryOffMs = tooLongMs;
+    const PanelSnapshot now = poll(20, "1/hr:60 2/hr:61", "silence@unit=2");
     EXPECT_EQ(now.units.at(2).requests, 1);
     EXPECT_GE(now.units.at(1).good, 19);
 }
 
 TEST_F(SessionTest, WhileTheLinkIsDownWritesEndAndPollsGoOnLater)
 {
-    open({QStringLiteral("hr:60")});
-    session->pollVariables();
-    session->start();
+    startPolling("hr:60");
     waitUntil([](const PanelSnapshot &n) { return n.values.at(0).readAtMs() >= 0; });
     session->station()->stopListening();
-    waitUntil(
-        [](const PanelSnapshot &n) { return n.values.at(0).failure().startsWith(QLatin1String("no link")); });
+    waitUntil([](const PanelSnapshot &n) { return n.values.at(0).failure().startsWith(QLatin1String("no link")); });
     QByteArray value("\7\0", 2);
     session->driver().setRegisterData(QString(), 5, QStringLiteral("70"), 1, value, 1, panelHostId, 0);
     PanelSnapshot now = waitUntil([](const PanelSnapshot &n) { return n.itemsEnded() == 1; });
@@ -299,41 +263,26 @@ TEST_F(SessionTest, WhileTheLinkIsDownWritesEndAndPollsGoOnLater)
     ASSERT_TRUE(session->station()->listenAgain(nullptr));
     now = waitUntil([](const PanelSnapshot &n) { return n.values.at(0).failure().isEmpty(); });
     EXPECT_GE(now.units.at(1).reconnects, 1);
-    EXPECT_EQ(session->station()->value(1, Table::HoldingRegisters, 70), 70) << "nothing goes out later";
+    EXPECT_EQ(registerOf(1, 70), 70) << "nothing goes out later";
+}
+
+TEST_F(SessionTest, WhatASessionLeavesUnsentStaysUnsent)
+{
+    open("hr:70");
+    QByteArray value("\7\0", 2);
+    for (int item = 0; item < 3; ++item)
+        session->driver().setRegisterData(QString(), 5, QString::number(70 + item), 1, value, 1, panelHostId, item);
+    readOnce("hr:60");
+    EXPECT_EQ(session->station()->requests().size(), 1);
 }
 
 TEST_F(SessionTest, RemoteFramesReadBitsAndWrite)
 {
     options.connection.remote = true;
-    const PanelSnapshot now = readOnce({QStringLiteral("coil:21*5"), QStringLiteral("input:29*3")});
-    EXPECT_EQ(valueOf(now, 0), "1 0 0 1 0");
-    EXPECT_EQ(valueOf(now, 1), "0 1 0");
-    session.reset();
-    EXPECT_EQ(write({QStringLiteral("hr:70=513"), QStringLiteral("coil:21=0")}),
-              QStringList({QStringLiteral("acknowledged"), QStringLiteral("acknowledged")}));
-    EXPECT_EQ(session->station()->value(1, Table::HoldingRegisters, 70), 513);
-    EXPECT_EQ(session->station()->value(1, Table::Coils, 21), 0);
-}
-
-TEST_F(SessionTest, AFirstConnectionThatFailsEndsTheLoop)
-{
-    StationThread gone{StationOptions()};
-    ASSERT_TRUE(gone.start(nullptr));
-    gone.stopListening();
-    options.connection.host = QStringLiteral("127.0.0.1");
-    options.connection.port = gone.port();
-    const PanelSnapshot now = readOnce({QStringLiteral("hr:60")});
-    EXPECT_TRUE(now.isEnded);
-    EXPECT_EQ(now.linkCause, LinkCause::Refused);
-}
-
-TEST(DriverLibrary, SaysWhatIsMissing)
-{
-    QString error;
-    EXPECT_FALSE(loadDriver(QStringLiteral("/nowhere/libdriver.so.1"), &error));
-    EXPECT_TRUE(error.contains(QLatin1String("/nowhere/libdriver.so.1"))) << qPrintable(error);
-    EXPECT_FALSE(loadDriver(QStringLiteral("libm.so.6"), &error));
-    EXPECT_TRUE(error.contains(QLatin1String("SetComInfo"))) << qPrintable(error);
+    EXPECT_EQ(valuesOf(readOnce("coil:21*5 input:29*3")), "1 0 0 1 0 | 0 1 0");
+    EXPECT_EQ(write("hr:70=513 coil:21=0"), "acknowledged | acknowledged");
+    EXPECT_EQ(registerOf(1, 70), 513);
+    EXPECT_EQ(coilOf(1, 21), 0);
 }
 
 } // namespace

@@ -10,20 +10,11 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace {
 
 const BackOffTimes times = {1000, 5000};
-
-LinkState upAt(bool hasAnswered)
-{
-    LinkState link(times);
-    link.opened();
-    if (hasAnswered) {
-        link.sent();
-        link.answered();
-    }
-    return link;
-}
 
 TEST(LinkState, BackOffDoublesUpToTheLongestAndEndsInTime)
 {
@@ -57,29 +48,23 @@ TEST(LinkState, OnlyAnAnswerStartsTheBackOffAnew)
 
 TEST(LinkState, WhatALossLeadsTo)
 {
-    struct
-    {
-        LinkCause cause;
-        bool hasAnswered;
-        LinkState::State next;
-    } const rows[] = {
-        {LinkCause::Silent, false, LinkState::Connecting},
-        {LinkCause::CutOff, false, LinkState::Connecting},
-        {LinkCause::Silent, true, LinkState::Connecting},
-        {LinkCause::Closed, false, LinkState::BackingOff},
-        {LinkCause::Closed, true, LinkState::Connecting},
-        {LinkCause::BadHeader, false, LinkState::BackingOff},
-        {LinkCause::BadHeader, true, LinkState::Connecting},
-        {LinkCause::HeldBack, false, LinkState::BackingOff},
-        {LinkCause::HeldBack, true, LinkState::Connecting},
-        {LinkCause::Unasked, false, LinkState::BackingOff},
-    };
-    for (const auto &row : rows) {
-        LinkState link = upAt(row.hasAnswered);
-        link.sent();
-        link.lost(row.cause, 0);
-        EXPECT_EQ(link.at(0), row.next) << qPrintable(linkCauseText(row.cause)) << row.hasAnswered;
-        EXPECT_EQ(link.cause(), row.cause);
+    using Cause = LinkCause;
+    using Row = std::tuple<LinkCause, bool>;
+    const Row rows[] = {{Cause::Silent, false},   {Cause::CutOff, false},  {Cause::Closed, true},
+                        {Cause::BadHeader, true}, {Cause::HeldBack, true}, {Cause::Unasked, true}};
+    for (const auto &[cause, backsOff] : rows) {
+        for (const bool hasAnswered : {false, true}) {
+            LinkState link(times);
+            link.opened();
+            link.sent();
+            if (hasAnswered)
+                link.answered();
+            link.sent();
+            link.lost(cause, 0);
+            const auto next = backsOff && !hasAnswered ? LinkState::BackingOff : LinkState::Connecting;
+            EXPECT_EQ(link.at(0), next) << qPrintable(linkCauseText(cause)) << hasAnswered;
+            EXPECT_EQ(link.cause(), cause);
+        }
     }
 }
 
@@ -123,20 +108,16 @@ Variable variable(const char *text)
 
 TEST(ValueState, PlacesOnTheWire)
 {
-    struct
-    {
-        const char *variable;
-        Span span;
-    } const rows[] = {
-        {"3/coil:13*4", {3, 0, 13, 4}}, {"input:0", {1, 1, 0, 1}},  {"irbit:2.14*4", {1, 4, 2, 2}},
-        {"hrbit:2.0*16", {1, 5, 2, 1}}, {"ir:7*3", {1, 4, 7, 3}},   {"hr:7", {1, 5, 7, 1}},
-        {"ir32:8*2", {1, 4, 8, 4}},     {"9/hr32:8", {9, 5, 8, 2}},
+    using Row = std::tuple<const char *, Span>;
+    const Row rows[] = {
+        {"3/coil:13*4", {3, 0, 13, 4}}, {"input:0", {1, 1, 0, 1}}, {"irbit:2.14*4", {1, 4, 2, 2}}, {"hrbit:2.0*16", {1, 5, 2, 1}},
+        {"ir:7*3", {1, 4, 7, 3}},       {"hr:7", {1, 5, 7, 1}},    {"ir32:8*2", {1, 4, 8, 4}},     {"9/hr32:8", {9, 5, 8, 2}},
     };
-    for (const auto &row : rows) {
-        const Span span = spanOf(variable(row.variable));
-        EXPECT_EQ(std::tie(span.unit, span.area, span.first, span.count),
-                  std::tie(row.span.unit, row.span.area, row.span.first, row.span.count))
-            << row.variable;
+    for (const auto &[text, span] : rows) {
+        const Span found = spanOf(variable(text));
+        EXPECT_EQ(std::tie(found.unit, found.area, found.first, found.count),
+                  std::tie(span.unit, span.area, span.first, span.count))
+            << text;
     }
     RW_VAR bits;
     bits.startAddress = 8;
@@ -163,29 +144,20 @@ TEST(ValueState, AsOldAsItsOldestPart)
     EXPECT_EQ(value.failure(), QString());
 }
 
-Exchange ended(Exchange::End end, const char *reply, LinkCause cause = LinkCause::None,
-               ReplyFault fault = ReplyFault::None)
-{
-    Exchange exchange;
-    exchange.end = end;
-    exchange.reply = QByteArray::fromHex(reply);
-    exchange.cause = cause;
-    exchange.fault = fault;
-    exchange.microseconds = 1000;
-    return exchange;
-}
-
 TEST(UnitStatistics, EachEndIsCountedOnceAndOnlyLostTimeIsLost)
 {
     UnitStatistics unit;
-    unit.add(ended(Exchange::Answered, "0000 0000 0005 01 03 02 0001"));
-    unit.add(ended(Exchange::Answered, "0000 0000 0003 01 83 02"));
-    unit.add(ended(Exchange::NoReply, "", LinkCause::Silent));
-    unit.add(ended(Exchange::NoReply, "", LinkCause::CutOff));
-    unit.add(ended(Exchange::NoReply, "", LinkCause::HeldBack, ReplyFault::OtherUnit));
-    unit.add(ended(Exchange::NoReply, "", LinkCause::Closed));
-    unit.add(ended(Exchange::NotSent, "", LinkCause::Refused));
-    unit.add(ended(Exchange::NoReply, "", LinkCause::Stopped));
+    const auto add = [&unit](Exchange::End end, const char *reply, LinkCause cause, ReplyFault fault = ReplyFault::None) {
+        unit.add({end, QByteArray::fromHex(reply), cause, fault, 1000, {}});
+    };
+    add(Exchange::Answered, "0000 0000 0005 01 03 02 0001", LinkCause::None);
+    add(Exchange::Answered, "0000 0000 0003 01 83 02", LinkCause::None);
+    add(Exchange::NoReply, "", LinkCause::Silent);
+    add(Exchange::NoReply, "", LinkCause::CutOff);
+    add(Exchange::NoReply, "", LinkCause::HeldBack, ReplyFault::OtherUnit);
+    add(Exchange::NoReply, "", LinkCause::Closed);
+    add(Exchange::NotSent, "", LinkCause::Refused);
+    add(Exchange::NoReply, "", LinkCause::Stopped);
     EXPECT_EQ(unit.requests, 6);
     EXPECT_EQ(unit.good, 1);
     EXPECT_EQ(unit.exceptions, (std::map<int, int>{{2, 1}}));
@@ -209,83 +181,23 @@ TEST(RoundTrips, PercentilesOfTheLastThousand)
 
 TEST(WriteOutcome, ClaimsOnlyWhatWasAcknowledged)
 {
-    struct
-    {
-        const char *what;
-        int requests, queued, merged, replaced, dropped;
-        ItemResult result; // served, ended, given up, may be done, failure
-        ExitCode code;
-        const char *text;
-    } const rows[] = {
-        {"all well", 1, 1, 0, 0, 0, {1, true, false, false, {}}, ExitDone, "acknowledged"},
-        {"no reply",
-         1,
-         1,
-         0,
-         0,
-         0,
-         {0, true, true, true, QStringLiteral("no reply")},
-         ExitOutcomeUnknown,
-         "outcome unknown: no reply; it may or may not have been carried out"},
-        {"read half of a bit write failed",
-         1,
-         1,
-         0,
-         0,
-         0,
-         {0, true, true, false, QStringLiteral("no reply")},
-         ExitFailed,
-         "not done: no reply"},
-        {"refused",
-         1,
-         1,
-         0,
-         0,
-         0,
-         {0, true, true, false, QStringLiteral("exception 2: x")},
-         ExitFailed,
-         "refused with exception 2: x"},
-        {"a time-out, then refused",
-         1,
-         1,
-         0,
-         0,
-         0,
-         {0, true, true, true, QStringLiteral("exception 2: x")},
-         ExitOutcomeUnknown,
+    using Row = std::tuple<int, int, bool, const char *, ExitCode, const char *>;
+    const Row rows[] = {
+        {1, 0, false, "no reply", ExitFailed, "not done: no reply"}, // to the read half of a bit write
+        {1, 0, true, "exception 2: x", ExitOutcomeUnknown,           // to the retry after a time-out
          "outcome unknown: exception 2: x; it may or may not have been carried out"},
-        {"refused in the middle",
-         3,
-         3,
-         0,
-         0,
-         0,
-         {1, true, true, false, QStringLiteral("exception 2: x")},
-         ExitFailed,
-         "1 of 3 requests acknowledged, then refused with exception 2: x"},
-        {"never sent", 1, 1, 0, 0, 0, {}, ExitFailed, "not done: stopped before it was sent"},
-        {"taken over", 1, 0, 0, 1, 0, {}, ExitDone, "replaced by a later write before it was sent"},
-        {"queue full half-way",
-         5,
-         3,
-         0,
-         0,
-         2,
-         {3, true, false, false, {}},
-         ExitFailed,
-         "3 of 5 requests acknowledged; 2 of 5 requests dropped, the queue is full"},
+        {3, 1, false, "exception 2: x", ExitFailed, "1 of 3 requests acknowledged, then refused with exception 2: x"},
+        {1, 0, false, "", ExitFailed, "not done: stopped before it was sent"},
     };
-    for (const auto &row : rows) {
+    for (const auto &[requests, served, mayBeDone, failure, code, text] : rows) {
         WriteItem item;
         item.variable = variable("hr:1");
-        item.requests = row.requests;
-        item.queued = row.queued;
-        item.merged = row.merged;
-        item.replaced = row.replaced;
-        item.dropped = row.dropped;
-        const WriteOutcome outcome = writeOutcome(item, row.result);
-        EXPECT_EQ(outcome.code, row.code) << row.what;
-        EXPECT_EQ(outcome.text.toStdString(), row.text) << row.what;
+        item.requests = item.queued = requests;
+        const bool isEnded = *failure;
+        const ItemResult result = {served, isEnded, isEnded, mayBeDone, QString::fromLatin1(failure)};
+        const WriteOutcome outcome = writeOutcome(item, result);
+        EXPECT_EQ(outcome.code, code) << text;
+        EXPECT_EQ(outcome.text.toStdString(), text);
     }
 }
 
