@@ -91,6 +91,7 @@ void CommunicationLoop::run()
             serve(*request);
     }
     running = nullptr;
+    m_connection = nullptr;
     m_state.noteEnd();
 }
 
