@@ -270,10 +270,10 @@ TEST_F(SessionTest, WhatASessionLeavesUnsentStaysUnsent)
 {
     open("hr:70");
     QByteArray value("\7\0", 2);
-    for (int item = 0; item < 3; ++item)
-        session->driver().setRegisterData(QString(), 5, QString::number(70 + item), 1, value, 1, panelHostId, item);
-    readOnce("hr:60");
-    EXPECT_EQ(session->station()->requests().size(), 1);
+    session->driver().setRegisterData(QString(), 5, QStringLiteral("70"), 1, value, 1, panelHostId, 0);
+    EXPECT_EQ(valuesOf(poll(3, "hr:60")), "60");
+    EXPECT_EQ(session->station()->requests().size(), 3);
+    EXPECT_EQ(registerOf(1, 70), 70);
 }
 
 TEST_F(SessionTest, RemoteFramesReadBitsAndWrite)
