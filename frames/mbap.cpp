@@ -17,10 +17,12 @@ void putHighFirst(char *to, int value)
     to[1] = static_cast<char>(value & 0xFF);
 }
 
-/// The twelve bytes that all requests have; `size` is that of the whole request.
+/// The twelve bytes that all requests have, with room for the `size` bytes of the whole request.
 QByteArray frame(int size, int station, FunctionCode function, int address, int value)
 {
-    QByteArray bytes(RequestLength, '\0');
+    QByteArray bytes;
+    bytes.reserve(size);
+    bytes.fill('\0', RequestLength);
     char *at = bytes.data();
     putHighFirst(at + LengthHigh, size - LengthFieldEnd);
     at[Unit] = static_cast<char>(station & 0xFF);
@@ -46,7 +48,6 @@ QByteArray writeTurned(int station, int address, int registers, const QByteArray
     const int count = qMax(0, qMin(groups, hostData.size() / group));
     const int size = RegisterData + count * group;
     QByteArray bytes = frame(size, station, WriteMultipleRegisters, address, registers);
-    bytes.reserve(size);
     bytes.append(static_cast<char>((static_cast<unsigned>(registers) * 2) & 0xFF));
     bytes.append(hostData.constData(), count * group);
     turnEach<group>(bytes.data() + RegisterData, count);
