@@ -102,13 +102,13 @@ QString readStation(const QCommandLineParser &parser, StationOptions *station)
 }
 } // namespace
 
-std::optional<CommandLine> readCommandLine(const QStringList &words, QString *error)
+std::optional<StationCommandLine> readCommandLine(const QStringList &words, QString *error)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(QLatin1String(description));
     addOptions(parser);
 
-    CommandLine line;
+    StationCommandLine line;
     if (!parser.parse(words))
         *error = parser.errorText();
     else if (!parser.positionalArguments().isEmpty())

@@ -8,7 +8,7 @@
 
 #include <optional>
 
-struct CommandLine
+struct StationCommandLine
 {
     StationOptions station;
     QString answer; ///< not empty: print this and end, the help or the version was asked for
@@ -16,4 +16,4 @@ struct CommandLine
 
 /// Reads the words behind and including the program's name. Nothing, with one line in *error, when any is
 /// wrong.
-std::optional<CommandLine> readCommandLine(const QStringList &words, QString *error);
+std::optional<StationCommandLine> readCommandLine(const QStringList &words, QString *error);

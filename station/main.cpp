@@ -42,7 +42,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationVersion(QStringLiteral(MODBUS_VERSION));
 
     QString error;
-    const std::optional<CommandLine> line = readCommandLine(QCoreApplication::arguments(), &error);
+    const std::optional<StationCommandLine> line = readCommandLine(QCoreApplication::arguments(), &error);
     if (!line)
         return fail(ExitUsage, error);
     if (!line->answer.isEmpty()) {
