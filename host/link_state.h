@@ -3,16 +3,16 @@
 /// The link to a station as a state machine, without the socket: time (milliseconds of any steady clock) goes
 /// in with the events. Used by Connection on the communication thread.
 ///
-///     state       event                                       next
-///     Connecting  opened                                      Up
-///     Connecting  lost (refused, not reached)                 BackingOff
-///     Up          sent                                        Waiting
-///     Waiting     answered                                    Up, the back-off starts again from its first
-///     delay Waiting     drained (quiet again after a time-out)      Up Up, Waiting lost for silence, whole
-///     or in mid-reply     Connecting: the time-out was delay enough Up, Waiting lost otherwise, after an
-///     answer             Connecting: a first reopening costs nothing Up, Waiting lost otherwise, no answer
-///     since it opened   BackingOff: the peer takes and drops connections BackingOff  its delay is over
-///     Connecting
+///     state        event                                     next
+///     Connecting   opened                                    Up
+///     Connecting   lost (refused, not reached)               BackingOff
+///     Up           sent                                      Waiting
+///     Waiting      answered                                  Up, the back-off starts anew
+///     Waiting      drained (quiet again after a time-out)    Up
+///     Up, Waiting  lost for silence, whole or in mid-reply   Connecting: the time-out was delay enough
+///     Up, Waiting  lost otherwise, after an answer           Connecting: a first reopening costs nothing
+///     Up, Waiting  lost otherwise, no answer since opened    BackingOff: a peer that takes and drops links
+///     BackingOff   its delay is over                         Connecting
 ///
 /// Each BackingOff doubles the delay, up to the longest.
 
