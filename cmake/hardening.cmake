@@ -1,0 +1,22 @@
+# SPDX-License-Identifier: MIT
+# Release builds stop at an overrun stack or buffer instead of going on with it, and nothing can redirect their
+# calls into other libraries. Builds with sanitizers see more themselves, and are left alone.
+if(MODBUS_SANITIZE)
+  return()
+endif()
+
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX) # programs are linked as such too, not only compiled
+
+set(hardening -fstack-protector-strong)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
+  list(APPEND hardening -fstack-clash-protection -fcf-protection)
+endif()
+# The C library checks the sizes of buffers in optimised code only. Whoever packages this may ask for another level.
+if(NOT CMAKE_CXX_FLAGS MATCHES "_FORTIFY_SOURCE")
+  list(APPEND hardening -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
+endif()
+
+set(released $<OR:$<CONFIG:Release>,$<CONFIG:RelWithDebInfo>,$<CONFIG:MinSizeRel>>)
+target_compile_options(modbus_flags INTERFACE "$<${released}:${hardening}>")
+target_link_options(modbus_flags INTERFACE "$<${released}:-Wl,-z,relro,-z,now>")
