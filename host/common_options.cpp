@@ -65,7 +65,8 @@ void addLinkOptions(CommandLine *line, const char *retries)
                     retries);
     line->addOption("after-timeout",
                     QStringLiteral("What happens before the next request: reconnect, or drain (for serial "
-                                   "gateways): read and throw away until nothing comes for --timeout."),
+                                   "gateways): read and throw away until nothing comes for --timeout, and "
+                                   "reconnect only if the late reply was not among it."),
                     "POLICY", "reconnect");
     line->addOption("gap", QStringLiteral("Milliseconds between a reply and the next request."), "MS", "0");
     line->addOption("block",

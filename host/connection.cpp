@@ -79,6 +79,8 @@ void Connection::settle(Aftermath *before)
         drain();
         before->lateReplies += takeLate();
         m_framing.clear();
+        if (before->lateReplies == 0 && isConnected())
+            lose(m_suspect); // what is missing may come yet, and would look like the next answer
     } else if (m_suspect != LinkCause::None) {
         lose(m_suspect);
     }

@@ -6,7 +6,7 @@
 /// Every request carries transaction 0, so nothing but order ties a reply to its request. After anything that
 /// puts this order in doubt (no reply in time, half a reply, a reply that cannot be the answer, one more than
 /// was asked for) the stream is suspect, and before anything else is sent it is either dropped and opened
-/// anew or, for serial gateways, read empty until it is quiet.
+/// anew or, for serial gateways, read empty until it is quiet; dropped all the same if no late reply came.
 
 #pragma once
 
@@ -27,7 +27,7 @@ struct ConnectionOptions
     quint16 port = 0;
     int timeoutMs = 1000; ///< for a connection, and from a request to the end of its reply
     int gapMs = 0;        ///< from the end of an exchange to the next request
-    bool drain = false;   ///< read a suspect stream empty instead of dropping it
+    bool drain = false;   ///< read a suspect stream until the late reply has come, instead of dropping it
     bool remote = false;  ///< frames tell no length: a reply is as long as the driver expects
     BackOffTimes backOff;
 };
