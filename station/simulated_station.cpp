@@ -53,11 +53,6 @@ void SimulatedStation::stopListening()
 {
     m_absence.stop();
     m_server.close();
-    dropConnections();
-}
-
-void SimulatedStation::dropConnections()
-{
     const QList<StationConnection *> connections = findChildren<StationConnection *>();
     for (StationConnection *connection : connections)
         connection->drop();

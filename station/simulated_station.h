@@ -42,8 +42,6 @@ public:
     /// The port that is or was listened on; 0 before the first time.
     quint16 port() const { return m_port; }
 
-    /// Ends every connection at once.
-    void dropConnections();
     /// Replaces the faults; their counting starts anew. In remote mode those that alter Modbus frames do
     /// nothing.
     void setFaults(const QList<Fault> &faults) { m_options.faults = faults; }

@@ -64,11 +64,6 @@ void StationThread::setFaults(const QList<Fault> &faults)
     inThread([&] { m_station->setFaults(faults); });
 }
 
-void StationThread::dropConnections()
-{
-    inThread([this] { m_station->dropConnections(); });
-}
-
 void StationThread::stopListening()
 {
     inThread([this] { m_station->stopListening(); });

@@ -34,8 +34,6 @@ public:
     QList<QByteArray> requests() const;
     /// Replaces the faults; their counting starts anew.
     void setFaults(const QList<Fault> &faults);
-    /// Ends every connection at once; masters may connect again.
-    void dropConnections();
     /// Refuses connections, and ends those there are, until listenAgain. Tables and faults stay.
     void stopListening();
     /// Listens on the same port again. False, with one line in *error, when someone else has it.

@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QtCore/QElapsedTimer>
 #include <QtCore/QProcess>
 #include <QtNetwork/QTcpSocket>
 
@@ -27,11 +26,6 @@ std::string text(const QByteArray &heard)
     const int closed = heard.indexOf("closed");
     return bytes(heard.mid(0, closed)).toHex(' ').toStdString() + (closed < 0 ? "" : " closed");
 }
-QList<Fault> faults(const char *fault)
-{
-    return *parseFaults({QLatin1String(fault)}, nullptr);
-}
-
 struct Exchange
 {
     const char *name, *request, *reply;
@@ -103,6 +97,7 @@ protected:
     }
     void SetUp() override { start(); }
 
+    void befall(const char *fault) { station->setFaults({*parseFault(QLatin1String(fault), nullptr)}); }
     std::string ask(const QByteArray &request) { return Master(station->port(), m_probe).ask(request); }
     void expectReply(const Exchange &row)
     {
@@ -115,11 +110,11 @@ protected:
     std::unique_ptr<StationThread> station;
 };
 
+// Limits of quantity and value are judged by Qt's server class.
 const Exchange exchanges[] = {
     {"coils, every third on", "1234 0000 0006 01 01 0000 000A", "1234 0000 0005 01 01 02 49 02"},
     {"discrete inputs, every fifth on", "0000 0000 0006 01 02 0000 0008", "0000 0000 0004 01 02 01 21"},
     {"input registers ten thousand more", "0001 0000 0006 01 04 0002 0001", "0001 0000 0005 01 04 02 2712"},
-    {"last register", "0001 0000 0006 01 03 FFFF 0001", "0001 0000 0005 01 03 02 FFFF"},
     {"one coil on", "0001 0000 0006 01 05 0001 FF00", "0001 0000 0006 01 05 0001 FF00"},
     {"one register", "0001 0000 0006 01 06 0064 1234", "0001 0000 0006 01 06 0064 1234"},
     {"coils", "0001 0000 0008 01 0F 0008 0003 01 05", "0001 0000 0006 01 0F 0008 0003"},
@@ -131,15 +126,9 @@ const Exchange exchanges[] = {
     {"write before read in one request", "0001 0000 000D 01 17 0068 0002 0069 0001 02 BEEF", "0001 0000 0007 01 17 04 0068 BEEF"},
     {"no such unit", "0001 0000 0006 03 03 0000 0001", ""},
     {"broadcast read", "0001 0000 0006 00 03 0000 0001", ""},
-    {"no registers", "0001 0000 0006 01 03 0000 0000", "0001 0000 0003 01 83 03"},
-    {"126 registers", "0001 0000 0006 01 04 0000 007E", "0001 0000 0003 01 84 03"},
-    {"2001 bits", "0001 0000 0006 01 01 0000 07D1", "0001 0000 0003 01 81 03"},
     {"past the last register", "0001 0000 0006 01 03 FFFF 0002", "0001 0000 0003 01 83 02"},
-    {"coil value neither on nor off", "0001 0000 0006 01 05 0000 1234", "0001 0000 0003 01 85 03"},
-    {"byte count that disagrees with the quantity", "0001 0000 0009 01 10 0000 0002 02 0001", "0001 0000 0003 01 90 03"},
     {"fewer bytes than the byte count", "0001 0000 0009 01 10 0000 0002 04 0001", "0001 0000 0003 01 90 03"},
     {"read with an extra byte", "0001 0000 0007 01 03 0000 0001 00", "0001 0000 0003 01 83 03"},
-    {"unknown function", "0001 0000 0002 01 63", "0001 0000 0003 01 E3 01"},
     {"serial-line function", "0001 0000 0006 01 08 0000 0000", "0001 0000 0003 01 88 01"},
     {"protocol identifier", "0001 0001 0006 01 03 0000 0001", "closed"},
     {"length of a lone unit", "0001 0000 0001 01", "closed"},
@@ -154,15 +143,6 @@ TEST_F(Station, AnswersEachRequestAsTheProtocolSays)
         expectReply(row);
 }
 
-TEST_F(Station, PutsRequestsTogetherFromSingleBytes)
-{
-    Master master(station->port());
-    master.socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    for (const char byte : bytes(readFive))
-        master.send(QByteArray(1, byte).toHex());
-    EXPECT_EQ(master.ask(""), text("0001 0000 0005 01 03 02 0005"));
-}
-
 TEST_F(Station, AnswersPipelinedRequestsInOrderForAMasterThatReadsLate)
 {
     const int count = 2000; // half a megabyte of replies
@@ -174,35 +154,6 @@ TEST_F(Station, AnswersPipelinedRequestsInOrderForAMasterThatReadsLate)
     EXPECT_EQ(station->requests().last(), bytes(modbusProbe.request));
 }
 
-TEST_F(Station, CarriesABroadcastOutAtEveryUnit)
-{
-    EXPECT_EQ(ask("0001 0000 0006 00 06 0064 BEEF"), "");
-    for (const int unit : {1, 2, 5})
-        EXPECT_EQ(holding(unit, 100), 0xBEEF) << unit;
-}
-
-TEST_F(Station, ShowsMastersTheValuesSetByItsOwner)
-{
-    station->setValue(2, QModbusDataUnit::InputRegisters, 3, 0xABCD);
-    station->setValue(2, QModbusDataUnit::Coils, 1, 5);
-    EXPECT_EQ(ask("0001 0000 0006 02 04 0003 0001  0002 0000 0006 02 01 0000 0003"),
-              text("0001 0000 0005 02 04 02 ABCD  0002 0000 0004 02 01 01 03"));
-    EXPECT_EQ(station->value(2, QModbusDataUnit::Coils, 1), 1);
-}
-
-TEST_F(Station, ComesBackOnItsPortWithItsTables)
-{
-    Master before(station->port());
-    before.ask("0001 0000 0006 01 06 0064 0007");
-    station->dropConnections();
-    EXPECT_EQ(before.endingError(), 0);
-    station->stopListening();
-    EXPECT_FALSE(Master(station->port()).connected);
-    QString error;
-    ASSERT_TRUE(station->listenAgain(&error)) << qPrintable(error);
-    EXPECT_EQ(ask("0001 0000 0006 01 03 0064 0001"), text("0001 0000 0005 01 03 02 0007"));
-}
-
 TEST_F(Station, CannotShareItsPort)
 {
     StationOptions options;
@@ -212,19 +163,11 @@ TEST_F(Station, CannotShareItsPort)
     EXPECT_TRUE(error.contains(QString::number(options.port))) << qPrintable(error);
 }
 
-// The reply without the fault is 0001 0000 0005 01 03 02 0005.
+// Faults befall the reply; only an exception takes the place of what was asked for.
 const Exchange faultRows[] = {
-    {"silence@nth=1", readFive, ""},
     {"cut=5@nth=1", readFive, "0001 0000 00"},
-    {"double@nth=1", readFive, "0001 0000 0005 01 03 02 0005  0001 0000 0005 01 03 02 0005"},
-    {"unit=9@nth=1", readFive, "0001 0000 0005 09 03 02 0005"},
     {"length=+2@nth=1", readFive, "0001 0000 0007 01 03 02 0005"},
-    {"length=-1@nth=1", readFive, "0001 0000 0004 01 03 02 0005"},
     {"length=0xFFFF@nth=1", readFive, "0001 0000 FFFF 01 03 02 0005"},
-    {"protocol=1@nth=1", readFive, "0001 0001 0005 01 03 02 0005"},
-    {"transaction=7@nth=1", readFive, "0007 0000 0005 01 03 02 0005"},
-    {"function=4@nth=1", readFive, "0001 0000 0005 01 04 02 0005"},
-    {"exception=2@nth=1", readFive, "0001 0000 0003 01 83 02"},
     {"silence@unit=2,function=3", "0001 0000 0006 02 03 0005 0001  0002 0000 0006 02 04 0000 0001",
      "0002 0000 0005 02 04 02 2710"},
     {"silence@every=2", "0001 0000 0006 02 03 0005 0001  0002 0000 0006 02 03 0000 0001", "0001 0000 0005 02 03 02 0005"},
@@ -235,39 +178,23 @@ const Exchange faultRows[] = {
     {"exception=2@address=9-11", "0001 0000 0006 01 03 000C 0001", "0001 0000 0005 01 03 02 000C"},
     {"exception=2@address=0x65", "0001 0000 000D 01 17 0064 0001 0065 0001 02 BEEF", "0001 0000 0003 01 97 02"},
     {"exception=11@unit=3", "0001 0000 0006 03 03 0005 0001", "0001 0000 0003 03 83 0B"},
+    {"silence@function=6", "0001 0000 0006 01 06 0064 0007  0002 0000 0006 01 03 0064 0001", "0002 0000 0005 01 03 02 0007"},
+    {"exception=4@function=6", "0001 0000 0006 01 06 0064 0008  0002 0000 0006 01 03 0064 0001",
+     "0001 0000 0003 01 86 04  0002 0000 0005 01 03 02 0007"},
     {"exception=4@unit=0", "0001 0000 0006 00 06 0005 0001", ""},
 };
 
 TEST_F(Station, HasFaultsOnDemand)
 {
     for (const Exchange &row : faultRows) {
-        station->setFaults(faults(row.name));
+        befall(row.name);
         expectReply(row);
     }
 }
 
-TEST_F(Station, FaultsBefallTheReplyNotTheWrite)
-{
-    station->setFaults(faults("silence@nth=1"));
-    ask("0001 0000 0006 01 06 0064 0007");
-    EXPECT_EQ(holding(1, 100), 7);
-    station->setFaults(faults("exception=4@nth=1"));
-    ask("0001 0000 0006 01 06 0064 0008");
-    EXPECT_EQ(holding(1, 100), 7);
-}
-
-TEST_F(Station, DelaysAReplyAndThoseBehindIt)
-{
-    station->setFaults(faults("delay=100@nth=1"));
-    QElapsedTimer timer;
-    timer.start();
-    EXPECT_EQ(ask(readFive), text("0001 0000 0005 01 03 02 0005"));
-    EXPECT_GE(timer.elapsed(), 100);
-}
-
 TEST_F(Station, GluesAReplyToTheNextOne)
 {
-    station->setFaults(faults("glue@nth=1"));
+    befall("glue@nth=1");
     Master master(station->port());
     master.send("0001 0000 0006 01 03 0005 0001  0001 0000 0006 03 03 0005 0001");
     EXPECT_FALSE(master.socket.waitForReadyRead(200));
@@ -279,7 +206,7 @@ TEST_F(Station, GluesAReplyToTheNextOne)
 TEST_F(Station, EndsAConnectionInBothWays)
 {
     for (const auto &[fault, error] : {std::pair{"close", 0}, std::pair{"reset", ECONNRESET}}) {
-        station->setFaults(faults(fault));
+        befall(fault);
         Master master(station->port());
         master.send(modbusProbe.request);
         EXPECT_EQ(master.endingError(), error) << fault;
@@ -288,17 +215,11 @@ TEST_F(Station, EndsAConnectionInBothWays)
 
 TEST_F(Station, RefusesConnectionsForAWhile)
 {
-    Master master(station->port());
     Master bystander(station->port());
     bystander.ask("");
-    station->setFaults(faults("refuse=3600"));
-    master.send(modbusProbe.request);
-    EXPECT_EQ(bystander.endingError(), 0);
-    EXPECT_FALSE(Master(station->port()).connected);
-
-    start();
-    station->setFaults(faults("refuse=1@nth=1"));
+    befall("refuse=1@nth=1");
     EXPECT_EQ(ask(""), " closed");
+    EXPECT_EQ(bystander.endingError(), 0);
     while (!Master(station->port()).connected)
         QThread::msleep(10);
     EXPECT_EQ(ask(""), "");
@@ -367,8 +288,7 @@ TEST(ChangingValues, MoveUntilSomeoneElseWrites)
     for (int address = 0; address < 9; ++address)
         EXPECT_EQ(unit.at(QModbusDataUnit::HoldingRegisters, address), expected[address]) << address;
     EXPECT_EQ(unit.at(QModbusDataUnit::InputRegisters, 0), 25);
-    EXPECT_EQ(unit.at(QModbusDataUnit::Coils, 3), 1);
-    EXPECT_EQ(unit.at(QModbusDataUnit::DiscreteInputs, 2), 0);
+    EXPECT_EQ(unit.at(QModbusDataUnit::Coils, 3), 1) << "the counter's bit";
 
     unit.set(QModbusDataUnit::HoldingRegisters, 5, 1);
     values.step();
