@@ -63,20 +63,21 @@ void readStationBits(const StationRead &read, int bits, int unit, QByteArray &ou
     if (count < 1)
         return;
     char *to = grown(out, count);
+    image::StationRun run(read.station, read.area);
     const QByteArray *value = nullptr;
     for (int i = 0; i < count; ++i) {
         const qint64 bit = read.address + i;
         const int offset = static_cast<int>(bit % bits);
         if (!value || offset == 0)
-            value = &image::stationValue(read.station, read.area, wrapped((bit - offset) / unit));
+            value = &run.value(wrapped((bit - offset) / unit));
         const int byte = offset / 8;
         to[i] = value->size() > byte && (value->at(byte) >> (offset % 8) & 1) != 0;
     }
 }
 
-void copyRegister(const StationRead &read, int offset, char *to)
+void copyRegister(image::StationRun *run, qint64 address, char *to)
 {
-    const QByteArray &value = image::stationValue(read.station, read.area, wrapped(read.address + offset));
+    const QByteArray &value = run->value(wrapped(address));
     const bool known = value.size() >= 2;
     to[0] = known ? value.at(0) : '\0';
     to[1] = known ? value.at(1) : '\0';
@@ -87,8 +88,9 @@ void readStationRegisters(const StationRead &read, QByteArray &out, int count)
     if (count < 1)
         return;
     char *to = grown(out, 2 * count);
+    image::StationRun run(read.station, read.area);
     for (int k = 0; k < count; ++k)
-        copyRegister(read, k, to + 2 * k);
+        copyRegister(&run, read.address + k, to + 2 * k);
 }
 
 /// A single register gives nothing here, unlike in the shared image.
@@ -98,9 +100,10 @@ void readStationPairs(const StationRead &read, QByteArray &out, int count)
         return;
     const int pairs = count / 2;
     char *to = grown(out, 4 * pairs);
+    image::StationRun low(read.station, read.area, 2), high(read.station, read.area, 2);
     for (int j = 0; j < pairs; ++j) {
-        copyRegister(read, 2 * j + 1, to + 4 * j);
-        copyRegister(read, 2 * j, to + 4 * j + 2);
+        copyRegister(&low, read.address + 2 * j + 1, to + 4 * j);
+        copyRegister(&high, read.address + 2 * j, to + 4 * j + 2);
     }
 }
 
@@ -135,7 +138,7 @@ void readStation(int area, int address, int station, QByteArray &out, int count)
 
 int GetRegisterData(int, int area, QString addressText, int station, QByteArray &out, int count)
 {
-    const int address = StringAddressToInt(area, addressText);
+    const int address = varlists::addressOf(area, addressText);
     if (address < 0)
         return 0;
     QMutexLocker lock(&PLC_driver.imageMutex);

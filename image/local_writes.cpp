@@ -10,6 +10,8 @@
 
 #include <QtCore/QMutexLocker>
 
+#include <cstring>
+
 using arithmetic::wrapped;
 
 namespace {
@@ -43,12 +45,13 @@ char withBit(char byte, int mask, bool on)
 /// Any byte but 1 clears. Every bit's record is made, also where data is too short to write it.
 void writeStationCoils(const RW_VAR &var)
 {
+    image::StationRun run(var.station, AreaCoils);
     const int count = qMin(var.dataLength, int(image::bitCount));
     for (int i = 0; i < count; ++i) {
         const qint64 bit = qint64(var.startAddress) + i;
         if (bit < 0)
             continue;
-        QByteArray &value = image::stationValue(var.station, AreaCoils, wrapped(bit & ~qint64(7)));
+        QByteArray &value = run.value(wrapped(bit & ~qint64(7)));
         if (value.isEmpty() || i >= var.data.size())
             continue;
         value[0] = withBit(value.at(0), 1 << (bit % 8), var.data.at(i) == 1);
@@ -63,10 +66,11 @@ void writeStationRegisterBits(const RW_VAR &var)
         return;
     const int byte = var.startAddress % 16 / 8;
     const int mask = 1 << (var.startAddress % 8);
+    image::StationRun run(var.station, AreaHoldingRegisters);
     const int count = qMin(var.dataLength, int(image::registerBits));
     for (int i = 0; i < count; ++i) {
         const qint64 reg = (qint64(var.startAddress) + i) / 16;
-        QByteArray &value = image::stationValue(var.station, AreaHoldingRegisters, wrapped(reg));
+        QByteArray &value = run.value(wrapped(reg));
         if (value.size() < 2 || i >= var.data.size())
             continue;
         const char wanted = var.data.at(i);
@@ -76,28 +80,34 @@ void writeStationRegisterBits(const RW_VAR &var)
 }
 
 /// Registers below address 0 are not written.
-void setStationRegister(const RW_VAR &var, qint64 reg, int dataIndex)
+void setStationRegister(image::StationRun *run, qint64 reg, const char *from)
 {
-    if (reg >= 0)
-        image::stationValue(var.station, AreaHoldingRegisters, wrapped(reg)) = var.data.mid(dataIndex, 2);
+    if (reg < 0)
+        return;
+    QByteArray &value = run->value(wrapped(reg));
+    if (value.size() != 2)
+        value.resize(2);
+    std::memcpy(value.data(), from, 2);
 }
 
 void writeStationRegisters(const RW_VAR &var)
 {
     const int count = qMin(var.dataLength, var.data.size() / 2);
+    image::StationRun run(var.station, AreaHoldingRegisters);
     for (int k = 0; k < count; ++k)
-        setStationRegister(var, qint64(var.startAddress) + k, 2 * k);
+        setStationRegister(&run, qint64(var.startAddress) + k, var.data.constData() + 2 * k);
 }
 
 void writeStationPairs(const RW_VAR &var)
 {
     const int count = qMin(var.dataLength / 2, var.data.size() / 4);
+    image::StationRun low(var.station, AreaHoldingRegisters, 2), high(var.station, AreaHoldingRegisters, 2);
     for (int j = 0; j < count; ++j) {
-        const qint64 high = qint64(var.startAddress) + 2 * j;
-        if (high < 0)
+        const qint64 first = qint64(var.startAddress) + 2 * j;
+        if (first < 0)
             continue;
-        setStationRegister(var, high + 1, 4 * j);
-        setStationRegister(var, high, 4 * j + 2);
+        setStationRegister(&low, first + 1, var.data.constData() + 4 * j);
+        setStationRegister(&high, first, var.data.constData() + 4 * j + 2);
     }
 }
 

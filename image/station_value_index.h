@@ -43,6 +43,7 @@ struct StationValueIndex
     QHash<StationValueKey, int> positions;
     int indexed = 0;
     StationValueLandmark first, last;
+    bool distinct = true; ///< no key was met twice, so any record with a key is the first with it
 };
 
 /// \endcond

@@ -41,7 +41,9 @@ void indexTail(StationValueIndex *index, const QList<EXTENDVAR> &list)
         return;
     for (; index->indexed < list.size(); ++index->indexed) {
         const StationValueKey key = keyOf(list.at(index->indexed));
-        if (!index->positions.contains(key))
+        if (index->positions.contains(key))
+            index->distinct = false;
+        else
             index->positions.insert(key, index->indexed);
     }
     index->first = landmark(list.at(0));
@@ -76,6 +78,15 @@ int findIndexed(const StationValueIndex &index, const QList<EXTENDVAR> &list, co
 {
     const int position = index.positions.value(key, -1);
     return position >= 0 && keyOf(list.at(position)) == key ? position : -1;
+}
+
+/// True when the record of this key is known to be the one at this position.
+bool liesAt(int position, const StationValueKey &key)
+{
+    const StationValueIndex &index = PLC_driver.extendIndex;
+    const QList<EXTENDVAR> &list = PLC_driver.extendList;
+    return position < list.size() && index.distinct && index.indexed == list.size() &&
+           keyOf(list.at(position)) == key;
 }
 
 /// The position of the first record of this key, or -1.
@@ -113,10 +124,12 @@ int ExtendFindSameVar(int station, int area, int address)
 
 namespace image {
 
-QByteArray &stationValue(int station, int area, int address)
+QByteArray &StationRun::value(int address)
 {
-    const int index = ExtendFindSameVar(station, area, address);
-    return PLC_driver.extendList[index].value;
+    const StationValueKey key = {m_station, m_area, address};
+    const bool asExpected = m_position >= 0 && liesAt(m_position + m_stride, key);
+    m_position = asExpected ? m_position + m_stride : ExtendFindSameVar(m_station, m_area, address);
+    return PLC_driver.extendList[m_position].value;
 }
 
 } // namespace image

@@ -17,7 +17,20 @@ MODBUS_API int ExtendFindSameVar(int station, int area, int address);
 
 namespace image {
 
-/// The value of that record, made when absent. The reference holds until extendList changes.
-QByteArray &stationValue(int station, int area, int address);
+/// The values of one station and area, asked for one after the other. What one reply or one panel made lies
+/// side by side in extendList, so the index is asked for the first and seldom for the rest.
+class StationRun
+{
+public:
+    /// The record of the next value is expected `stride` records after the one before.
+    StationRun(int station, int area, int stride = 1) : m_station(station), m_area(area), m_stride(stride) {}
+
+    /// The value of a record, made when absent. The reference holds until extendList changes.
+    QByteArray &value(int address);
+
+private:
+    const int m_station, m_area, m_stride;
+    int m_position = -1; // of the record asked for last
+};
 
 } // namespace image
