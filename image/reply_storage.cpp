@@ -41,11 +41,27 @@ private:
     }
 };
 
+static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "turning registers round makes them native");
+
+/// Registers high byte first to native ones; four at a time as long as there are so many.
+void fromWire(quint16 *to, const uchar *from, int count)
+{
+    const quint64 lowBytes = Q_UINT64_C(0x00FF00FF00FF00FF);
+    for (; count >= 4; count -= 4, to += 4, from += 8) {
+        quint64 four;
+        std::memcpy(&four, from, sizeof four);
+        four = (four & lowBytes) << 8 | (four >> 8 & lowBytes);
+        std::memcpy(to, &four, sizeof four);
+    }
+    for (; count > 0; --count, ++to, from += 2)
+        *to = static_cast<quint16>(from[0] << 8 | from[1]);
+}
+
 void storeRegisters(const ReplyData &data, int start, quint16 *regs)
 {
     const image::Inside inside(start, data.registersPresent, image::registerCount);
-    for (int k = inside.first; k < inside.end; ++k)
-        regs[start + k] = data.reg(k);
+    if (inside.first < inside.end)
+        fromWire(regs + (start + inside.first), data.bytes + 2 * inside.first, inside.end - inside.first);
 }
 
 void storeInImage(QByteArray *reply, int area)
@@ -84,25 +100,34 @@ void stretchLastTouched(QByteArray *touched, int size)
         std::memset(touched->data() + had, 0, static_cast<std::size_t>(size - had));
 }
 
+/// A value mostly has the size already that the last reply gave it.
+void setSize(QByteArray *value, int size)
+{
+    if (value->size() != size)
+        value->resize(size);
+}
+
 void storeStationBits(const ReplyData &data, const RW_VAR &var)
 {
+    image::StationRun run(var.station, var.area);
     QByteArray *value = nullptr;
     const int groups = qMin(data.byteCount, int(image::bitBytes));
     for (int j = 0; j < groups; ++j) {
-        value = &image::stationValue(var.station, var.area, wrapped(var.startAddress + qint64(8) * j));
-        value->resize(j < data.bytesPresent ? 1 : 0);
+        value = &run.value(wrapped(var.startAddress + qint64(8) * j));
+        setSize(value, j < data.bytesPresent ? 1 : 0);
         if (j < data.bytesPresent)
-            (*value)[0] = static_cast<char>(data.bytes[j]);
+            *value->data() = static_cast<char>(data.bytes[j]);
     }
     stretchLastTouched(value, data.byteCount);
 }
 
 void storeStationRegisters(const ReplyData &data, const RW_VAR &var, int area)
 {
+    image::StationRun run(var.station, area);
     QByteArray *value = nullptr;
     for (int k = 0; k < data.registerCount; ++k) {
-        value = &image::stationValue(var.station, area, wrapped(qint64(var.startAddress) + k));
-        value->resize(k < data.registersPresent ? 2 : 0);
+        value = &run.value(wrapped(qint64(var.startAddress) + k));
+        setSize(value, k < data.registersPresent ? 2 : 0);
         if (k >= data.registersPresent)
             continue;
         char *to = value->data();
