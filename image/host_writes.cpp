@@ -75,7 +75,7 @@ int queueWrite(RW_VAR *var, int address, const QByteArray &value, int count)
 int SetRegisterData(QString tagText, int area, QString addressText, int station, QByteArray &value, int count,
                     int hostId, int hostItem)
 {
-    const int address = StringAddressToInt(area, addressText);
+    const int address = varlists::addressOf(area, addressText);
     if (address < 0)
         return 0;
     const CommSettings &settings = *PLC_driver.comInfo;

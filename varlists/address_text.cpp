@@ -48,14 +48,23 @@ int registerAndBit(const QString &text)
 
 } // namespace
 
-int StringAddressToInt(int area, QString addressText)
+namespace varlists {
+
+int addressOf(int area, const QString &text)
 {
     if (area == AreaInputRegisterBit || area == AreaHoldingRegisterBit)
-        return registerAndBit(addressText);
-    return number(addressText, 0, addressText.size());
+        return registerAndBit(text);
+    return number(text, 0, text.size());
+}
+
+} // namespace varlists
+
+int StringAddressToInt(int area, QString addressText)
+{
+    return varlists::addressOf(area, addressText);
 }
 
 int PLCAddressChangeIntef(int area, QString addressText)
 {
-    return StringAddressToInt(area, addressText);
+    return varlists::addressOf(area, addressText);
 }

@@ -13,6 +13,13 @@
 /// range is checked: bit 16 is bit 0 of the next register, negative numbers stay negative.
 MODBUS_API int StringAddressToInt(int area, QString addressText);
 
+namespace varlists {
+
+/// StringAddressToInt without a copy of the text.
+int addressOf(int area, const QString &text);
+
+} // namespace varlists
+
 extern "C" {
 
 /// StringAddressToInt for hosts.

@@ -91,7 +91,7 @@ int AddListOnceReadVar(RW_VAR *var, int mode)
         PLC_driver.onceReadList.append(*var);
         return PLC_driver.onceReadList.size();
     }
-    const int address = StringAddressToInt(var->area, var->addressText);
+    const int address = varlists::addressOf(var->area, var->addressText);
     if (address < 0)
         return 0;
     const CommSettings &settings = *PLC_driver.comInfo;
