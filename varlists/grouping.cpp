@@ -3,32 +3,16 @@
 
 #include "pieces.h"
 #include "read_list.h"
+#include "run_merge.h"
 
 #include "../driver/arithmetic.h"
 #include "../driver/driver_object.h"
 
 #include <algorithm>
 
-using arithmetic::ceilDiv;
-using arithmetic::saturated;
+using varlists::RunMerge;
 
 namespace {
-
-/// A run of bits or registers, in 64 bits so that no end overflows.
-struct Run
-{
-    qint64 start, end;
-};
-
-Run runOf(const RW_VAR &var)
-{
-    return {var.startAddress, qint64(var.startAddress) + var.dataLength};
-}
-
-bool liesInside(const Run &run, const Run &group)
-{
-    return run.start < group.end && run.end <= group.end;
-}
 
 /// Widens the request that was appended last.
 void widen(int count, int length)
@@ -37,27 +21,17 @@ void widen(int count, int length)
         PLC_driver.readList[count - 1].dataLength = length;
 }
 
-/// The merge of registers (element 1) and of bits in whole bytes (element 8). `limit`, `start` and
-/// runs count registers or bits, requests count registers or bytes.
-int merge(const QList<RW_VAR> &sorted, int limit, int count, int element)
+int appendRequests(const QList<RW_VAR> &sorted, RunMerge merge, int count)
 {
-    Run group = {0, 0};
     for (int i = 0; i < sorted.size(); ++i) {
-        const Run run = runOf(sorted.at(i));
-        if (i > 0 && liesInside(run, group))
-            continue;
-        const bool joins = i > 0 && run.end - group.start <= limit;
-        if (!joins)
-            group.start = run.start & ~qint64(element - 1);
-        const qint64 length = ceilDiv(run.end - group.start, element);
-        group.end = group.start + length * element;
-        if (joins) {
-            widen(count, saturated(length));
-            continue;
-        }
         RW_VAR request = sorted.at(i);
-        request.startAddress = saturated(group.start);
-        request.dataLength = saturated(length);
+        const RunMerge::Effect effect = merge.take(request.startAddress, request.dataLength);
+        if (effect == RunMerge::Widens)
+            widen(count, merge.length());
+        if (effect != RunMerge::Opens)
+            continue;
+        request.startAddress = merge.start();
+        request.dataLength = merge.length();
         AddListReadVar(&request);
         ++count;
     }
@@ -91,10 +65,10 @@ void Bubble_Sort(QList<RW_VAR> *list)
 
 int WordVarReCreat(QList<RW_VAR> *sorted, int limit, int count)
 {
-    return merge(*sorted, qMax(0, limit), count, 1);
+    return appendRequests(*sorted, RunMerge(limit, 1), count);
 }
 
 int BitVarReCreat(QList<RW_VAR> *sorted, int limitBits, int count)
 {
-    return merge(*sorted, qMax(0, limitBits), count, 8);
+    return appendRequests(*sorted, RunMerge(limitBits, 8), count);
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Where neighbours are grouped into one request: the steps of a poll list's rebuild. The two merges
-/// append to readList; their caller holds listMutex.
+/// Where neighbours are grouped into one request: the steps of a poll list's rebuild as a host may take
+/// them on finished records. The two merges append to readList; their caller holds listMutex.
 
 #pragma once
 
@@ -18,7 +18,8 @@ MODBUS_API void WhetherGroup(int length, int limit, RW_VAR *var, QList<RW_VAR> *
 MODBUS_API void Bubble_Sort(QList<RW_VAR> *list);
 
 /// Merges sorted register accesses into requests of at most `limit` registers (below 1: only what lies
-/// inside a neighbour), bridging gaps of any size. `count` is the number of requests in readList so far; returns it with the new ones added.
+/// inside a neighbour), bridging gaps of any size. `count` is the number of requests in readList so far;
+/// returns it with the new ones added.
 MODBUS_API int WordVarReCreat(QList<RW_VAR> *sorted, int limit, int count);
 
 /// The same for bits. Requests start at a multiple of 8 and count bytes; the limit is checked before

@@ -3,21 +3,32 @@
 
 #include "address_text.h"
 #include "areas.h"
-#include "grouping.h"
 #include "pieces.h"
+#include "run_merge.h"
 
 #include "../driver/arithmetic.h"
 #include "../driver/driver_object.h"
 
 #include <QtCore/QHash>
 #include <QtCore/QMutexLocker>
+#include <QtCore/QVector>
+
+#include <algorithm>
 
 using varlists::isBitArea;
 
 namespace {
 
-/// The records of one request area, or of one station and area: what may share a request.
-typedef QList<RW_VAR> Group;
+/// A run of bits, or of whole registers, on a request area: what an item asks for, or a piece of it. Kept
+/// small, since there is one for each variable; only requests become records.
+struct Run
+{
+    int start, length;
+    int item; ///< position in the host's list
+};
+
+/// What may share a request: the runs of one request area, or of one station and area.
+typedef QVector<Run> Group;
 
 const int lastArea = AreaHoldingPairs;
 
@@ -26,32 +37,15 @@ bool isBitOfRegister(int area)
     return area == AreaInputRegisterBit || area == AreaHoldingRegisterBit;
 }
 
-/// What every request of a poll list has.
-RW_VAR templateRecord(const CommSettings &settings)
+/// No run is longer than a table.
+Run wholeRun(const VAR_ITEM &item, int address, int index)
 {
-    RW_VAR record;
-    record.hostItem = -1;
-    record.remoteMode = settings.remoteMode;
-    record.linkId = settings.linkId;
-    return record;
-}
-
-/// An item as a run on its request area: bits, or whole registers. No run is longer than a table.
-void describeItem(const VAR_ITEM &item, int station, int address, RW_VAR *record)
-{
-    record->station = station;
-    record->tagText = item.tagText;
-    record->addressText = item.addressText;
-    record->area = getPlcReg(item.area);
-    record->startAddress = address;
-    record->dataLength = item.count;
-    if (isBitOfRegister(item.area)) {
-        record->startAddress = address >> 4;
-        record->dataLength =
-            arithmetic::saturated(arithmetic::ceilDiv(qint64(address % 16) + item.count, 16));
-    }
-    const int table = isBitArea(item.area) ? int(image::bitCount) : int(image::registerCount);
-    record->dataLength = qMin(record->dataLength, table);
+    if (isBitArea(item.area))
+        return {address, qMin(item.count, int(image::bitCount)), index};
+    if (!isBitOfRegister(item.area))
+        return {address, qMin(item.count, int(image::registerCount)), index};
+    const qint64 registers = arithmetic::ceilDiv(qint64(address % 16) + item.count, 16);
+    return {address >> 4, qMin(arithmetic::saturated(registers), int(image::registerCount)), index};
 }
 
 /// The most registers, or bits, of one request.
@@ -60,123 +54,148 @@ int requestLimit(int area, int block)
     return isBitArea(area) ? arithmetic::saturated(qint64(block) * 8) : block;
 }
 
-/// One group for each request area, polled in this order.
-QList<Group> groupByArea(const QList<VAR_ITEM> &items, const CommSettings &settings)
+void appendPieces(const Run &run, int block, Group *group)
 {
-    Group coils, inputs, inputRegisters, holdingRegisters;
-    RW_VAR record = templateRecord(settings);
-    for (int i = 0; i < items.size(); ++i) {
-        const VAR_ITEM &item = items.at(i);
-        const int address = StringAddressToInt(item.area, item.addressText);
-        if (address < 0 || item.area > lastArea)
-            continue;
-        describeItem(item, settings.defaultStation, address, &record);
-        Group *group = record.area == AreaCoils            ? &coils
-                       : record.area == AreaDiscreteInputs ? &inputs
-                       : record.area == AreaInputRegisters ? &inputRegisters
-                                                           : &holdingRegisters;
-        WhetherGroup(record.dataLength, requestLimit(record.area, settings.writeBlockSize), &record, group);
-    }
-    return QList<Group>() << coils << inputs << inputRegisters << holdingRegisters;
+    const varlists::Pieces pieces = varlists::cut(run.length, block);
+    for (int k = 0; k < pieces.count; ++k)
+        group->append(
+            {arithmetic::wrapped(qint64(run.start) + pieces.offset(k)), pieces.length(k), run.item});
 }
 
-/// Collects records by station and area, in the order in which the keys first appear.
+/// One group for each request area, polled in this order. Runs of no length stay: each is asked for.
+QVector<Group> groupByArea(const QList<VAR_ITEM> &items, const CommSettings &settings)
+{
+    const int order[] = {AreaCoils, AreaDiscreteInputs, AreaInputRegisters, AreaHoldingRegisters};
+    QVector<Group> groups(4);
+    for (int i = 0; i < items.size(); ++i) {
+        const VAR_ITEM &item = items.at(i);
+        const int address = varlists::addressOf(item.area, item.addressText);
+        if (address < 0 || item.area > lastArea)
+            continue;
+        const int area = getPlcReg(item.area);
+        Group &group = groups[static_cast<int>(std::find(order, order + 4, area) - order)];
+        const Run run = wholeRun(item, address, i);
+        const int limit = requestLimit(area, settings.writeBlockSize);
+        if (run.length <= qMax(0, limit))
+            group.append(run);
+        else
+            appendPieces(run, limit, &group);
+    }
+    return groups;
+}
+
+/// Collects runs by station and area, in the order in which the keys first appear.
 class StationGroups
 {
 public:
-    /// The newest record of a group stands first. 255, not 256: station 255 of one area and station 0 of
-    /// the next share a key, and so a request.
-    void file(const RW_VAR &record)
+    /// 255, not 256: station 255 of one area and station 0 of the next share a key, and so a request.
+    Group &of(int station, int area)
     {
-        const int key = record.station + 255 * record.area;
+        const int key = station + 255 * area;
         QHash<int, int>::const_iterator known = m_groupOfKey.constFind(key);
         if (known == m_groupOfKey.constEnd()) {
             known = m_groupOfKey.insert(key, m_groups.size());
             m_groups.append(Group());
         }
-        m_groups[known.value()].prepend(record);
+        return m_groups[known.value()];
     }
 
-    /// Cuts into pieces of one block, bits too: the merge joins neighbouring pieces again.
-    void filePieces(RW_VAR record, int block)
+    /// The newest run of a group first.
+    QVector<Group> take()
     {
-        const varlists::Pieces pieces = varlists::cut(record.dataLength, block);
-        const qint64 base = record.startAddress;
-        for (int k = 0; k < pieces.count; ++k) {
-            record.startAddress = arithmetic::wrapped(base + pieces.offset(k));
-            record.dataLength = pieces.length(k);
-            file(record);
-        }
+        for (int i = 0; i < m_groups.size(); ++i)
+            std::reverse(m_groups[i].begin(), m_groups[i].end());
+        return m_groups;
     }
-
-    const QList<Group> &groups() const { return m_groups; }
 
 private:
     QHash<int, int> m_groupOfKey;
-    QList<Group> m_groups;
+    QVector<Group> m_groups;
 };
 
-QList<Group> groupByStation(const QList<VAR_ITEM> &items, const CommSettings &settings)
+/// All runs are cut into pieces of one block, bits too: the merge joins neighbouring pieces again.
+QVector<Group> groupByStation(const QList<VAR_ITEM> &items, const CommSettings &settings)
 {
     StationGroups groups;
-    RW_VAR record = templateRecord(settings);
     for (int i = 0; i < items.size(); ++i) {
         const VAR_ITEM &item = items.at(i);
-        const int address = StringAddressToInt(item.area, item.addressText);
+        const int address = varlists::addressOf(item.area, item.addressText);
         if (address < 0)
             continue;
-        describeItem(item, item.station, address, &record);
-        if (isBitArea(record.area)) {
-            record.startAddress = address & ~7;
-            record.dataLength = arithmetic::saturated(qint64(record.dataLength) + address % 8);
+        Run run = wholeRun(item, address, i);
+        if (isBitArea(item.area)) {
+            run.start = address & ~7;
+            run.length = arithmetic::saturated(qint64(run.length) + address % 8);
         }
-        groups.filePieces(record, settings.writeBlockSize);
+        if (run.length > 0)
+            appendPieces(run, settings.writeBlockSize, &groups.of(item.station, getPlcReg(item.area)));
     }
-    return groups.groups();
+    return groups.take();
 }
 
-QList<Group> sortedGroups(const QList<VAR_ITEM> &items, const CommSettings &settings)
+/// The request that a run opened. Bits count from a whole byte on, in bytes.
+RW_VAR requestFor(const VAR_ITEM &item, const CommSettings &settings, const varlists::RunMerge &merge)
 {
-    QList<Group> groups =
+    RW_VAR request;
+    request.hostItem = -1;
+    request.remoteMode = settings.remoteMode;
+    request.linkId = settings.linkId;
+    request.tagText = item.tagText;
+    request.addressText = item.addressText;
+    request.area = getPlcReg(item.area);
+    request.startAddress = merge.start();
+    request.station = settings.multiStation == 0 ? settings.defaultStation : item.station;
+    request.dataLength = merge.length();
+    return request;
+}
+
+void appendRequests(const Group &sorted, const QList<VAR_ITEM> &items, const CommSettings &settings,
+                    QList<RW_VAR> *requests)
+{
+    if (sorted.isEmpty())
+        return;
+    const int area = items.at(sorted.first().item).area; // bits or registers, which counts for all
+    varlists::RunMerge merge(requestLimit(area, settings.writeBlockSize), isBitArea(area) ? 8 : 1);
+    for (int i = 0; i < sorted.size(); ++i) {
+        const Run &run = sorted.at(i);
+        const varlists::RunMerge::Effect effect = merge.take(run.start, run.length);
+        if (effect == varlists::RunMerge::Opens)
+            requests->append(requestFor(items.at(run.item), settings, merge));
+        else if (effect == varlists::RunMerge::Widens)
+            requests->last().dataLength = merge.length();
+    }
+}
+
+QList<RW_VAR> requestsFor(const QList<VAR_ITEM> &items, const CommSettings &settings)
+{
+    QVector<Group> groups =
         settings.multiStation == 0 ? groupByArea(items, settings) : groupByStation(items, settings);
-    for (int i = 0; i < groups.size(); ++i)
-        Bubble_Sort(&groups[i]);
-    return groups;
-}
-
-/// Appends the group's requests to readList. What the first record holds, bits or registers, counts for all.
-int mergeGroup(Group *group, int block, int count)
-{
-    if (group->isEmpty())
-        return count;
-    const int area = group->at(0).area;
-    const int limit = requestLimit(area, block);
-    return isBitArea(area) ? BitVarReCreat(group, limit, count) : WordVarReCreat(group, limit, count);
+    QList<RW_VAR> requests;
+    for (int i = 0; i < groups.size(); ++i) {
+        std::stable_sort(groups[i].begin(), groups[i].end(),
+                         [](const Run &a, const Run &b) { return a.start < b.start; });
+        appendRequests(groups.at(i), items, settings, &requests);
+    }
+    return requests;
 }
 
 } // namespace
 
-// Whatever needs no lock is done before it is taken, so that panel threads wait only for the merge.
+// The lock is held for an exchange of two lists, and the former one is freed without it.
 int ReCreatReadVarList(QList<VAR_ITEM> *items)
 {
-    QList<Group> groups;
-    int block = 0;
-    if (!items->isEmpty()) {
-        block = PLC_driver.comInfo->writeBlockSize;
-        groups = sortedGroups(*items, *PLC_driver.comInfo);
-    }
+    QList<RW_VAR> requests;
+    if (!items->isEmpty())
+        requests = requestsFor(*items, *PLC_driver.comInfo);
 
-    QList<RW_VAR> former; // outlives the lock, and is freed without it
+    const int count = requests.size();
     QMutexLocker lock(&PLC_driver.listMutex);
-    qSwap(former, PLC_driver.readList);
-    if (items->isEmpty())
-        return 0;
-    PLC_driver.cyclicDone = 0;
-    PLC_driver.comInfo->cycleDone = 0;
-    int count = 0;
-    for (int i = 0; i < groups.size(); ++i)
-        count = mergeGroup(&groups[i], block, count);
-    return PLC_driver.readList.size();
+    qSwap(requests, PLC_driver.readList);
+    if (!items->isEmpty()) {
+        PLC_driver.cyclicDone = 0;
+        PLC_driver.comInfo->cycleDone = 0;
+    }
+    return count;
 }
 
 int AddListReadVar(RW_VAR *var)

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+#include "run_merge.h"
+
+#include "../driver/arithmetic.h"
+
+namespace varlists {
+
+RunMerge::Effect RunMerge::take(int start, int length)
+{
+    const qint64 end = qint64(start) + length;
+    if (m_open && start < m_end && end <= m_end)
+        return LiesInside;
+    const bool widens = m_open && end - m_start <= m_limit;
+    if (!widens)
+        m_start = start & ~qint64(m_unit - 1);
+    m_end = m_start + arithmetic::ceilDiv(end - m_start, m_unit) * m_unit;
+    m_open = true;
+    return widens ? Widens : Opens;
+}
+
+int RunMerge::start() const
+{
+    return arithmetic::saturated(m_start);
+}
+
+int RunMerge::length() const
+{
+    return arithmetic::saturated((m_end - m_start) / m_unit);
+}
+
+} // namespace varlists
