@@ -9,7 +9,7 @@ namespace mbap {
 
 namespace {
 
-enum { LengthHigh = 4, Unit = 6, Function = 7, AddressHigh = 8, RegisterData = 13 };
+enum { LengthHigh = 4, Unit = 6, Function = 7, AddressHigh = 8, ByteCount = 12, RegisterData = 13 };
 
 void putHighFirst(char *to, int value)
 {
@@ -17,12 +17,10 @@ void putHighFirst(char *to, int value)
     to[1] = static_cast<char>(value & 0xFF);
 }
 
-/// The twelve bytes that all requests have, with room for the `size` bytes of the whole request.
+/// A request of `size` bytes: the twelve that all have, then zeros.
 QByteArray frame(int size, int station, FunctionCode function, int address, int value)
 {
-    QByteArray bytes;
-    bytes.reserve(size);
-    bytes.fill('\0', RequestLength);
+    QByteArray bytes(size, '\0');
     char *at = bytes.data();
     putHighFirst(at + LengthHigh, size - LengthFieldEnd);
     at[Unit] = static_cast<char>(station & 0xFF);
@@ -32,12 +30,12 @@ QByteArray frame(int size, int station, FunctionCode function, int address, int 
     return bytes;
 }
 
-/// Turns round every group of bytes. Not inlined: GCC 12 at -O3 would warn of writes past a byte array that
-/// it takes for an empty one.
-template <int group> __attribute__((noinline)) void turnEach(char *bytes, int groups)
+/// Copies groups of bytes, each turned round. Not inlined: GCC 12 at -O3 would warn of writes past a byte
+/// array that it takes for an empty one.
+template <int group> __attribute__((noinline)) void copyTurned(char *to, const char *from, int groups)
 {
-    for (; groups > 0; --groups, bytes += group)
-        std::reverse(bytes, bytes + group);
+    for (; groups > 0; --groups, to += group, from += group)
+        std::reverse_copy(from, from + group, to);
 }
 
 /// A WriteMultipleRegisters request whose data are groups of `group` bytes, each turned round, as many as
@@ -48,9 +46,8 @@ QByteArray writeTurned(int station, int address, int registers, const QByteArray
     const int count = qMax(0, qMin(groups, hostData.size() / group));
     const int size = RegisterData + count * group;
     QByteArray bytes = frame(size, station, WriteMultipleRegisters, address, registers);
-    bytes.append(static_cast<char>((static_cast<unsigned>(registers) * 2) & 0xFF));
-    bytes.append(hostData.constData(), count * group);
-    turnEach<group>(bytes.data() + RegisterData, count);
+    bytes.data()[ByteCount] = static_cast<char>((static_cast<unsigned>(registers) * 2) & 0xFF);
+    copyTurned<group>(bytes.data() + RegisterData, hostData.constData(), count);
     return bytes;
 }
 
