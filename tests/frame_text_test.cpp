@@ -2,9 +2,10 @@
 #include "frame_text.h"
 
 #include "frame_dissection.h"
+#include "host_words.h"
 #include "status_text.h"
 
-#include <gtest/gtest.h>
+#include <tuple>
 
 namespace {
 
@@ -12,120 +13,95 @@ const FrameKind request = FrameKind::Request;
 const FrameKind reply = FrameKind::Reply;
 const FrameKind remote = FrameKind::Remote;
 
-struct Frame
-{
-    const char *name;
-    FrameKind kind;
-    const char *hex, *summary;
-};
-
-QByteArray bytes(const char *hex)
-{
-    return QByteArray::fromHex(hex);
-}
-
-const Frame soundFrames[] = {
-    {"read coils", request, "0000 0000 0006 01 01 0008 0010", "unit 1: read coils 8-23"},
-    {"read input register", request, "0000 0000 0006 FF 04 FFFF 0001", "unit 255: read input registers 65535"},
-    {"write coil on", request, "0000 0000 0006 01 05 0005 FF00", "unit 1: write coil 5: on"},
-    {"write register", reply, "0000 0000 0006 01 06 000A 1234", "unit 1: write register 10: 4660 (0x1234)"},
-    {"write coils", request, "0000 0000 0009 01 0F 0002 000A 02 0502", "unit 1: write coils 2-11: 1 0 1 0 0 0 0 0 0 1"},
-    {"write registers", request, "0000 0000 000B 00 10 000A 0002 04 1234 5678", "unit 0: write registers 10-11: 0x1234 0x5678"},
-    {"echo of write registers", reply, "0000 0000 0006 01 10 000A 0002", "unit 1: write registers 10-11"},
-    {"bits", reply, "0000 0000 0005 01 02 02 0501", "unit 1: read discrete inputs: 1 0 1 0 0 0 0 0 1 0 0 0 0 0 0 0"},
-    {"many registers", reply, "0000 0000 0015 01 03 12 000100020003000400050006000700080009",
-     "unit 1: read holding registers: 0x0001 0x0002 0x0003 0x0004 0x0005 0x0006 0x0007 0x0008 ..."},
-    {"exception", reply, "0000 0000 0003 01 83 02", "unit 1: exception 2, illegal data address, to read holding registers"},
-    {"remote read", remote, "16 00 00 02 01 0000 00000010 0002 00000000 00000000 2B",
-     "station 1: remote read coil:16, 2 bytes of eight bits"},
-    {"remote write", remote, "18 05 01 02 01 0005 00000064 0001 00000000 00000000 3412 D1",
-     "station 1: remote write hr:100, 1 register"},
-};
+using Row = std::tuple<const char *, FrameKind, const char *, const char *>;
 
 TEST(Frame, IsSummedUpInOneLine)
 {
-    for (const Frame &row : soundFrames)
-        EXPECT_EQ(frameSummary(bytes(row.hex), row.kind).toStdString(), row.summary) << row.name;
+    const Row rows[] = {
+        {"read coils", request, "0000 0000 0006 01 01 0008 0010", "unit 1: read coils 8-23"},
+        {"read input register", request, "0000 0000 0006 FF 04 FFFF 0001", "unit 255: read input registers 65535"},
+        {"write coil on", request, "0000 0000 0006 01 05 0005 FF00", "unit 1: write coil 5: on"},
+        {"write register", reply, "0000 0000 0006 01 06 000A 1234", "unit 1: write register 10: 4660 (0x1234)"},
+        {"write coils", request, "0000 0000 0009 01 0F 0002 000A 02 0502", "unit 1: write coils 2-11: 1 0 1 0 0 0 0 0 0 1"},
+        {"write registers", request, "0000 0000 000B 00 10 000A 0002 04 1234 5678",
+         "unit 0: write registers 10-11: 0x1234 0x5678"},
+        {"echo of write registers", reply, "0000 0000 0006 01 10 000A 0002", "unit 1: write registers 10-11"},
+        {"bits", reply, "0000 0000 0005 01 02 02 0501", "unit 1: read discrete inputs: 1 0 1 0 0 0 0 0 1 0 0 0 0 0 0 0"},
+        {"many registers", reply, "0000 0000 0015 01 03 12 000100020003000400050006000700080009",
+         "unit 1: read holding registers: 0x0001 0x0002 0x0003 0x0004 0x0005 0x0006 0x0007 0x0008 ..."},
+        {"exception", reply, "0000 0000 0003 01 83 02", "unit 1: exception 2, illegal data address, to read holding registers"},
+        {"remote read", remote, "16 00 00 02 01 0000 00000010 0002 00000000 00000000 2B",
+         "station 1: remote read coil:16, 2 bytes of eight bits"},
+        {"remote write", remote, "18 05 01 02 01 0005 00000064 0001 00000000 00000000 3412 D1",
+         "station 1: remote write hr:100, 1 register"},
+    };
+    for (const auto &[what, kind, hex, summary] : rows)
+        EXPECT_EQ(frameSummary(bytes(hex), kind).toStdString(), summary) << what;
 }
-
-const Frame faultyFrames[] = {
-    {"other protocol", request, "0000 0001 0006 01 03 0000 0001", "protocol identifier 1"},
-    {"length field", request, "0000 0000 0007 01 03 0000 0001", "length field says 7, but 6 bytes"},
-    {"no register", request, "0000 0000 0006 01 03 0000 0000", "quantity 0, the protocol allows 1 to 125"},
-    {"too many registers", request, "0000 0000 0006 01 04 0000 007E", "quantity 126"},
-    {"too many bits", request, "0000 0000 0006 01 02 0000 07D1", "quantity 2001, the protocol allows 1 to 2000"},
-    {"beyond the table", request, "0000 0000 0006 01 03 FFFF 0002", "passes the last address"},
-    {"coil half on", request, "0000 0000 0006 01 05 0005 FF01", "FF 00 for on"},
-    {"byte count of write", request, "0000 0000 000B 01 10 000A 0003 04 1234 5678", "the quantity takes 6 bytes"},
-    {"byte count of reply", reply, "0000 0000 0007 01 03 02 1234 5678", "byte count 2, but 4 data bytes"},
-    {"odd byte count", reply, "0000 0000 0006 01 03 03 123456", "registers take two bytes each"},
-    {"empty reply", reply, "0000 0000 0003 01 01 00", "carries nothing"},
-    {"cut in the quantity", request, "0000 0000 0005 01 03 0000 00", "ends in \"quantity\", bytes missing: 1"},
-    {"surplus bytes", reply, "0000 0000 0004 01 83 02 00", "no use for: 1"},
-    {"exception as request", request, "0000 0000 0003 01 83 02", "that of an exception reply"},
-    {"remote checksum", remote, "16 00 00 02 01 0000 00000010 0002 00000000 00000000 2C",
-     "checksum is 44, but the bytes before it sum up to 43"},
-    {"remote length", remote, "17 00 00 02 01 0000 00000010 0002 00000000 00000000 2C", "says 23, but there are 22"},
-    {"remote access", remote, "16 00 02 02 01 0000 00000010 0002 00000000 00000000 2D", "neither 0, a read"},
-    {"remote read of registers", remote, "16 00 00 02 01 0005 00000010 0002 00000000 00000000 30", "only areas 0 and 1"},
-};
 
 TEST(Frame, NamesItsOneFault)
 {
-    for (const Frame &row : faultyFrames) {
-        SCOPED_TRACE(row.name);
-        const QStringList faults = frameFaults(bytes(row.hex), row.kind);
-        ASSERT_EQ(faults.size(), 1) << qPrintable(faults.join(QLatin1Char('\n')));
-        EXPECT_TRUE(faults.first().contains(QLatin1String(row.summary))) << qPrintable(faults.first());
-        EXPECT_TRUE(frameSummary(bytes(row.hex), row.kind).endsWith(faults.first()));
+    const Row rows[] = {
+        {"other protocol", request, "0000 0001 0006 01 03 0000 0001", "protocol identifier 1"},
+        {"length field", request, "0000 0000 0007 01 03 0000 0001", "length field says 7, but 6 bytes"},
+        {"no register", request, "0000 0000 0006 01 03 0000 0000", "quantity 0, the protocol allows 1 to 125"},
+        {"too many registers", request, "0000 0000 0006 01 04 0000 007E", "quantity 126"},
+        {"too many bits", request, "0000 0000 0006 01 02 0000 07D1", "quantity 2001, the protocol allows 1 to 2000"},
+        {"beyond the table", request, "0000 0000 0006 01 03 FFFF 0002", "passes the last address"},
+        {"coil half on", request, "0000 0000 0006 01 05 0005 FF01", "FF 00 for on"},
+        {"byte count of write", request, "0000 0000 000B 01 10 000A 0003 04 1234 5678", "the quantity takes 6 bytes"},
+        {"byte count of reply", reply, "0000 0000 0007 01 03 02 1234 5678", "byte count 2, but 4 data bytes"},
+        {"odd byte count", reply, "0000 0000 0006 01 03 03 123456", "registers take two bytes each"},
+        {"empty reply", reply, "0000 0000 0003 01 01 00", "carries nothing"},
+        {"cut in the quantity", request, "0000 0000 0005 01 03 0000 00", "ends in \"quantity\", bytes missing: 1"},
+        {"surplus bytes", reply, "0000 0000 0004 01 83 02 00", "no use for: 1"},
+        {"exception as request", request, "0000 0000 0003 01 83 02", "that of an exception reply"},
+        {"remote checksum", remote, "16 00 00 02 01 0000 00000010 0002 00000000 00000000 2C",
+         "checksum is 44, but the bytes before it sum up to 43"},
+        {"remote length", remote, "17 00 00 02 01 0000 00000010 0002 00000000 00000000 2C", "says 23, but there are 22"},
+        {"remote access", remote, "16 00 02 02 01 0000 00000010 0002 00000000 00000000 2D", "neither 0, a read"},
+        {"remote read of registers", remote, "16 00 00 02 01 0005 00000010 0002 00000000 00000000 30", "only areas 0 and 1"},
+    };
+    for (const auto &[what, kind, hex, fault] : rows) {
+        const QStringList faults = frameFaults(bytes(hex), kind);
+        ASSERT_EQ(faults.size(), 1) << what << "\n" << qPrintable(faults.join(QLatin1Char('\n')));
+        EXPECT_TRUE(faults.first().contains(QLatin1String(fault))) << what << ": " << qPrintable(faults.first());
+        EXPECT_TRUE(frameSummary(bytes(hex), kind).endsWith(faults.first())) << what;
     }
 }
 
 TEST(Frame, CutAnywhereOrFilledWithAnythingIsExplainedWithoutHarm)
 {
     const QByteArray whole = bytes("0000 0000 000B 01 10 000A 0002 04 1234 5678 FFFFFFFFFFFFFF");
-    for (FrameKind kind : {request, reply, remote}) {
+    for (const FrameKind kind : {request, reply, remote}) {
         for (int length = 0; length < whole.size(); ++length) {
             EXPECT_EQ(frameFaults(whole.left(length), kind).isEmpty(), kind == request && length == 17) << length;
-            QByteArray flooded = QByteArray(260, '\xFF');
-            flooded.replace(0, length, whole.left(length));
-            EXPECT_FALSE(frameFields(flooded, kind).isEmpty());
+            EXPECT_FALSE(frameFields(whole.left(length).leftJustified(260, '\xFF'), kind).isEmpty());
         }
     }
 }
 
 TEST(Frame, FieldsStandWithOffsetsBytesAndMeaning)
 {
-    const QStringList fields = frameFields(bytes("0000 0000 0009 01 03 06 1234 FFFE 0000"), reply);
-    ASSERT_EQ(fields.size(), 9);
-    EXPECT_EQ(fields.at(2).simplified().toStdString(), "4-5 00 09 length 9 bytes follow");
-    EXPECT_EQ(fields.at(4).simplified().toStdString(), "7 03 function 3, read holding registers");
-    EXPECT_EQ(fields.at(7).simplified().toStdString(), "11-12 FF FE register +1 65534, signed -2");
-}
-
-TEST(Frame, ShowsTheAddressInTheNotationThatCountsFromOne)
-{
-    const struct
-    {
-        const char *hex, *meaning;
-    } rows[] = {
-        {"0000 0000 0006 01 03 0064 0001", "100 (40101 when counted from 1)"},
-        {"0000 0000 0006 01 04 270E 0001", "9998 (39999 when counted from 1)"},
-        {"0000 0000 0006 01 02 270F 0001", "9999 (110000 when counted from 1)"},
-        {"0000 0000 0006 01 05 0000 0000", "0 (00001 when counted from 1)"},
+    using Field = std::tuple<const char *, int, const char *>;
+    const char registers[] = "0000 0000 0009 01 03 06 1234 FFFE 0000";
+    const Field rows[] = {
+        {registers, 2, "4-5 00 09 length 9 bytes follow"},
+        {registers, 4, "7 03 function 3, read holding registers"},
+        {registers, 7, "11-12 FF FE register +1 65534, signed -2"},
+        {"0000 0000 0006 01 06 0064 0001", 5, "8-9 00 64 address 100 (40101 when counted from 1)"},
+        {"0000 0000 0006 01 10 270E 0001", 5, "8-9 27 0E address 9998 (49999 when counted from 1)"},
+        {"0000 0000 0006 01 05 0000 0000", 5, "8-9 00 00 address 0 (00001 when counted from 1)"},
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(dissectModbus(bytes(row.hex), false).fields.at(5).meaning.toStdString(), row.meaning);
+    for (const auto &[hex, index, line] : rows)
+        EXPECT_EQ(frameFields(bytes(hex), reply).value(index).simplified().toStdString(), line);
+    const auto input = frameFields(bytes("0000 0000 0006 01 02 270F 0001"), request).value(5);
+    EXPECT_TRUE(input.contains(QLatin1String("9999 (110000 when"))) << qPrintable(input);
 }
 
 TEST(Frame, ShowsItsKindByItself)
 {
-    const struct
-    {
-        const char *hex;
-        QList<FrameKind> kinds;
-    } rows[] = {
-        {"0000 0000 0006 01 03 0000 0001", {request}},
+    const std::tuple<const char *, QList<FrameKind>> rows[] = {
         {"0000 0000 0006 01 03 0000 00FF", {request}},
         {"0000 0000 0005 01 03 02 1234", {reply}},
         {"0000 0000 0006 01 10 000A 0002", {reply}},
@@ -133,26 +109,22 @@ TEST(Frame, ShowsItsKindByItself)
         {"0000 0000 0006 01 01 0305 0008", {request, reply}},
         {"16 00 00 02 01 0000 00000010 0002 00000000 00000000 FF", {remote}},
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(likelyKinds(bytes(row.hex)), row.kinds) << row.hex;
+    for (const auto &[hex, kinds] : rows)
+        EXPECT_EQ(likelyKinds(bytes(hex)), kinds) << hex;
 }
 
 TEST(Status, IsNamedByItsClassAndTheHostIdInIt)
 {
-    const struct
-    {
-        int code;
-        const char *text, *hostId;
-    } rows[] = {
+    const std::tuple<int, const char *, const char *> rows[] = {
         {44, "no reply", "3, added to 41"},
         {82, "reply of a wrong length", "11, added to 71"},
         {171, "remote: reply of a wrong length", "not 1 to 11"},
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(statusText(row.code).toStdString(), row.text);
-        EXPECT_TRUE(statusExplanation(row.code).at(2).contains(QLatin1String(row.hostId))) << row.code;
+    for (const auto &[code, text, hostId] : rows) {
+        EXPECT_EQ(statusText(code).toStdString(), text);
+        EXPECT_TRUE(statusExplanation(code).at(2).contains(QLatin1String(hostId))) << code;
     }
-    for (int unmade : {-1, 2, 10, 23, 53, 83, 99, 101, 183, 201})
+    for (const int unmade : {-1, 2, 10, 23, 53, 83, 99, 101, 183, 201})
         EXPECT_TRUE(statusText(unmade).isEmpty() && statusExplanation(unmade).isEmpty()) << unmade;
 }
 

@@ -83,6 +83,10 @@ TEST(Commands, ReportsAndEndsWithTheWorstOutcome)
         {readCommand, "--fault exception=2@address=62 hr:60*2 hr:62 --format hex", ExitFailed, "hr:60*2 = 0x003C 0x003D\n",
          "modbus-panel read: hr:62: exception 2: illegal data address\n"},
         {writeCommand, "hr:60=1 coil:1=1", ExitDone, "hr:60=1: acknowledged\ncoil:1=1: acknowledged\n", ""},
+        {writeCommand, "hr:70=1 hr:71=2 hr:71=3 hr:30=1 --fault exception=4@address=30", ExitFailed,
+         "hr:70=1: acknowledged\nhr:71=2: replaced by a later write before it was sent\n"
+         "hr:71=3: acknowledged; merged with an earlier write\nhr:30=1: refused with exception 4: device failure\n",
+         ""},
         {writeCommand, "hr:60=1 hr:70=1 --timeout 500 --fault silence@address=60", ExitOutcomeUnknown,
          "hr:60=1: outcome unknown: no reply; it may or may not have been carried out\nhr:70=1: acknowledged\n", ""},
     };
@@ -99,10 +103,16 @@ TEST(Commands, ShowWhatWasAskedFor)
     using Row = std::tuple<Command, const char *, int, std::vector<const char *>>;
     const Row rows[] = {
         {pollCommand, "--json --passes 1 1/hr:60 2/coil:21", ExitDone, {"\"address\":\"1/hr:60\"", "\"values\":[60]"}},
-        {pollCommand, "--passes 2 --every 1 hr:60 --fault exception=2", ExitFailed,
-         {"failed: exception 2: illegal data address, never", "2 x4"}}, // each pass and its retry
+        {pollCommand,
+         "--passes 2 --every 1 hr:60 hr:64 hr:300 --fault exception=2@address=62",
+         ExitFailed,
+         {"hr:64     1/hr:64   -      failed: exception 2: illegal data address, never", // one request bridges the gap
+          "hr:300    1/hr:300  300    fresh", "2 x4"}},                                  // each pass and its retry
         {pollCommand, "--help", ExitDone, {"Default: 1000.", "--trace[=FILE] "}},
-        {decodeCommand, "0000:0000:0006:01:03 0x0064,000A", ExitDone, {"request, 12 bytes: unit 1: read holding registers 100-109"}},
+        {decodeCommand,
+         "0000:0000:0006:01:03 0x0064,000A",
+         ExitDone,
+         {"request, 12 bytes: unit 1: read holding registers 100-109"}},
         {decodeCommand, "01 03 00 64 00 0A 84 12", ExitFailed, {"(RTU)", "unit 1: read holding registers 100-109"}},
         {decodeCommand, "--reply 000000000006 0105000500FF", ExitFailed, {"fault: a coil's value"}},
         {decodeCommand, "--bytes 43 6A 91 F4", ExitDone, {"234.57013"}},

@@ -1,20 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The plan against the driver that is really loaded; DRIVER_PATH names it.
+#include "host_words.h"
 #include "plan.h"
 
-#include <gtest/gtest.h>
-
 namespace {
-
-/// `texts`: separated by blanks.
-QList<Variable> variables(const char *texts)
-{
-    QList<Variable> read;
-    QString error;
-    for (const QString &text : QString::fromLatin1(texts).split(QLatin1Char(' ')))
-        read << parseVariable(text, &error).value();
-    return read;
-}
 
 QList<PlannedRequest> plan(const QList<Variable> &of, int block)
 {
@@ -35,32 +24,31 @@ QString wire(const PlannedRequest &request, const QList<Variable> &of)
 
 struct Row
 {
-    const char *name, *variables; ///< separated by blanks
+    const char *what, *variables;
     int block;
-    const char *requests; ///< each with its gaps
-};
-
-const Row plans[] = {
-    {"neighbours share a request", "hr:8 hr:0*2 hr32:3", 100, "01 03 00 00 00 09, 27, gaps 2-2 5-7"},
-    {"a block keeps neighbours apart", "hr:8 hr:0*2", 8, "01 03 00 00 00 02, 13 | 01 03 00 08 00 01, 11"},
-    {"long variables are cut", "ir:5*12", 8, "01 04 00 05 00 08, 25 | 01 04 00 0d 00 04, 17"},
-    {"bits fill whole bytes", "coil:3*4 coil:10", 10, "01 01 00 00 00 10, 11, gaps 0-2 7-9 11-15"},
-    {"bits of registers ride in registers", "hrbit:10.15*2 hr:12", 10, "01 03 00 0a 00 03, 15"},
-    {"each unit has its own", "1/hr:0 2/hr:0 1/hr:3", 10, "01 03 00 00 00 04, 17, gaps 1-2 | 02 03 00 00 00 01, 11"},
-    {"all tables", "input:0 irbit:0.0 hr:0 coil:0", 10,
-     "01 01 00 00 00 08, 10, gaps 1-7 | 01 02 00 00 00 08, 10, gaps 1-7 | 01 04 00 00 00 01, 11 | 01 03 00 00 00 01, 11"},
-    {"a broadcast expects no reply", "0/hr:0", 10, "00 03 00 00 00 01, 0"},
-    {"nested variables leave no gap", "hr:0*10 hr:2 hr:12", 100, "01 03 00 00 00 0d, 35, gaps 10-11"},
+    const char *expected;
 };
 
 TEST(Plan, ListsEachRequestOnceWithItsGaps)
 {
-    for (const Row &row : plans) {
+    const Row rows[] = {
+        {"neighbours share a request", "hr:8 hr:0*2 hr32:3", 100, "01 03 00 00 00 09, 27, gaps 2-2 5-7"},
+        {"a block keeps neighbours apart", "hr:8 hr:0*2", 8, "01 03 00 00 00 02, 13 | 01 03 00 08 00 01, 11"},
+        {"long variables are cut", "ir:5*12", 8, "01 04 00 05 00 08, 25 | 01 04 00 0d 00 04, 17"},
+        {"bits fill whole bytes", "coil:3*4 coil:10", 10, "01 01 00 00 00 10, 11, gaps 0-2 7-9 11-15"},
+        {"bits of registers ride in registers", "hrbit:10.15*2 hr:12", 10, "01 03 00 0a 00 03, 15"},
+        {"each unit has its own", "1/hr:0 2/hr:0 1/hr:3", 10, "01 03 00 00 00 04, 17, gaps 1-2 | 02 03 00 00 00 01, 11"},
+        {"all tables", "input:0 irbit:0.0 hr:0 coil:0", 10,
+         "01 01 00 00 00 08, 10, gaps 1-7 | 01 02 00 00 00 08, 10, gaps 1-7 | 01 04 00 00 00 01, 11 | 01 03 00 00 00 01, 11"},
+        {"a broadcast expects no reply", "0/hr:0", 10, "00 03 00 00 00 01, 0"},
+        {"nested variables leave no gap", "hr:0*10 hr:2 hr:12", 100, "01 03 00 00 00 0d, 35, gaps 10-11"},
+    };
+    for (const Row &row : rows) {
         const auto of = variables(row.variables);
         QStringList requests;
         for (const PlannedRequest &request : plan(of, row.block))
             requests << wire(request, of);
-        EXPECT_EQ(requests.join(QLatin1String(" | ")).toStdString(), row.requests) << row.name;
+        EXPECT_EQ(requests.join(QLatin1String(" | ")).toStdString(), row.expected) << row.what;
     }
 }
 
@@ -74,12 +62,7 @@ QString text(const QList<Variable> &of, int block)
 
 TEST(Plan, WarnsAndSaysWhichBlockCuresIt)
 {
-    const struct
-    {
-        const char *name, *variable;
-        int block;
-        const char *cure; ///< empty: no warning
-    } rows[] = {
+    const Row rows[] = {
         {"registers at the limit", "hr:0*200", 125, ""},
         {"registers beyond it", "hr:0*200", 126, "--block 125 or less"},
         {"bits beyond it by the rounding", "coil:3*4000", 250, "--block 249 or less"},
@@ -87,10 +70,10 @@ TEST(Plan, WarnsAndSaysWhichBlockCuresIt)
         {"a pair cut in halves", "hr32:0*60", 99, "an even --block"},
         {"pairs kept whole", "hr32:0*60", 98, ""},
     };
-    for (const auto &row : rows) {
-        const QString shown = text(variables(row.variable), row.block);
-        EXPECT_EQ(shown.contains(QLatin1String("WARNING")), *row.cure != 0) << row.name << "\n" << qPrintable(shown);
-        EXPECT_TRUE(shown.contains(QLatin1String(row.cure))) << row.name << "\n" << qPrintable(shown);
+    for (const Row &row : rows) {
+        const QString shown = text(variables(row.variables), row.block);
+        EXPECT_EQ(shown.contains(QLatin1String("WARNING")), *row.expected != 0) << row.what << "\n" << qPrintable(shown);
+        EXPECT_TRUE(shown.contains(QLatin1String(row.expected))) << row.what << "\n" << qPrintable(shown);
     }
 }
 
@@ -98,12 +81,17 @@ TEST(Plan, NamesWhatRidesInEachRequest)
 {
     auto of = variables("2/hr:0*12 2/hrbit:3.1 2/hr:14");
     of[0].name = QStringLiteral("tank %1");
-    const QString shown = text(of, 10);
-    for (const char *line : {"unit 2: read holding registers 0-9", "request   function 3, first 0, count 10, reply 29 bytes",
-                             "bytes     00 00 00 00 00 06 02 03 00 00 00 0A", "carries   tank %1: registers 0-9, a part of it",
-                             "carries   2/hrbit:3.1: register 3", "unit 2: read holding registers 10-14",
-                             "carries   2/hr:14: register 14", "gap       registers 12-13, which nobody asked for"})
-        EXPECT_TRUE(shown.contains(QLatin1String(line))) << line << "\n" << qPrintable(shown);
+    EXPECT_EQ(text(of, 10).toStdString(), R"(unit 2: read holding registers 0-9
+  request   function 3, first 0, count 10, reply 29 bytes
+  bytes     00 00 00 00 00 06 02 03 00 00 00 0A
+  carries   tank %1: registers 0-9, a part of it
+  carries   2/hrbit:3.1: register 3
+unit 2: read holding registers 10-14
+  request   function 3, first 10, count 5, reply 19 bytes
+  bytes     00 00 00 00 00 06 02 03 00 0A 00 05
+  carries   tank %1: registers 10-11, a part of it
+  carries   2/hr:14: register 14
+  gap       registers 12-13, which nobody asked for)");
 }
 
 } // namespace

@@ -2,16 +2,9 @@
 #include "value_text.h"
 
 #include "byte_orders.h"
-
-#include <gtest/gtest.h>
+#include "host_words.h"
 
 namespace {
-
-Variable variable(const char *text)
-{
-    QString error;
-    return parseVariable(QString::fromLatin1(text), &error).value();
-}
 
 struct Value
 {
@@ -38,7 +31,7 @@ TEST(Value, BecomesBytesAndIsShownInEveryFormatAndReadsBackFromEach)
 {
     for (const Value &row : values) {
         SCOPED_TRACE(row.name);
-        const Variable of = variable(row.variable);
+        const Variable of = variable(QString::fromLatin1(row.variable));
         QString error;
         const QByteArray bytes = parseValues(of, QString::fromLatin1(row.typed), &error).value_or(QByteArray());
         EXPECT_EQ(bytes.toHex(' ').toStdString(), row.bytes) << qPrintable(error);
@@ -56,8 +49,9 @@ TEST(Value, BecomesBytesAndIsShownInEveryFormatAndReadsBackFromEach)
 
 TEST(Value, ThatBytesDoNotHoldWhollyIsLeftOut)
 {
-    EXPECT_EQ(valueText(variable("hr:0*2"), QByteArray::fromHex("341256"), ValueFormat::Decimal).toStdString(), "4660");
-    EXPECT_EQ(valueText(variable("hr:0"), QByteArray(), ValueFormat::Decimal).toStdString(), "");
+    EXPECT_EQ(valueText(variable(QStringLiteral("hr:0*2")), QByteArray::fromHex("341256"), ValueFormat::Decimal).toStdString(),
+              "4660");
+    EXPECT_EQ(valueText(variable(QStringLiteral("hr:0")), QByteArray(), ValueFormat::Decimal).toStdString(), "");
 }
 
 struct Refused
@@ -87,7 +81,8 @@ TEST(Value, ThatIsRefusedGetsALineThatNamesItAndItsRange)
 {
     for (const Refused &row : refused) {
         QString error;
-        EXPECT_FALSE(parseValues(variable(row.variable), QString::fromLatin1(row.typed), &error)) << row.name;
+        EXPECT_FALSE(parseValues(variable(QString::fromLatin1(row.variable)), QString::fromLatin1(row.typed), &error))
+            << row.name;
         EXPECT_TRUE(error.contains(QLatin1String(row.hint))) << row.name << ": " << qPrintable(error);
     }
 }
