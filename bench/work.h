@@ -34,8 +34,15 @@ void addChecksums(Works *works);
 /// Every work, in the order of the reports.
 Works allWorks();
 
-/// Ends the program with a line on stderr when a work did not do what it is measured for.
-void require(bool holds, const char *what);
+/// Ends the program with a line on stderr.
+[[noreturn]] void giveUp(const char *what);
+
+/// Gives up when a work did not do what it is measured for.
+inline void require(bool holds, const char *what)
+{
+    if (!holds)
+        giveUp(what);
+}
 
 /// Keeps the compiler from leaving out what made `value`.
 template <typename T> void keep(const T &value)

@@ -19,7 +19,7 @@ bool isModbusFrame(const QByteArray &frame, const RW_VAR &var)
     if (frame.size() < mbap::RequestLength || frame.left(4) != QByteArray(4, '\0') ||
         word(frame, 4) != ((frame.size() - mbap::LengthFieldEnd) & 0xFFFF) || frame.at(6) != static_cast<char>(var.station))
         return false;
-    const int function = frame.at(7);
+    const int function = static_cast<uchar>(frame.at(7));
     if (function != mbap::WriteMultipleRegisters)
         return function >= mbap::ReadCoils && function <= mbap::WriteSingleRegister && frame.size() == mbap::RequestLength;
     const int dataAt = 13;

@@ -9,9 +9,9 @@
 
 namespace {
 
-typedef void (*Target)(const quint8 *, std::size_t);
+typedef std::pair<const char *, void (*)(const quint8 *, std::size_t)> Target;
 
-class FuzzReplay : public testing::TestWithParam<std::pair<const char *, Target>>
+class FuzzReplay : public testing::TestWithParam<Target>
 {
 };
 
@@ -30,8 +30,8 @@ TEST_P(FuzzReplay, NoSeedBreaksAPromise)
 }
 
 INSTANTIATE_TEST_SUITE_P(All, FuzzReplay,
-                         testing::Values(std::pair("HostCalls", fuzzHostCalls), std::pair("PollLists", fuzzPollLists),
-                                         std::pair("Framing", fuzzFraming), std::pair("Values", fuzzValues)),
+                         testing::Values(Target("HostCalls", fuzzHostCalls), Target("PollLists", fuzzPollLists),
+                                         Target("Framing", fuzzFraming), Target("Values", fuzzValues)),
                          [](const auto &target) { return target.param.first; });
 
 } // namespace
