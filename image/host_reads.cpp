@@ -63,21 +63,21 @@ void readStationBits(const StationRead &read, int bits, int unit, QByteArray &ou
     if (count < 1)
         return;
     char *to = grown(out, count);
-    image::StationRun run(read.station, read.area);
+    image::StationValues values(read.station, read.area);
     const QByteArray *value = nullptr;
     for (int i = 0; i < count; ++i) {
         const qint64 bit = read.address + i;
         const int offset = static_cast<int>(bit % bits);
         if (!value || offset == 0)
-            value = &run.value(wrapped((bit - offset) / unit));
+            value = &values.value(wrapped((bit - offset) / unit));
         const int byte = offset / 8;
         to[i] = value->size() > byte && (value->at(byte) >> (offset % 8) & 1) != 0;
     }
 }
 
-void copyRegister(image::StationRun *run, qint64 address, char *to)
+void copyRegister(image::StationValues *values, qint64 address, char *to)
 {
-    const QByteArray &value = run->value(wrapped(address));
+    const QByteArray &value = values->value(wrapped(address));
     const bool known = value.size() >= 2;
     to[0] = known ? value.at(0) : '\0';
     to[1] = known ? value.at(1) : '\0';
@@ -88,9 +88,9 @@ void readStationRegisters(const StationRead &read, QByteArray &out, int count)
     if (count < 1)
         return;
     char *to = grown(out, 2 * count);
-    image::StationRun run(read.station, read.area);
+    image::StationValues values(read.station, read.area);
     for (int k = 0; k < count; ++k)
-        copyRegister(&run, read.address + k, to + 2 * k);
+        copyRegister(&values, read.address + k, to + 2 * k);
 }
 
 /// A single register gives nothing here, unlike in the shared image.
@@ -100,7 +100,7 @@ void readStationPairs(const StationRead &read, QByteArray &out, int count)
         return;
     const int pairs = count / 2;
     char *to = grown(out, 4 * pairs);
-    image::StationRun low(read.station, read.area, 2), high(read.station, read.area, 2);
+    image::StationValues low(read.station, read.area), high(read.station, read.area);
     for (int j = 0; j < pairs; ++j) {
         copyRegister(&low, read.address + 2 * j + 1, to + 4 * j);
         copyRegister(&high, read.address + 2 * j, to + 4 * j + 2);

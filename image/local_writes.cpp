@@ -45,13 +45,13 @@ char withBit(char byte, int mask, bool on)
 /// Any byte but 1 clears. Every bit's record is made, also where data is too short to write it.
 void writeStationCoils(const RW_VAR &var)
 {
-    image::StationRun run(var.station, AreaCoils);
+    image::StationValues values(var.station, AreaCoils);
     const int count = qMin(var.dataLength, int(image::bitCount));
     for (int i = 0; i < count; ++i) {
         const qint64 bit = qint64(var.startAddress) + i;
         if (bit < 0)
             continue;
-        QByteArray &value = run.value(wrapped(bit & ~qint64(7)));
+        QByteArray &value = values.value(wrapped(bit & ~qint64(7)));
         if (value.isEmpty() || i >= var.data.size())
             continue;
         value[0] = withBit(value.at(0), 1 << (bit % 8), var.data.at(i) == 1);
@@ -66,11 +66,11 @@ void writeStationRegisterBits(const RW_VAR &var)
         return;
     const int byte = var.startAddress % 16 / 8;
     const int mask = 1 << (var.startAddress % 8);
-    image::StationRun run(var.station, AreaHoldingRegisters);
+    image::StationValues values(var.station, AreaHoldingRegisters);
     const int count = qMin(var.dataLength, int(image::registerBits));
     for (int i = 0; i < count; ++i) {
         const qint64 reg = (qint64(var.startAddress) + i) / 16;
-        QByteArray &value = run.value(wrapped(reg));
+        QByteArray &value = values.value(wrapped(reg));
         if (value.size() < 2 || i >= var.data.size())
             continue;
         const char wanted = var.data.at(i);
@@ -80,11 +80,11 @@ void writeStationRegisterBits(const RW_VAR &var)
 }
 
 /// Registers below address 0 are not written.
-void setStationRegister(image::StationRun *run, qint64 reg, const char *from)
+void setStationRegister(image::StationValues *values, qint64 reg, const char *from)
 {
     if (reg < 0)
         return;
-    QByteArray &value = run->value(wrapped(reg));
+    QByteArray &value = values->value(wrapped(reg));
     if (value.size() != 2)
         value.resize(2);
     std::memcpy(value.data(), from, 2);
@@ -93,15 +93,15 @@ void setStationRegister(image::StationRun *run, qint64 reg, const char *from)
 void writeStationRegisters(const RW_VAR &var)
 {
     const int count = qMin(var.dataLength, var.data.size() / 2);
-    image::StationRun run(var.station, AreaHoldingRegisters);
+    image::StationValues values(var.station, AreaHoldingRegisters);
     for (int k = 0; k < count; ++k)
-        setStationRegister(&run, qint64(var.startAddress) + k, var.data.constData() + 2 * k);
+        setStationRegister(&values, qint64(var.startAddress) + k, var.data.constData() + 2 * k);
 }
 
 void writeStationPairs(const RW_VAR &var)
 {
     const int count = qMin(var.dataLength / 2, var.data.size() / 4);
-    image::StationRun low(var.station, AreaHoldingRegisters, 2), high(var.station, AreaHoldingRegisters, 2);
+    image::StationValues low(var.station, AreaHoldingRegisters), high(var.station, AreaHoldingRegisters);
     for (int j = 0; j < count; ++j) {
         const qint64 first = qint64(var.startAddress) + 2 * j;
         if (first < 0)

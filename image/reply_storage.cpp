@@ -109,11 +109,11 @@ void setSize(QByteArray *value, int size)
 
 void storeStationBits(const ReplyData &data, const RW_VAR &var)
 {
-    image::StationRun run(var.station, var.area);
+    image::StationValues values(var.station, var.area);
     QByteArray *value = nullptr;
     const int groups = qMin(data.byteCount, int(image::bitBytes));
     for (int j = 0; j < groups; ++j) {
-        value = &run.value(wrapped(var.startAddress + qint64(8) * j));
+        value = &values.value(wrapped(var.startAddress + qint64(8) * j));
         setSize(value, j < data.bytesPresent ? 1 : 0);
         if (j < data.bytesPresent)
             *value->data() = static_cast<char>(data.bytes[j]);
@@ -123,10 +123,10 @@ void storeStationBits(const ReplyData &data, const RW_VAR &var)
 
 void storeStationRegisters(const ReplyData &data, const RW_VAR &var, int area)
 {
-    image::StationRun run(var.station, area);
+    image::StationValues values(var.station, area);
     QByteArray *value = nullptr;
     for (int k = 0; k < data.registerCount; ++k) {
-        value = &run.value(wrapped(qint64(var.startAddress) + k));
+        value = &values.value(wrapped(qint64(var.startAddress) + k));
         setSize(value, k < data.registersPresent ? 2 : 0);
         if (k >= data.registersPresent)
             continue;

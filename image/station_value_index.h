@@ -42,8 +42,9 @@ struct StationValueIndex
 {
     QHash<StationValueKey, int> positions;
     int indexed = 0;
-    StationValueLandmark first, last;
     bool distinct = true; ///< no key was met twice, so any record with a key is the first with it
+    StationValueLandmark first, last;
+    int foundAt = 0, foundAddress = 0; ///< position and address of the record found last
 };
 
 /// \endcond

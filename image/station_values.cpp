@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "station_values.h"
 
+#include "../driver/arithmetic.h"
 #include "../driver/driver_object.h"
+#include "../varlists/areas.h"
 
 namespace {
 
@@ -81,55 +83,75 @@ int findIndexed(const StationValueIndex &index, const QList<EXTENDVAR> &list, co
 }
 
 /// True when the record of this key is known to be the one at this position.
-bool liesAt(int position, const StationValueKey &key)
+bool liesAt(const StationValueIndex &index, const QList<EXTENDVAR> &list, const StationValueKey &key,
+            int position)
 {
-    const StationValueIndex &index = PLC_driver.extendIndex;
-    const QList<EXTENDVAR> &list = PLC_driver.extendList;
-    return position < list.size() && index.distinct && index.indexed == list.size() &&
-           keyOf(list.at(position)) == key;
+    return position >= 0 && position < list.size() && keyOf(list.at(position)) == key && index.distinct &&
+           index.indexed == list.size();
 }
 
 /// The position of the first record of this key, or -1.
-int find(const StationValueKey &key)
+int find(StationValueIndex *index, const QList<EXTENDVAR> &list, const StationValueKey &key)
 {
-    StationValueIndex &index = PLC_driver.extendIndex;
-    const QList<EXTENDVAR> &list = PLC_driver.extendList;
-    if (landmarksStand(index, list))
-        indexTail(&index, list);
-    else
-        indexAnew(&index, list);
-    const int position = findIndexed(index, list, key);
-    if (position >= 0 || isTrue(index, list))
+    indexTail(index, list);
+    const int position = findIndexed(*index, list, key);
+    if (position >= 0 || isTrue(*index, list))
         return position;
-    indexAnew(&index, list);
-    return findIndexed(index, list, key);
+    indexAnew(index, list);
+    return findIndexed(*index, list, key);
+}
+
+/// The position of the record of this key, made when absent. Not inlined, to keep the way past it short.
+__attribute__((noinline)) int findOrAppend(StationValueKey key)
+{
+    QList<EXTENDVAR> &list = PLC_driver.extendList;
+    const int found = find(&PLC_driver.extendIndex, list, key);
+    if (found >= 0)
+        return found;
+    EXTENDVAR record;
+    record.station = key.station;
+    record.area = key.area;
+    record.address = key.address;
+    record.value = QByteArray(4, '\0');
+    list.append(record);
+    return list.size() - 1;
 }
 
 } // namespace
 
 int ExtendFindSameVar(int station, int area, int address)
 {
-    const StationValueKey key = {station, area, address};
-    const int position = find(key);
-    if (position >= 0)
-        return position;
-    EXTENDVAR record;
-    record.station = station;
-    record.area = area;
-    record.address = address;
-    record.value = QByteArray(4, '\0');
-    PLC_driver.extendList.append(record);
-    return PLC_driver.extendList.size() - 1;
+    return image::StationValues(station, area).position(address);
 }
 
 namespace image {
 
-QByteArray &StationRun::value(int address)
+StationValues::StationValues(int station, int area)
+    : m_station(station), m_area(area), m_foundAt(PLC_driver.extendIndex.foundAt),
+      m_foundAddress(PLC_driver.extendIndex.foundAddress)
 {
+    if (!landmarksStand(PLC_driver.extendIndex, PLC_driver.extendList))
+        indexAnew(&PLC_driver.extendIndex, PLC_driver.extendList);
+}
+
+// Looks first where the record is if those between were made one after the other.
+int StationValues::position(int address)
+{
+    StationValueIndex &index = PLC_driver.extendIndex;
     const StationValueKey key = {m_station, m_area, address};
-    const bool asExpected = m_position >= 0 && liesAt(m_position + m_stride, key);
-    m_position = asExpected ? m_position + m_stride : ExtendFindSameVar(m_station, m_area, address);
-    return PLC_driver.extendList[m_position].value;
+    const int distance = arithmetic::wrapped(qint64(address) - m_foundAddress);
+    const int records = varlists::isBitArea(m_area) ? distance / 8 : distance;
+    const int expected = arithmetic::wrapped(qint64(m_foundAt) + records);
+    m_foundAt = liesAt(index, PLC_driver.extendList, key, expected) ? expected : findOrAppend(key);
+    m_foundAddress = address;
+    index.foundAt = m_foundAt;
+    index.foundAddress = address;
+    return m_foundAt;
+}
+
+QByteArray &StationValues::value(int address)
+{
+    return PLC_driver.extendList[position(address)].value;
 }
 
 } // namespace image

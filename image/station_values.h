@@ -17,20 +17,22 @@ MODBUS_API int ExtendFindSameVar(int station, int area, int address);
 
 namespace image {
 
-/// The values of one station and area, asked for one after the other. What one reply or one panel made lies
-/// side by side in extendList, so the index is asked for the first and seldom for the rest.
-class StationRun
+/// Values of one station and area, asked for one after the other while extendList belongs to the caller. What
+/// replies and panels made lies side by side, so the index is asked for the first and seldom for the rest.
+class StationValues
 {
 public:
-    /// The record of the next value is expected `stride` records after the one before.
-    StationRun(int station, int area, int stride = 1) : m_station(station), m_area(area), m_stride(stride) {}
+    StationValues(int station, int area);
 
-    /// The value of a record, made when absent. The reference holds until extendList changes.
+    /// As ExtendFindSameVar.
+    int position(int address);
+
+    /// The value of that record. The reference holds until extendList changes.
     QByteArray &value(int address);
 
 private:
-    const int m_station, m_area, m_stride;
-    int m_position = -1; // of the record asked for last
+    const int m_station, m_area;
+    int m_foundAt, m_foundAddress; // position and address of the record found last
 };
 
 } // namespace image
