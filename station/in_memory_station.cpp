@@ -37,9 +37,9 @@ QByteArray readBits(int function, const Table &table, int address, int count)
     if (!reaches(table, address, count))
         return refuse(function, IllegalAddress);
     QByteArray data((count + 7) / 8, '\0');
+    const auto first = table.begin() + address;
     for (int i = 0; i < count; ++i)
-        data[i / 8] =
-            static_cast<char>(data.at(i / 8) | table[static_cast<std::size_t>(address + i)] << i % 8);
+        data[i / 8] = static_cast<char>(data.at(i / 8) | first[i] << i % 8);
     return QByteArray(1, static_cast<char>(function)).append(static_cast<char>(data.size())).append(data);
 }
 
@@ -51,8 +51,9 @@ QByteArray readRegisters(int function, const Table &table, int address, int coun
         return refuse(function, IllegalAddress);
     QByteArray pdu(1, static_cast<char>(function));
     pdu.append(static_cast<char>(2 * count));
+    const auto first = table.begin() + address;
     for (int k = 0; k < count; ++k)
-        append(&pdu, table[static_cast<std::size_t>(address + k)]);
+        append(&pdu, first[k]);
     return pdu;
 }
 
@@ -77,8 +78,9 @@ QByteArray writeMany(const QByteArray &pdu, Table *table)
         return refuse(pdu.at(0), IllegalValue);
     if (!reaches(*table, word(pdu, 1), count))
         return refuse(pdu.at(0), IllegalAddress);
+    const auto first = table->begin() + word(pdu, 1);
     for (int k = 0; k < count; ++k)
-        (*table)[static_cast<std::size_t>(word(pdu, 1) + k)] = word(pdu, data + 2 * k);
+        first[k] = word(pdu, data + 2 * k);
     return pdu.left(5);
 }
 
