@@ -3,7 +3,6 @@
 
 #include "frame_dissection.h"
 #include "host_words.h"
-#include "status_text.h"
 
 #include <tuple>
 
@@ -19,9 +18,7 @@ TEST(Frame, IsSummedUpInOneLine)
 {
     const Row rows[] = {
         {"read coils", request, "0000 0000 0006 01 01 0008 0010", "unit 1: read coils 8-23"},
-        {"read input register", request, "0000 0000 0006 FF 04 FFFF 0001", "unit 255: read input registers 65535"},
         {"write coil on", request, "0000 0000 0006 01 05 0005 FF00", "unit 1: write coil 5: on"},
-        {"write register", reply, "0000 0000 0006 01 06 000A 1234", "unit 1: write register 10: 4660 (0x1234)"},
         {"write coils", request, "0000 0000 0009 01 0F 0002 000A 02 0502", "unit 1: write coils 2-11: 1 0 1 0 0 0 0 0 0 1"},
         {"write registers", request, "0000 0000 000B 00 10 000A 0002 04 1234 5678",
          "unit 0: write registers 10-11: 0x1234 0x5678"},
@@ -45,7 +42,6 @@ TEST(Frame, NamesItsOneFault)
         {"other protocol", request, "0000 0001 0006 01 03 0000 0001", "protocol identifier 1"},
         {"length field", request, "0000 0000 0007 01 03 0000 0001", "length field says 7, but 6 bytes"},
         {"no register", request, "0000 0000 0006 01 03 0000 0000", "quantity 0, the protocol allows 1 to 125"},
-        {"too many registers", request, "0000 0000 0006 01 04 0000 007E", "quantity 126"},
         {"too many bits", request, "0000 0000 0006 01 02 0000 07D1", "quantity 2001, the protocol allows 1 to 2000"},
         {"beyond the table", request, "0000 0000 0006 01 03 FFFF 0002", "passes the last address"},
         {"coil half on", request, "0000 0000 0006 01 05 0005 FF01", "FF 00 for on"},
@@ -97,35 +93,6 @@ TEST(Frame, FieldsStandWithOffsetsBytesAndMeaning)
         EXPECT_EQ(frameFields(bytes(hex), reply).value(index).simplified().toStdString(), line);
     const auto input = frameFields(bytes("0000 0000 0006 01 02 270F 0001"), request).value(5);
     EXPECT_TRUE(input.contains(QLatin1String("9999 (110000 when"))) << qPrintable(input);
-}
-
-TEST(Frame, ShowsItsKindByItself)
-{
-    const std::tuple<const char *, QList<FrameKind>> rows[] = {
-        {"0000 0000 0006 01 03 0000 00FF", {request}},
-        {"0000 0000 0005 01 03 02 1234", {reply}},
-        {"0000 0000 0006 01 10 000A 0002", {reply}},
-        {"0000 0000 0006 01 06 000A 0002", {request, reply}},
-        {"0000 0000 0006 01 01 0305 0008", {request, reply}},
-        {"16 00 00 02 01 0000 00000010 0002 00000000 00000000 FF", {remote}},
-    };
-    for (const auto &[hex, kinds] : rows)
-        EXPECT_EQ(likelyKinds(bytes(hex)), kinds) << hex;
-}
-
-TEST(Status, IsNamedByItsClassAndTheHostIdInIt)
-{
-    const std::tuple<int, const char *, const char *> rows[] = {
-        {44, "no reply", "3, added to 41"},
-        {82, "reply of a wrong length", "11, added to 71"},
-        {171, "remote: reply of a wrong length", "not 1 to 11"},
-    };
-    for (const auto &[code, text, hostId] : rows) {
-        EXPECT_EQ(statusText(code).toStdString(), text);
-        EXPECT_TRUE(statusExplanation(code).at(2).contains(QLatin1String(hostId))) << code;
-    }
-    for (const int unmade : {-1, 2, 10, 23, 53, 83, 99, 101, 183, 201})
-        EXPECT_TRUE(statusText(unmade).isEmpty() && statusExplanation(unmade).isEmpty()) << unmade;
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "value_text.h"
 
-#include "byte_orders.h"
 #include "host_words.h"
 
 namespace {
@@ -85,17 +84,6 @@ TEST(Value, ThatIsRefusedGetsALineThatNamesItAndItsRange)
             << row.name;
         EXPECT_TRUE(error.contains(QLatin1String(row.hint))) << row.name << ": " << qPrintable(error);
     }
-}
-
-TEST(ByteOrders, ReadTheSameBytesFourWays)
-{
-    const QStringList lines = byteOrderTable(QByteArray::fromHex("436a91f4"));
-    ASSERT_EQ(lines.size(), 5);
-    const char *expected[] = {
-        "ABCD 43 6A 91 F4 1131057652 1131057652 234.57013 high register first:", "CDAB 91 F4 43 6A 2448704362 -1846262934 ",
-        "BADC 6A 43 F4 91 1782838417 1782838417 ", "DCBA F4 91 6A 43 4103170627 -191796669 "};
-    for (int i = 0; i < 4; ++i)
-        EXPECT_TRUE(lines.at(i + 1).simplified().startsWith(QLatin1String(expected[i]))) << qPrintable(lines.at(i + 1));
 }
 
 } // namespace
