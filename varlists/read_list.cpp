@@ -40,12 +40,11 @@ bool isBitOfRegister(int area)
 /// No run is longer than a table.
 Run wholeRun(const VAR_ITEM &item, int address, int index)
 {
-    if (isBitArea(item.area))
-        return {address, qMin(item.count, int(image::bitCount)), index};
+    const int table = isBitArea(item.area) ? int(image::bitCount) : int(image::registerCount);
     if (!isBitOfRegister(item.area))
-        return {address, qMin(item.count, int(image::registerCount)), index};
+        return {address, qMin(item.count, table), index};
     const qint64 registers = arithmetic::ceilDiv(qint64(address % 16) + item.count, 16);
-    return {address >> 4, qMin(arithmetic::saturated(registers), int(image::registerCount)), index};
+    return {address >> 4, static_cast<int>(qMin<qint64>(registers, table)), index};
 }
 
 /// The most registers, or bits, of one request.
