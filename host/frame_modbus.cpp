@@ -3,20 +3,12 @@
 
 #include "exchange.h"
 
+#include <QtSerialBus/QModbusPdu>
+
 namespace {
 
-enum Function {
-    ReadCoils = 1,
-    ReadInputs = 2,
-    ReadHolding = 3,
-    ReadInputRegisters = 4,
-    WriteCoil = 5,
-    WriteRegister = 6,
-    WriteCoils = 15,
-    WriteRegisters = 16,
-};
+using Function = QModbusPdu;
 
-const int exceptionFlag = 0x80;
 const int lengthFieldEnd = 6;
 const int longestBody = 254; // unit and the longest PDU
 const int addresses = 65536;
@@ -24,27 +16,27 @@ const int addresses = 65536;
 QString functionName(int function)
 {
     switch (function) {
-    case ReadCoils:
+    case Function::ReadCoils:
         return QStringLiteral("read coils");
-    case ReadInputs:
+    case Function::ReadDiscreteInputs:
         return QStringLiteral("read discrete inputs");
-    case ReadHolding:
+    case Function::ReadHoldingRegisters:
         return QStringLiteral("read holding registers");
-    case ReadInputRegisters:
+    case Function::ReadInputRegisters:
         return QStringLiteral("read input registers");
-    case WriteCoil:
+    case Function::WriteSingleCoil:
         return QStringLiteral("write coil");
-    case WriteRegister:
+    case Function::WriteSingleRegister:
         return QStringLiteral("write register");
-    case WriteCoils:
+    case Function::WriteMultipleCoils:
         return QStringLiteral("write coils");
-    case WriteRegisters:
+    case Function::WriteMultipleRegisters:
         return QStringLiteral("write registers");
-    case 22:
+    case Function::MaskWriteRegister:
         return QStringLiteral("mask write register");
-    case 23:
+    case Function::ReadWriteMultipleRegisters:
         return QStringLiteral("read and write registers");
-    case 43:
+    case Function::EncapsulatedInterfaceTransport:
         return QStringLiteral("read device identification");
     default:
         return QStringLiteral("unknown function");
@@ -53,24 +45,25 @@ QString functionName(int function)
 
 bool isOfBits(int function)
 {
-    return function == ReadCoils || function == ReadInputs || function == WriteCoil || function == WriteCoils;
+    return function == Function::ReadCoils || function == Function::ReadDiscreteInputs ||
+           function == Function::WriteSingleCoil || function == Function::WriteMultipleCoils;
 }
 
 bool isRead(int function)
 {
-    return function >= ReadCoils && function <= ReadInputRegisters;
+    return function >= Function::ReadCoils && function <= Function::ReadInputRegisters;
 }
 
 /// Most bits or registers of one request.
 int quantityLimit(int function)
 {
     switch (function) {
-    case ReadCoils:
-    case ReadInputs:
+    case Function::ReadCoils:
+    case Function::ReadDiscreteInputs:
         return 2000;
-    case WriteCoils:
+    case Function::WriteMultipleCoils:
         return 1968;
-    case WriteRegisters:
+    case Function::WriteMultipleRegisters:
         return 123;
     default:
         return 125;
@@ -91,10 +84,10 @@ QString noun(int function, int count)
 /// The number that manuals print which count from 1 behind the table's digit: 40001 is holding register 0.
 QString countedFromOne(int function, int address)
 {
-    const int tableDigit = function == ReadInputs           ? 1
-                           : function == ReadInputRegisters ? 3
-                           : isOfBits(function)             ? 0
-                                                            : 4;
+    const int tableDigit = function == Function::ReadDiscreteInputs   ? 1
+                           : function == Function::ReadInputRegisters ? 3
+                           : isOfBits(function)                       ? 0
+                                                                      : 4;
     const int digits = address < 9999 ? 4 : 5;
     return QString::number(tableDigit) + QStringLiteral("%1").arg(address + 1, digits, 10, QLatin1Char('0'));
 }
@@ -115,13 +108,14 @@ public:
     FrameDissection dissect()
     {
         header();
-        if ((m_function & exceptionFlag) && m_isReply)
+        if ((m_function & Function::ExceptionByte) && m_isReply)
             exception();
-        else if (m_function == WriteCoil || m_function == WriteRegister)
+        else if (m_function == Function::WriteSingleCoil || m_function == Function::WriteSingleRegister)
             singleWrite();
         else if (m_isReply && isRead(m_function))
             readReply();
-        else if (isRead(m_function) || m_function == WriteCoils || m_function == WriteRegisters)
+        else if (isRead(m_function) || m_function == Function::WriteMultipleCoils ||
+                 m_function == Function::WriteMultipleRegisters)
             rangeRequest();
         else
             unknown();
@@ -158,7 +152,7 @@ private:
 
     void exception()
     {
-        const int function = m_function - exceptionFlag;
+        const int function = m_function - Function::ExceptionByte;
         m_reader.means(QStringLiteral("%1 + 128, exception to %2").arg(function).arg(functionName(function)));
         const int code = m_reader.take("exception", 1);
         const QString name = QStringLiteral("%1, %2").arg(code).arg(exceptionName(code));
@@ -180,7 +174,7 @@ private:
         const int first = address();
         const int value = m_reader.take("value", 2);
         QString text = QStringLiteral("%1 (0x%2)").arg(value).arg(value, 4, 16, QLatin1Char('0'));
-        if (m_function == WriteCoil) {
+        if (m_function == Function::WriteSingleCoil) {
             text = value == 0xFF00 ? QStringLiteral("on") : value == 0 ? QStringLiteral("off") : text;
             m_reader.check(value == 0xFF00 || value == 0,
                            QStringLiteral("a coil's value is FF 00 for on or 00 00 for off"));
@@ -262,7 +256,7 @@ private:
     void unknown()
     {
         m_summary = QStringLiteral("function %1").arg(m_function);
-        const bool isException = m_function & exceptionFlag;
+        const bool isException = m_function & Function::ExceptionByte;
         m_reader.check(
             !isException,
             QStringLiteral("function %1 is that of an exception reply, not of a request").arg(m_function));

@@ -23,19 +23,19 @@ int wordAt(const QByteArray &frame, int index)
 int pduSize(const QByteArray &frame)
 {
     switch (byteAt(frame, headerSize)) {
-    case 1: // read coils
-    case 2: // read discrete inputs
-    case 3: // read holding registers
-    case 4: // read input registers
-    case 5: // write one coil
-    case 6: // write one register
+    case QModbusPdu::ReadCoils:
+    case QModbusPdu::ReadDiscreteInputs:
+    case QModbusPdu::ReadHoldingRegisters:
+    case QModbusPdu::ReadInputRegisters:
+    case QModbusPdu::WriteSingleCoil:
+    case QModbusPdu::WriteSingleRegister:
         return 5;
-    case 15: // write coils
-    case 16: // write registers
+    case QModbusPdu::WriteMultipleCoils:
+    case QModbusPdu::WriteMultipleRegisters:
         return 6 + byteAt(frame, headerSize + 5);
-    case 22: // mask write
+    case QModbusPdu::MaskWriteRegister:
         return 7;
-    case 23: // read and write registers
+    case QModbusPdu::ReadWriteMultipleRegisters:
         return 10 + byteAt(frame, headerSize + 9);
     default:
         return -1;
@@ -78,8 +78,10 @@ RequestFacts modbus::facts(const QByteArray &frame)
     facts.function = byteAt(frame, headerSize);
     if (structuralException(frame) != 0)
         return facts;
-    const bool readsAndWrites = facts.function == 23;
-    const bool single = facts.function == 5 || facts.function == 6 || facts.function == 22;
+    const bool readsAndWrites = facts.function == QModbusPdu::ReadWriteMultipleRegisters;
+    const bool single = facts.function == QModbusPdu::WriteSingleCoil ||
+                        facts.function == QModbusPdu::WriteSingleRegister ||
+                        facts.function == QModbusPdu::MaskWriteRegister;
     facts.address = wordAt(frame, readsAndWrites ? 12 : 8);
     facts.count = single ? 1 : wordAt(frame, readsAndWrites ? 14 : 10);
     return facts;
@@ -93,10 +95,12 @@ QByteArray modbus::carryOut(SimulatedUnit &unit, const QByteArray &frame)
     const QModbusRequest request(QModbusPdu::FunctionCode(byteAt(frame, headerSize)),
                                  frame.mid(headerSize + 1));
     const QModbusResponse response = unit.processRequest(request);
-    return reply(frame, response.functionCode() | (response.isException() ? 0x80 : 0), response.data());
+    return reply(frame, response.functionCode() | (response.isException() ? QModbusPdu::ExceptionByte : 0),
+                 response.data());
 }
 
 QByteArray modbus::exceptionReply(const QByteArray &request, int code)
 {
-    return reply(request, byteAt(request, headerSize) | 0x80, QByteArray(1, static_cast<char>(code)));
+    return reply(request, byteAt(request, headerSize) | QModbusPdu::ExceptionByte,
+                 QByteArray(1, static_cast<char>(code)));
 }
