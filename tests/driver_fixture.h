@@ -41,8 +41,7 @@ protected:
     Driver();
 
     int poll(const std::vector<Item> &items);
-    int write(int area, const char *address, int count, const char *value, int hostId = 0, int hostItem = 0,
-              int station = 1);
+    int write(int area, const char *address, int count, const char *value, int hostId = 0, int hostItem = 0, int station = 1);
     void expectRequest(const char *frame);
     void expectNothingToSend() { EXPECT_EQ(ComCommunication(), nullptr); }
     /// The status that DataCom reports for these reply bytes, or for none.
