@@ -145,20 +145,14 @@ TEST_F(Driver, OneShotReadOfMoreThanAQueueEndsAtTheLastPiece)
 TEST_F(Driver, NeighboursShareARequestAtOneStation)
 {
     const Grouped rows[] = {
-        {"a gap within the block",
-         10,
-         {{5, "8", 2}, {5, "0", 2}, {5, "20", 1}, {5, "5", 2}},
-         "5:0*10 5:20*1"},
+        {"a gap within the block", 10, {{5, "8", 2}, {5, "0", 2}, {5, "20", 1}, {5, "5", 2}}, "5:0*10 5:20*1"},
         {"one inside another", 10, {{5, "0", 10}, {5, "3", 2}}, "5:0*10"},
         {"ends inside, starts outside", 10, {{5, "0", 10}, {5, "3", 8}}, "5:0*10 5:3*8"},
         {"coils in whole bytes", 10, {{0, "3", 4}, {0, "10", 2}, {0, "100", 1}}, "0:0*2 0:96*1"},
         {"bits of a register", 10, {{3, "10.5", 3}, {3, "10.15", 2}}, "5:10*2"},
         {"a run longer than a block", 32, {{0, "13", 500}}, "0:8*33 0:264*32"},
         {"registers longer than a block", 10, {{5, "0", 25}}, "5:0*10 5:10*10 5:20*5"},
-        {"the order of areas",
-         10,
-         {{5, "0", 1}, {0, "0", 1}, {6, "0", 2}, {1, "0", 1}, {7, "4", 2}},
-         "0:0*1 1:0*1 4:0*2 5:0*6"},
+        {"the order of areas", 10, {{5, "0", 1}, {0, "0", 1}, {6, "0", 2}, {1, "0", 1}, {7, "4", 2}}, "0:0*1 1:0*1 4:0*2 5:0*6"},
         {"nothing usable", 10, {{9, "0", 1}, {2, "5", 1}, {5, "-1", 1}}, ""},
         {"no limit, no merging", 0, {{5, "0", 300}, {5, "300", 1}, {5, "10", 5}}, "5:0*300 5:300*1"},
         {"negative block is no limit", -1, {{5, "0", 300}, {5, "300", 1}}, "5:0*300 5:300*1"},
@@ -229,8 +223,7 @@ TEST_F(Driver, OnlyARealRebuildStartsThePassAfresh)
 
 TEST_F(Driver, SortIsStableAndAscending)
 {
-    QList<RW_VAR> list = {access(5, 3, 1), access(5, -1, 1), access(5, 3, 2), access(5, 0, 1),
-                          access(5, 3, 3)};
+    QList<RW_VAR> list = {access(5, 3, 1), access(5, -1, 1), access(5, 3, 2), access(5, 0, 1), access(5, 3, 3)};
     Bubble_Sort(&list);
     EXPECT_EQ(listed(list), "5:-1*1 5:0*1 5:3*1 5:3*2 5:3*3");
 }
