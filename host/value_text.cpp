@@ -5,6 +5,7 @@
 #include <QtCore/QtEndian>
 
 #include <charconv>
+#include <cmath>
 #include <cstring>
 
 namespace {
@@ -66,9 +67,13 @@ QString kindOf(int width)
 /// What is wrong; empty when *number holds the value's bits.
 QString readFraction(const QString &text, int width, quint32 *number)
 {
-    bool ok = false;
-    const float value = text.toFloat(&ok);
-    if (!ok)
+    const QByteArray digits = text.toLatin1();
+    const char *first = digits.constData() + (digits.startsWith('+') ? 1 : 0),
+               *end = digits.constData() + digits.size();
+    float value = 0;
+    // Not QString::toFloat: it refuses the largest floats as they are shown.
+    const std::from_chars_result read = std::from_chars(first, end, value);
+    if (read.ec != std::errc() || read.ptr != end)
         return QStringLiteral("it is no number that %1 holds").arg(kindOf(width));
     if (width != 4)
         return QStringLiteral("%1 holds whole numbers; fractions are for hr32").arg(kindOf(width));
@@ -99,6 +104,8 @@ QString floatText(quint32 bits)
 {
     float value;
     std::memcpy(&value, &bits, sizeof value);
+    if (std::isnan(value))
+        return QStringLiteral("nan"); // whatever its sign
     char text[32];
     const std::to_chars_result end = std::to_chars(text, text + sizeof text, value);
     const QString shortest = QString::fromLatin1(text, static_cast<int>(end.ptr - text));

@@ -23,6 +23,8 @@ const Value values[] = {
     {"a fraction", "hr32:0", "234.5664", "00 91 6a 43", "1131057408", "0x436A9100", "1131057408", "234.5664"},
     {"a whole fraction", "hr32:0", "1.0", "00 00 80 3f", "1065353216", "0x3F800000", "1065353216", "1.0"},
     {"an exponent", "hr32:0", "-1e10", "f9 02 15 d0", "3491037945", "0xD01502F9", "-803929351", "-1e+10"},
+    {"the largest float, which is shown rounded up", "hr32:0", "3.4028235e+38", "ff ff 7f 7f", "2139095039", "0x7F7FFFFF",
+     "2139095039", "3.4028235e+38"},
     {"infinity", "hr32:0", "inf", "00 00 80 7f", "2139095040", "0x7F800000", "2139095040", "inf"},
 };
 
@@ -44,6 +46,14 @@ TEST(Value, BecomesBytesAndIsShownInEveryFormatAndReadsBackFromEach)
         isShownAs(row.withSign, ValueFormat::Signed);
         isShownAs(row.fraction, ValueFormat::Float);
     }
+}
+
+TEST(Value, ThatIsNoNumberIsShownAsOneThatCanBeTyped)
+{
+    const Variable of = variable(QStringLiteral("hr32:0"));
+    EXPECT_EQ(valueText(of, QByteArray::fromHex("0000c0ff"), ValueFormat::Float).toStdString(), "nan") << "its sign is set";
+    QString error;
+    EXPECT_EQ(parseValues(of, QStringLiteral("nan"), &error), QByteArray::fromHex("0000c07f")) << qPrintable(error);
 }
 
 TEST(Value, ThatBytesDoNotHoldWhollyIsLeftOut)
