@@ -21,6 +21,15 @@ const Arrays &arrays()
     return only;
 }
 
+const int tableOf[] = {image::bitCount, image::registerBits, image::registerCount, image::registerCount,
+                       image::bitCount, image::registerBits, image::registerCount, image::registerCount};
+
+/// A long access begins near the table's end, where it costs little time and would go too far.
+int startOf(int start, int count, int table)
+{
+    return count > 240 ? qMax(start, table - 240) : start;
+}
+
 } // namespace
 
 void store(QByteArray *reply)
@@ -33,7 +42,8 @@ void pack(Script *script)
 {
     quint8 *bits = arrays().bits.get();
     quint16 *registers = arrays().registers.get();
-    const int routine = script->byte() % 8, start = script->number(), count = script->number();
+    const int routine = script->byte() % 8, count = script->number();
+    const int start = startOf(script->number(), count, tableOf[routine]);
     QByteArray in = script->bytes(script->byte() % 64), out = in;
     switch (routine) {
     case 0:

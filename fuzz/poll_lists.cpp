@@ -13,17 +13,11 @@ struct Run
     qint64 first, end;
 };
 
-bool isBit(int area)
-{
-    return area < 2;
-}
-
-/// Items that every list must ask for. Stations 0 and 255 may share a request with another area's, and a
-/// table ends somewhere.
+/// What every list must ask for. Stations 0 and 255 may share a request with another area's; a table ends.
 Run runOf(const VAR_ITEM &item, int station)
 {
     const int address = StringAddressToInt(item.area, item.addressText);
-    if (address < 0 || address > 60000 || item.count < 1 || item.count > 2000 || item.area > 7 || station % 255 == 0)
+    if (address < 0 || address > 60000 || item.count < 1 || item.area > 7 || station % 255 == 0)
         return {0, 0, 0, 0};
     if (item.area == 2 || item.area == 3)
         return {station, getPlcReg(item.area), address / 16, (qint64(address) + item.count + 15) / 16};
@@ -35,7 +29,7 @@ qint64 asksUpTo(const QList<RW_VAR> &requests, const Run &run, qint64 element)
 {
     qint64 end = element;
     for (const RW_VAR &request : requests) {
-        const qint64 length = qint64(request.dataLength) * (isBit(run.area) ? 8 : 1);
+        const qint64 length = qint64(request.dataLength) * (varlists::isBitArea(run.area) ? 8 : 1);
         if (request.station == run.station && request.area == run.area && request.startAddress <= element)
             end = qMax(end, request.startAddress + length);
     }
@@ -55,8 +49,9 @@ void requireAsked(const QList<RW_VAR> &requests, const Run &run)
 void requireWithinBlock(const QList<RW_VAR> &requests, int block)
 {
     for (const RW_VAR &request : requests) {
-        require(!isBit(request.area) || request.startAddress % 8 == 0 || request.area < 0, "bits are read from a byte's start");
-        require(block < 1 || request.dataLength <= block + isBit(request.area), "no request exceeds the block");
+        require(!varlists::isBitArea(request.area) || request.startAddress % 8 == 0 || request.area < 0,
+                "bits are read from a byte's start");
+        require(block < 1 || request.dataLength <= block + varlists::isBitArea(request.area), "no request exceeds the block");
     }
 }
 
@@ -68,8 +63,8 @@ void askOnce(const VAR_ITEM &item, const Run &run)
     var.addressText = item.addressText;
     var.dataLength = item.count;
     const int queued = AddListOnceReadVar(&var, 0);
-    const bool negative = StringAddressToInt(item.area, item.addressText) < 0;
-    require(queued == (negative ? 0 : PLC_driver.onceReadList.size()), "a one-shot read tells the queue's length");
+    const bool refused = StringAddressToInt(item.area, item.addressText) < 0;
+    require(queued == (refused ? 0 : PLC_driver.onceReadList.size()), "a one-shot read tells the queue's length");
     if (PLC_driver.onceReadList.size() < varlists::queueLimit)
         requireAsked(PLC_driver.onceReadList, run);
 }
@@ -79,20 +74,18 @@ void askOnce(const VAR_ITEM &item, const Run &run)
 void fuzzPollLists(const quint8 *bytes, std::size_t size)
 {
     Script script(bytes, size);
-    static CommSettings settings;
-    settings = CommSettings();
+    CommSettings settings;
+    freshDriver(&settings);
     settings.multiStation = script.flag();
     settings.writeBlockSize = script.byte() % 140 - 2;
     settings.defaultStation = 1;
-    SetComInfo(&settings);
-    PLC_driver.onceReadList.clear();
     QList<VAR_ITEM> items;
-    while (!script.atEnd() && items.size() < 40) {
+    while (!script.atEnd() && items.size() < 16) {
         VAR_ITEM item;
         item.area = static_cast<quint8>(script.byte() % 9);
         item.station = static_cast<quint8>(script.number());
         item.addressText = script.addressText();
-        item.count = qBound(0, script.number(), 300); // one below 0 may narrow its neighbours' request
+        item.count = qBound(0, script.number(), 200); // one below 0 may narrow its neighbours' request
         items.append(item);
     }
     require(ReCreatReadVarList(&items) == PLC_driver.readList.size(), "a rebuild tells the list's length");
