@@ -2,6 +2,8 @@
 // Whole sequences: what is sent next, what a reply or its lack does, who is called back.
 #include "driver_fixture.h"
 
+#include <climits>
+
 namespace {
 const char *const readRegister0 = "0000 0000 0006 01 03 0000 0001";
 const char *const register0 = "0000 0000 0005 01 03 02 1234";
@@ -325,4 +327,10 @@ TEST_F(Driver, RepliesShorterThanTheyClaimStayInsideTheirBytes)
     ComCommunication();
     EXPECT_EQ(DataCom(nullptr, 13)->status, 1);
     EXPECT_EQ(value(5, "0", 2), "34120000");
+}
+
+// Stands last because it takes as long as all others together.
+TEST_F(Driver, WriteOfAnyNumberOfBitsEndsWithAFullQueue)
+{
+    EXPECT_EQ(write(3, "0.0", INT_MAX, ""), 1024);
 }
