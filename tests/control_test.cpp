@@ -10,6 +10,7 @@ TEST(Load, LeavesAnEmptyDriverWithAZeroImage)
     EXPECT_EQ(d.comInfo, nullptr);
     EXPECT_TRUE(d.readList.isEmpty() && d.writeList.isEmpty() && d.onceReadList.isEmpty() && d.pendingList.isEmpty());
     EXPECT_EQ(d.currentKind, 100);
+    EXPECT_EQ(LB | LW | RWI, 0);
     EXPECT_FALSE(d.lastFailed);
     EXPECT_EQ(d.result.status, 0);
     const auto zero = [](int element) { return element == 0; };
@@ -96,6 +97,7 @@ TEST(Checksums, KnownValues)
     EXPECT_EQ(CalLRC(raw(sum256), 2), 256);
     EXPECT_EQ(CalLRC(raw(sum256), 0), 256);
     EXPECT_EQ(CalXOR(raw(request), 6), 0x01 ^ 0x03 ^ 0x0A);
+    EXPECT_EQ(CalXOR(raw(request), 5), 0x01 ^ 0x03);
     EXPECT_EQ(CalXOR(raw(one), 0), 0x5A);
 }
 

@@ -74,7 +74,7 @@ TEST_F(Driver, SwitchedOffStationsArePassedOver)
     reply("0000 0000 0006 02 05 0000 FF00");
     EnCommStation(3, 0);
     expectNothingToSend();
-    EXPECT_EQ(PLC_driver.writeList.size(), 2) << "passed over, not dropped";
+    EXPECT_EQ(listed(PLC_driver.writeList), "3/0:0*1 0:0*1") << "passed over, not dropped";
     EXPECT_EQ(settings.cycleDone, 1);
     PLC_driver.writeBurst = 4;
     poll({{5, "0", 1, 4}});

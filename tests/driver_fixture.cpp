@@ -105,3 +105,17 @@ std::string listed(const QList<RW_VAR> &list)
     }
     return texts.join(QLatin1Char(' ')).toStdString();
 }
+
+std::string origin(const RW_VAR &var)
+{
+    return QString::fromLatin1("%1 %2 %3 %4 %5 %6 %7 %8 %9")
+        .arg(var.hostId)
+        .arg(var.hostItem)
+        .arg(var.rwFlag)
+        .arg(var.remoteMode)
+        .arg(var.linkId)
+        .arg(var.subIndex)
+        .arg(var.aux)
+        .arg(var.tagText, var.addressText)
+        .toStdString();
+}

@@ -60,3 +60,5 @@ typedef std::vector<std::string> Calls;
 RW_VAR access(int area, int start, int length, const char *data = "", int station = 1);
 /// "area:start*length" for each entry, with "station/" ahead when that is not 1.
 std::string listed(const QList<RW_VAR> &list);
+/// "hostId hostItem rwFlag remoteMode linkId subIndex aux tagText addressText"
+std::string origin(const RW_VAR &var);

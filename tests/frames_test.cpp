@@ -109,14 +109,12 @@ TEST_F(Driver, BitOfRegisterIsReadThenWrittenBack)
     const Protocol &read = PLC_driver.pendingList.at(0), &writeBack = PLC_driver.pendingList.at(1);
     EXPECT_EQ(hex(read.frame), hex("0000 0000 0006 01 03 0002 0001"));
     EXPECT_EQ(read.replyLength, 11);
-    EXPECT_EQ(read.var.rwFlag, 0);
+    EXPECT_EQ(origin(read.var), "0 0 0 0 0 -1 0  ");
     EXPECT_EQ(read.var.startAddress, 2);
-    EXPECT_EQ(read.var.subIndex, -1);
     EXPECT_EQ(hex(writeBack.frame), hex("0000 0000 0006 01 06 0002 3030"));
     EXPECT_EQ(writeBack.replyLength, 12);
-    EXPECT_EQ(writeBack.var.rwFlag, 1);
+    EXPECT_EQ(origin(writeBack.var), "0 0 1 0 0 0 0  ");
     EXPECT_EQ(writeBack.var.startAddress, 35);
-    EXPECT_EQ(writeBack.var.subIndex, 0);
     EXPECT_EQ(settings.repliesExpected, 2);
 }
 

@@ -6,15 +6,18 @@
 
 namespace {
 
-/// Puts a read in flight whose reply is stored without being judged.
-void store(const RW_VAR &var, int dataBytes, const char *data, int header = 9)
+/// Puts a read in flight, with a write behind it if there is one, and stores its reply without judging it.
+void store(const RW_VAR &var, int dataBytes, const char *data, const QByteArray &writeHalf = QByteArray(), int header = 9)
 {
-    Protocol request;
+    Protocol request, behind;
     request.replyHeaderLength = header;
     request.replyDataLength = dataBytes;
     request.var = var;
+    behind.frame = writeHalf;
     PLC_driver.pendingList = QList<Protocol>() << request;
-    QByteArray reply = QByteArray(header, '\xEE') + bytes(data);
+    if (!writeHalf.isEmpty())
+        PLC_driver.pendingList << behind;
+    QByteArray reply = QByteArray(qMax(0, header), '\xEE') + bytes(data);
     SaveToLocalDataErea(&reply);
 }
 
@@ -23,47 +26,120 @@ std::string record(int index)
     return hex(PLC_driver.extendList.at(index).value);
 }
 
+void addRecord(int address)
+{
+    EXTENDVAR var;
+    var.station = 1;
+    var.area = 5;
+    var.address = address;
+    PLC_driver.extendList.append(var);
+}
+
 } // namespace
 
-TEST_F(Driver, BitAndWordOrder)
+TEST_F(Driver, WhatThePanelReadsInBothImageModes)
 {
-    QByteArray on = bytes("01"), pair = bytes("78563412"), word = bytes("3412");
-    SetBitToUC(17, PLC_driver.coilBits, &on, 1);
-    EXPECT_EQ(PLC_driver.coilBits[2], 2);
-    SetBitToUS(17, PLC_driver.holdingRegisters, &on, 1);
-    EXPECT_EQ(PLC_driver.holdingRegisters[1], 2);
-    SetWordToUI(100, PLC_driver.holdingRegisters, &pair, 2);
-    EXPECT_EQ(PLC_driver.holdingRegisters[100], 0x1234);
-    EXPECT_EQ(PLC_driver.holdingRegisters[101], 0x5678);
-    SetWordToUS(9, PLC_driver.holdingRegisters, &word, 1);
-    EXPECT_EQ(value(0, "16", 3), "000100");
-    EXPECT_EQ(value(3, "1.0", 3), "000100");
-    EXPECT_EQ(value(7, "100", 2), "78563412");
-    EXPECT_EQ(value(7, "100", 3), "78563412") << "an odd register is left out";
-    EXPECT_EQ(value(7, "100", 1), "7856") << "one register is the low word";
-    SetWordToUI(102, PLC_driver.holdingRegisters, &pair, 2);
-    EXPECT_EQ(value(7, "100", 4), "7856341278563412") << "two values";
-    EXPECT_EQ(value(5, "9", 1), "3412");
+    const struct
+    {
+        const char *what;
+        int area;
+        const char *address;
+        int count;
+        const char *shared, *perStation;
+    } rows[] = {
+        {"coils from inside a byte", 0, "3", 8, "0101010000000001", nullptr},
+        {"inputs", 1, "14", 3, "000101", nullptr},
+        {"the last coil", 0, "14", 2, "0001", nullptr},
+        {"bits of an input register", 2, "0.7", 4, "00000001", nullptr},
+        {"bits across holding registers", 3, "0.13", 5, "0001010101", nullptr},
+        {"input registers", 4, "0", 2, "02040608", nullptr},
+        {"holding registers", 5, "0", 3, "01C003800500", nullptr},
+        {"a 32-bit input", 6, "0", 2, "06080204", nullptr},
+        {"32-bit values", 7, "0", 4, "038001C007E00500", nullptr},
+        {"an odd register is left out", 7, "1", 3, "05000380", nullptr},
+        {"one register is the low word, and nothing per station", 7, "0", 1, "0380", ""},
+        {"nothing asked", 5, "0", 0, "", nullptr},
+        {"less than nothing", 0, "0", -1, "", nullptr},
+        {"no such area", 9, "0", 5, "", nullptr},
+    };
+    for (int multi = 0; multi <= 1; ++multi) {
+        settings.multiStation = multi;
+        store(access(0, 0, 2), 2, "3884");
+        store(access(1, 8, 2), 2, "8001");
+        store(access(4, 0, 2), 4, "04020806");
+        store(access(5, 0, 4), 8, "C001 8003 0005 E007");
+        for (const auto &row : rows) {
+            SCOPED_TRACE(testing::Message() << row.what << multi);
+            EXPECT_EQ(value(row.area, row.address, row.count), multi && row.perStation ? row.perStation : row.shared);
+        }
+    }
+    EXPECT_EQ(PLC_driver.extendList.size(), 10) << "reading known values adds no record";
+    EXPECT_EQ(value(4, "7", 1, 4), "0000");
+    EXPECT_EQ(PLC_driver.extendList.size(), 11) << "reading an unknown one does";
+    EXPECT_EQ(record(10), "00000000");
+    store(access(5, 0, 1, "", 2), 2, "0A0B");
+    EXPECT_EQ(value(5, "0", 1, 2) + value(5, "0", 1, 1), "0B0A01C0") << "stations keep their own values";
 }
 
-TEST_F(Driver, WritersStopWhereTheirInputStops)
+TEST_F(Driver, WhatThePanelWritesInBothImageModes)
 {
-    std::fill_n(PLC_driver.coilBits, 2, quint8(0xFF));
-    std::fill_n(PLC_driver.holdingRegisters, 4, quint16(0xFFFF));
-    QByteArray odd = bytes("0200FF"), five = bytes("0102030405");
-    SetBitToUC(0, PLC_driver.coilBits, &odd, 8);
-    EXPECT_EQ(PLC_driver.coilBits[0], 0xF8) << "2, 0 and 255 clear";
-    SetWordToUS(0, PLC_driver.holdingRegisters, &odd, 2);
-    EXPECT_EQ(value(5, "0", 2), "0200FFFF");
-    SetWordToUI(0, PLC_driver.holdingRegisters, &five, 4);
-    EXPECT_EQ(value(5, "0", 4), "03040102FFFFFFFF");
-    SetWordToUI(2, PLC_driver.holdingRegisters, &five, 1);
-    EXPECT_EQ(value(5, "2", 1), "FFFF");
-    SetBitToUS(32, PLC_driver.holdingRegisters, &odd, 16);
-    EXPECT_EQ(PLC_driver.holdingRegisters[2], 0xFFF8);
+    const struct
+    {
+        const char *what;
+        RW_VAR write;
+        int area;
+        const char *address;
+        int count;
+        const char *shared, *perStation;
+    } rows[] = {
+        {"coils across bytes", access(0, 6, 3, "010101"), 0, "6", 4, "01010100", nullptr},
+        {"any byte but 1 clears", access(0, 2, 4, "0200FF01"), 0, "1", 6, "000000000100", nullptr},
+        {"coils stop with the data", access(0, 1, 8, "01"), 0, "0", 5, "0001010101", nullptr},
+        {"coils below 0", access(0, -2, 3, "000001"), 0, "0", 3, "010001", nullptr},
+        {"bits: per station the start picks the bit", access(3, 25, 2, "0101"), 5, "1", 1, "FF06", "FF02"},
+        {"bits across registers", access(3, 31, 2, "0101"), 5, "1", 2, "FF80FF00", "FF80FF80"},
+        {"a bit cleared", access(3, 19, 1, "00"), 5, "1", 1, "F700", nullptr},
+        {"a byte of 2", access(3, 16, 1, "02"), 5, "1", 1, "FE00", "FF00"},
+        {"bits stop with the data", access(3, 32, 20, "00"), 5, "2", 2, "FE00FF00", nullptr},
+        {"a bit below 0", access(3, -1, 1, "01"), 5, "0", 1, "FF00", nullptr},
+        {"registers", access(5, 4, 2, "34127856"), 5, "4", 3, "34127856FF00", nullptr},
+        {"a register without both bytes", access(5, 4, 2, "AABBCC"), 5, "4", 2, "AABBFF00", nullptr},
+        {"registers below 0", access(5, -1, 2, "11112222"), 5, "0", 2, "2222FF00", nullptr},
+        {"a 32-bit value", access(7, 4, 2, "78563412"), 5, "4", 2, "34127856", nullptr},
+        {"two of them", access(7, 4, 4, "0102030405060708"), 5, "4", 4, "0304010207080506", nullptr},
+        {"an odd register", access(7, 4, 3, "785634129999"), 5, "4", 3, "34127856FF00", nullptr},
+        {"a second value without all bytes", access(7, 4, 4, "78563412999999"), 5, "4", 3, "34127856FF00", nullptr},
+        {"half a value", access(7, 4, 1, "00000000"), 5, "4", 2, "FF00FF00", nullptr},
+        {"a value below 0", access(7, -1, 2, "11112222"), 5, "0", 1, "FF00", nullptr},
+        {"and the next one", access(7, -2, 4, "1111222233334444"), 5, "0", 3, "44443333FF00", nullptr},
+        {"a read-only table", access(4, 4, 1, "1111"), 4, "4", 1, "0000", nullptr},
+    };
+    for (int multi = 0; multi <= 1; ++multi) {
+        settings.multiStation = multi;
+        for (const auto &row : rows) {
+            SCOPED_TRACE(testing::Message() << row.what << multi);
+            store(access(0, 0, 2), 2, "3C00");
+            store(access(5, 0, 8), 16, "00FF 00FF 00FF 00FF 00FF 00FF 00FF 00FF");
+            RW_VAR var = row.write;
+            WriteDataToLocal(&var);
+            EXPECT_EQ(value(row.area, row.address, row.count), multi && row.perStation ? row.perStation : row.shared);
+        }
+    }
+    EXPECT_EQ(PLC_driver.extendList.size(), 11) << "nothing that lies below 0 has a record";
+    store(access(0, 0, 2), 2, "3C3C");
+    RW_VAR coil = access(0, 9, 1, "01");
+    WriteDataToLocal(&coil);
+    EXPECT_EQ(record(1), "3E") << "a coil write leaves one byte";
+    PLC_driver.extendList[0].value.clear();
+    PLC_driver.extendList[2].value.clear();
+    RW_VAR bit = access(3, 0, 1, "01");
+    coil.startAddress = 0;
+    WriteDataToLocal(&bit);
+    WriteDataToLocal(&coil);
+    EXPECT_EQ(value(5, "0", 1) + value(0, "0", 1), "000000") << "bits of values that are not known stay so";
 }
 
-// Read and write at and beyond both ends; canaries are the neighbours of the arrays in the driver object.
+// Read and write at and beyond the end; canaries are the neighbours of the arrays in the driver object.
 TEST_F(Driver, AccessesAreCutOffAtTheEndsOfTheImage)
 {
     const struct
@@ -79,21 +155,23 @@ TEST_F(Driver, AccessesAreCutOffAtTheEndsOfTheImage)
         {7, "65535", 2, ""},      {7, "65535", 1, ""},
         {5, "2147483647", 9, ""}, {0, "2147483647", INT_MAX, ""},
     };
+    settings.writeMode = 0;
     for (const auto &row : rows) {
         SCOPED_TRACE(row.address);
         QByteArray data(64, '\x01');
-        settings.writeMode = 0;
         SetRegisterData(QString(), row.area, QString::fromLatin1(row.address), 1, data, row.count, 0, 0);
         EXPECT_EQ(value(row.area, row.address, row.count), row.read);
     }
-    RW_VAR below = access(5, -1, 2, "11112222"), pair = access(7, -1, 2, "11112222"), bit = access(0, -2, 4, "01010101");
-    for (RW_VAR *var : {&pair, &below, &bit})
-        WriteDataToLocal(var);
-    EXPECT_EQ(value(5, "0", 1), "2222");
-    EXPECT_EQ(value(0, "0", 3), "010100");
     QByteArray out;
+    PLC_driver.holdingRegisters[0] = 0x2222;
+    PLC_driver.coilBits[0] = 1;
     GetWordFromUS(out, PLC_driver.holdingRegisters, -1, 2);
+    GetWordFromUI(out, PLC_driver.holdingRegisters, -1, 1);
     EXPECT_EQ(hex(out), "00002222");
+    GetWordFromUI(out, PLC_driver.holdingRegisters, -2, 4);
+    EXPECT_EQ(hex(out), "0000000000002222");
+    GetBitFromUC(out, PLC_driver.coilBits, -1, 3);
+    EXPECT_EQ(hex(out), "0001000000002222");
     EXPECT_EQ(PLC_driver.inputBits[0], 0) << "behind the coils";
     EXPECT_EQ(PLC_driver.inputRegisters[65535], 0) << "ahead of the holding registers";
 }
@@ -103,9 +181,10 @@ TEST_F(Driver, HostArrayKeepsWhatIsNotWritten)
     QByteArray out(10, '\x55');
     EXPECT_EQ(GetRegisterData(0, 5, QString::fromLatin1("0"), 1, out, 2), 1);
     EXPECT_EQ(hex(out), "00000000555555555555");
-    EXPECT_EQ(GetRegisterData(0, 9, QString::fromLatin1("0"), 1, out, 5), 1) << "no such area";
     EXPECT_EQ(GetRegisterData(0, 2, QString::fromLatin1("7"), 1, out, 5), 0) << "no such address";
-    EXPECT_EQ(hex(out), "00000000555555555555");
+    settings.multiStation = 1;
+    GetRegisterData(0, 5, QString::fromLatin1("0"), 1, out, 3);
+    EXPECT_EQ(hex(out), "00000000000055555555");
 }
 
 TEST_F(Driver, RepliesReachTheTableTheyWereReadFrom)
@@ -124,49 +203,56 @@ TEST_F(Driver, RepliesReachTheTableTheyWereReadFrom)
         {"coils", access(0, 16, 2), 2, "AA55", 0, "16", 16, "00010001000100010100010001000100"},
         {"inputs", access(1, 8, 1), 1, "80", 1, "15", 1, "01"},
         {"input registers", access(4, 100, 2), 4, "01020304", 4, "100", 2, "02010403"},
-        {"holding registers", access(5, 100, 2), 4, "01020304", 5, "100", 2, "02010403"},
-        {"last register missing", access(5, 100, 3), 6, "0A0B0C0D0E", 5, "100", 3, "0B0A0D0C0000"},
+        {"six registers", access(5, 100, 6), 12, "0102030405060708090A0B0C", 5, "100", 6, "02010403060508070A090C0B"},
+        {"last register missing", access(5, 200, 3), 6, "0A0B0C0D0E", 5, "200", 3, "0B0A0D0C0000"},
         {"no table", access(6, 100, 1), 2, "FFFF", 4, "100", 1, "0201"},
         {"past the end", access(5, 65535, 2), 4, "01020304", 5, "65535", 1, "0201"},
         {"below the start", access(5, -1, 2), 4, "01020304", 5, "0", 1, "0403"},
         {"bits below the start", access(0, -8, 2), 2, "FFFF", 0, "0", 9, "010101010101010100"},
+        {"bits below the start, between bytes", access(0, -12, 2), 2, "0000", 0, "0", 1, "01"},
         {"bits past the end", access(0, 65536, 9), 9, "01FF", 0, "65536", 1, "01"},
+        {"fewer bytes than announced", access(0, 40, 2), 2, "FF", 0, "40", 9, "010101010101010100"},
+        {"more bytes than announced", access(5, 300, 1), 2, "01020304", 5, "300", 2, "02010000"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.what);
         store(row.request, row.dataBytes, row.data);
         EXPECT_EQ(value(row.area, row.address, row.count), row.value);
     }
+    store(access(5, 400, 1), 2, "FFFF", QByteArray(), -1);
+    EXPECT_EQ(value(5, "400", 1), "0000") << "a header of less than nothing";
 }
 
 TEST_F(Driver, WriteBackTakesTheRegisterWithTheBitChanged)
 {
     const struct
     {
-        const char *what, *bit, *read, *sent;
-        int subIndex, multi;
+        const char *what;
+        RW_VAR queued;
+        int subIndex;
+        const char *read, *sent;
     } rows[] = {
-        {"set", "01", "0000", "0008", -1, 0},
-        {"clear", "00", "00FF", "00F7", -1, 0},
-        {"any other value leaves it", "02", "00FF", "00FF", -1, 0},
-        {"no queued bit leaves it", "", "1234", "1234", -1, 0},
-        {"not the read half", "01", "0000", "3030", 0, 0},
-        {"per station", "01", "8000", "8008", -1, 1},
+        {"set", access(3, 35, 1, "01"), -1, "0000", "0008"},
+        {"clear", access(3, 35, 1, "00"), -1, "00FF", "00F7"},
+        {"a bit of the high byte", access(3, 47, 1, "01"), -1, "1234", "9234"},
+        {"any other value leaves it", access(3, 35, 1, "02"), -1, "00FF", "00FF"},
+        {"no bit leaves it", access(3, 35, 1), -1, "1234", "1234"},
+        {"below address 0 leaves it", access(3, -3, 1, "01"), -1, "1230", "1230"},
+        {"without a register 0 is taken", access(3, 35, 1, "01"), -1, "80", "0008"},
+        {"not the read half", access(3, 35, 1, "01"), 0, "0102", "3030"},
     };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.what);
-        settings.multiStation = row.multi;
-        PLC_driver.writeList = QList<RW_VAR>() << access(3, 35, 1, row.bit);
-        PLC_driver.pendingList.clear();
-        WriteBool_WordOfBit(&PLC_driver.writeList[0]);
-        PLC_driver.pendingList[0].var.subIndex = row.subIndex;
-        QByteArray reply = QByteArray(9, '\0') + bytes(row.read);
-        SaveToLocalDataErea(&reply);
-        EXPECT_EQ(hex(PLC_driver.pendingList.at(1).frame.mid(10)), row.sent);
+    for (int multi = 0; multi <= 1; ++multi) {
+        settings.multiStation = multi;
+        for (const auto &row : rows) {
+            SCOPED_TRACE(row.what);
+            PLC_driver.writeList = QList<RW_VAR>() << row.queued;
+            RW_VAR read = access(3, 2, 1);
+            read.subIndex = row.subIndex;
+            store(read, 2, row.read, bytes("000000000006010600023030"));
+            EXPECT_EQ(hex(PLC_driver.pendingList.at(1).frame), hex("0000 0000 0006 01 06 0002") + row.sent);
+        }
+        EXPECT_EQ(value(5, "2", 1), "0201") << "the last one read";
     }
-    EXPECT_EQ(value(5, "2", 1), "0080");
-    settings.multiStation = 0;
-    EXPECT_EQ(value(5, "2", 1), "0000");
 }
 
 TEST_F(Driver, WriteBackWithoutARequestBehindItOnlyStores)
@@ -178,38 +264,20 @@ TEST_F(Driver, WriteBackWithoutARequestBehindItOnlyStores)
     EXPECT_EQ(value(5, "4", 1), "3412");
 }
 
-TEST_F(Driver, StationsKeepTheirOwnValues)
-{
-    settings.multiStation = 1;
-    store(access(5, 100, 2, "", 1), 4, "01020304");
-    store(access(5, 100, 1, "", 2), 2, "0A0B");
-    store(access(0, 16, 2, "", 1), 2, "AA55");
-    EXPECT_EQ(PLC_driver.extendList.size(), 5);
-    EXPECT_EQ(value(5, "100", 2), "02010403");
-    EXPECT_EQ(value(5, "100", 1, 2), "0B0A");
-    EXPECT_EQ(value(3, "100.8", 2), "0100");
-    EXPECT_EQ(value(7, "100", 3), "04030201");
-    EXPECT_EQ(value(7, "100", 1), "") << "unlike in the shared image";
-    EXPECT_EQ(value(0, "22", 3), "000101");
-    EXPECT_EQ(PLC_driver.extendList.size(), 5) << "reading known values adds no record";
-    EXPECT_EQ(value(4, "7", 1, 4), "0000");
-    EXPECT_EQ(PLC_driver.extendList.size(), 6) << "reading an unknown one does";
-    EXPECT_EQ(record(5), "00000000");
-    EXPECT_EQ(PLC_driver.holdingRegisters[100], 0);
-}
-
 TEST_F(Driver, LastRecordOfAStoreIsStretchedToTheWholeData)
 {
     settings.multiStation = 1;
-    store(access(5, 10, 2), 4, "0102");
+    store(access(5, 10, 3), 6, "010203");
     EXPECT_EQ(record(0), "0201");
-    EXPECT_EQ(record(1), "00000000") << "its bytes were missing";
+    EXPECT_EQ(record(1), "") << "one of its bytes was missing";
+    EXPECT_EQ(record(2), "000000000000");
     store(access(0, 8, 3), 3, "AABBCC");
-    EXPECT_EQ(record(4), "CC0000");
+    EXPECT_EQ(record(3) + "," + record(5), "AA,CC0000");
+    store(access(1, 8, 2), 2, "AA");
+    EXPECT_EQ(record(7), "0000") << "its byte was missing";
     store(access(5, 10, 0), 0, "");
     EXPECT_EQ(record(0), "") << "a store that touches no record does it to the first";
-    EXPECT_EQ(value(5, "10", 1), "0000");
-    EXPECT_EQ(value(2, "10.0", 1), "00");
+    EXPECT_EQ(value(5, "10", 1) + value(2, "10.0", 1), "000000");
     PLC_driver.extendList.clear();
     store(access(5, 10, 0), 0, "");
     EXPECT_TRUE(PLC_driver.extendList.isEmpty());
@@ -217,62 +285,29 @@ TEST_F(Driver, LastRecordOfAStoreIsStretchedToTheWholeData)
 
 TEST_F(Driver, RecordsAreFoundWhoeverMadeThem)
 {
-    const auto add = [](int address) {
-        EXTENDVAR var;
-        var.station = 1;
-        var.area = 5;
-        var.address = address;
-        PLC_driver.extendList.append(var);
-    };
     for (int i = 0; i < 300; ++i)
         EXPECT_EQ(ExtendFindSameVar(1, 5, i), i);
-    add(1000);
+    addRecord(1000);
     EXPECT_EQ(ExtendFindSameVar(1, 5, 1000), 300) << "appended directly";
-    add(7);
+    addRecord(7);
     EXPECT_EQ(ExtendFindSameVar(1, 5, 7), 7) << "the first one wins";
-    EXPECT_EQ(ExtendFindSameVar(2, 5, 7), 302);
-    EXPECT_EQ(ExtendFindSameVar(1, 4, 7), 303);
+    EXPECT_EQ(ExtendFindSameVar(1, 5, 1000), 300);
+    addRecord(8);
+    EXPECT_EQ(ExtendFindSameVar(1, 5, 8), 8) << "also where its neighbours lie in order";
+    EXPECT_EQ(ExtendFindSameVar(2, 5, 7), 303);
+    EXPECT_EQ(ExtendFindSameVar(1, 4, 7), 304);
+    PLC_driver.extendList.removeLast();
+    EXPECT_EQ(ExtendFindSameVar(1, 4, 7), 304) << "made again after it was taken out";
     PLC_driver.extendList.clear();
     EXPECT_EQ(ExtendFindSameVar(1, 5, 9), 0) << "cleared directly";
     for (int i = 0; i < 500; ++i)
         ExtendFindSameVar(1, 5, i);
     PLC_driver.extendList.clear();
     for (int i = 0; i < 500; ++i)
-        add(5000 - i);
+        addRecord(5000 - i);
     EXPECT_EQ(ExtendFindSameVar(1, 5, 4990), 10) << "cleared and filled again to the same size";
     PLC_driver.extendList[10].address = 1;
     EXPECT_EQ(ExtendFindSameVar(1, 5, 4990), 500) << "changed in place";
-}
-
-TEST_F(Driver, HostWritesPerStation)
-{
-    settings.multiStation = 1;
-    settings.writeMode = 0;
-    write(5, "4", 2, "34127856", 0, 0, 3);
-    write(7, "6", 2, "78563412", 0, 0, 3);
-    write(3, "4.9", 1, "01", 0, 0, 3);
-    write(3, "4.2", 1, "00", 0, 0, 3);
-    write(3, "5.0", 1, "02", 0, 0, 3);
-    write(0, "9", 3, "010101", 0, 0, 3);
-    write(0, "10", 1, "02", 0, 0, 3);
-    EXPECT_EQ(value(5, "4", 4, 3), "3012785634127856");
-    EXPECT_EQ(value(0, "8", 4, 3), "00010001");
-    EXPECT_EQ(record(ExtendFindSameVar(3, 0, 8)), "0A") << "a coil write leaves one byte";
-    RW_VAR several = access(3, 64 + 17, 2, "0101", 3);
-    WriteDataToLocal(&several);
-    EXPECT_EQ(value(5, "5", 1, 3), "7A56") << "the start address alone picks the bit";
-    EXPECT_EQ(write(7, "6", 1, "0000", 0, 0, 3), 1);
-    EXPECT_EQ(value(7, "6", 2, 3), "78563412") << "half a pair is not written";
-    write(7, "0", 2, "04030201", 0, 0, 3);
-    EXPECT_EQ(value(5, "0", 2, 3), "02010403") << "the first register of all";
-    RW_VAR tooShort = access(5, 0, 2, "AABBCC", 3);
-    WriteDataToLocal(&tooShort);
-    EXPECT_EQ(value(5, "0", 2, 3), "AABB0403") << "a register without both bytes stays";
-    const int records = PLC_driver.extendList.size();
-    RW_VAR none = access(5, -2, 2, "11112222", 3), readOnly = access(4, 0, 1, "1111", 3);
-    WriteDataToLocal(&none);
-    WriteDataToLocal(&readOnly);
-    EXPECT_EQ(PLC_driver.extendList.size(), records);
 }
 
 TEST_F(Driver, HostWritesAreQueuedInPieces)
@@ -297,6 +332,7 @@ TEST_F(Driver, HostWritesAreQueuedInPieces)
         {"read-only registers", 4, 4, "0", 1, "0000", 0, ""},
         {"read-only bits", 4, 1, "0", 1, "01", 0, ""},
         {"no address", 4, 3, "0", 1, "01", 0, ""},
+        {"an address past 32 bits", 1, 5, "2147483647", 2, "", 2, "5:2147483647*1 5:-2147483648*1"},
         {"a count past the table", 0, 5, "0", INT_MAX, "", 1, "5:0*65536"},
     };
     for (const auto &row : rows) {
@@ -316,35 +352,23 @@ TEST_F(Driver, QueuedWriteCarriesItsOriginAndZeroesForWhatIsMissing)
     const RW_VAR &var = PLC_driver.writeList.at(0);
     EXPECT_EQ(hex(var.data), "01020300");
     EXPECT_EQ(var.station, 1) << "the default station, while all share one image";
-    EXPECT_EQ(var.hostId, 7);
-    EXPECT_EQ(var.hostItem, 8);
-    EXPECT_EQ(var.rwFlag, 1);
-    EXPECT_EQ(var.remoteMode, 3);
-    EXPECT_EQ(var.linkId, 2);
-    EXPECT_EQ(var.tagText, QString::fromLatin1("tag"));
-    EXPECT_EQ(var.addressText, QString::fromLatin1("8"));
+    EXPECT_EQ(origin(var), "7 8 1 3 2 0 0 tag 8");
     EXPECT_EQ(value(5, "8", 1), "0000") << "the image waits for the request";
     settings.multiStation = 1;
     write(5, "9", 1, "0100", 0, 0, 6);
     EXPECT_EQ(PLC_driver.writeList.at(1).station, 6);
 }
 
-TEST_F(Driver, WhileTheStationFailsWritesShowAtOnce)
+TEST_F(Driver, WritesShowAtOnceWhileTheStationFailsOrIsNotAsked)
 {
     PLC_driver.lastFailed = true;
-    write(5, "8", 1, "3412");
+    write(5, "8", 2, "34127856");
     write(0, "8", 1, "01");
-    EXPECT_EQ(PLC_driver.writeList.size(), 2);
-    EXPECT_EQ(value(5, "8", 1), "3412");
-    EXPECT_EQ(value(0, "8", 1), "01");
-}
-
-TEST_F(Driver, ImageOnlyWritesQueueNothing)
-{
+    EXPECT_EQ(listed(PLC_driver.writeList), "5:8*2 0:8*1");
+    EXPECT_EQ(value(5, "8", 2) + value(0, "8", 1), "3412785601");
     settings.writeMode = 1;
-    EXPECT_EQ(write(5, "8", 1, "3412"), 1);
+    EXPECT_EQ(write(5, "9", 1, "BC9A"), 1);
     EXPECT_EQ(write(4, "8", 1, "3412"), 1) << "read-only, and still no error";
-    EXPECT_EQ(value(5, "8", 1), "3412");
-    EXPECT_EQ(value(4, "8", 1), "0000");
-    EXPECT_TRUE(PLC_driver.writeList.isEmpty());
+    EXPECT_EQ(value(5, "8", 2) + value(4, "8", 1), "3412BC9A0000");
+    EXPECT_EQ(PLC_driver.writeList.size(), 2);
 }

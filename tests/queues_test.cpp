@@ -227,14 +227,7 @@ TEST_F(Driver, PolledRequestsCarryTheTemplate)
 {
     settings.remoteMode = 3;
     poll({{5, "7", 1}});
-    const RW_VAR &entry = PLC_driver.readList.at(0);
-    EXPECT_EQ(entry.hostItem, -1);
-    EXPECT_EQ(entry.hostId, 0);
-    EXPECT_EQ(entry.rwFlag, 0);
-    EXPECT_EQ(entry.subIndex, 0);
-    EXPECT_EQ(entry.remoteMode, 3);
-    EXPECT_EQ(entry.linkId, 2);
-    EXPECT_EQ(entry.addressText, QString::fromLatin1("7"));
+    EXPECT_EQ(origin(PLC_driver.readList.at(0)), "0 -1 0 3 2 0 0  7");
 }
 
 TEST_F(Driver, OnlyARealRebuildStartsThePassAfresh)
@@ -254,15 +247,56 @@ TEST_F(Driver, OnlyARealRebuildStartsThePassAfresh)
 TEST_F(Driver, SortIsStableAndAscending)
 {
     QList<RW_VAR> list = {access(5, 3, 1), access(5, -1, 1), access(5, 3, 2), access(5, 0, 1), access(5, 3, 3)};
+    QList<RW_VAR> two = list.mid(0, 2);
     Bubble_Sort(&list);
-    EXPECT_EQ(listed(list), "5:-1*1 5:0*1 5:3*1 5:3*2 5:3*3");
+    Bubble_Sort(&two);
+    EXPECT_EQ(listed(list + two), "5:-1*1 5:0*1 5:3*1 5:3*2 5:3*3 5:-1*1 5:3*1");
 }
 
-TEST_F(Driver, MergeStepsWidenTheEntryThatTheirCountNames)
+TEST_F(Driver, MergeStepsOnFinishedRecords)
 {
-    QList<RW_VAR> sorted = {access(5, 0, 1), access(5, 1, 1)};
-    PLC_driver.readList << access(5, 90, 1);
-    EXPECT_EQ(WordVarReCreat(&sorted, 10, 1), 2);
-    EXPECT_EQ(listed(PLC_driver.readList), "5:90*1 5:0*2");
-    EXPECT_EQ(WordVarReCreat(&sorted, 10, 90), 91) << "an entry that is not there is not widened";
+    const QList<RW_VAR> neighbours = {access(5, 0, 1), access(5, 1, 1)};
+    const struct
+    {
+        const char *what;
+        int (*step)(QList<RW_VAR> *, int, int);
+        QList<RW_VAR> sorted;
+        int limit, count, result;
+        const char *list;
+    } rows[] = {
+        {"registers", WordVarReCreat, neighbours, 10, 1, 2, "5:90*1 5:0*2"},
+        {"an entry that is not there is not widened", WordVarReCreat, neighbours, 10, 90, 91, "5:90*1 5:0*1"},
+        {"nor one ahead of the first", WordVarReCreat, neighbours, 10, -1, 0, "5:90*1 5:0*1"},
+        {"the first one is", WordVarReCreat, neighbours, 10, 0, 1, "5:90*2 5:0*1"},
+        {"bits", BitVarReCreat, {access(0, 3, 4), access(0, 12, 4), access(0, 40, 1)}, 16, 1, 3, "5:90*1 0:0*2 0:40*1"},
+        {"no limit", WordVarReCreat, {access(5, 0, 2), access(5, 1, 1), access(5, 2, 1)}, 0, 1, 3, "5:90*1 5:0*2 5:2*1"},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        PLC_driver.readList = QList<RW_VAR>() << access(5, 90, 1);
+        QList<RW_VAR> sorted = row.sorted;
+        EXPECT_EQ(row.step(&sorted, row.limit, row.count), row.result);
+        EXPECT_EQ(listed(PLC_driver.readList), row.list);
+    }
+}
+
+TEST_F(Driver, RunsAreCutIntoPieces)
+{
+    const struct
+    {
+        int length, limit;
+        const char *list, *left; ///< what of the record is left when it was cut
+    } rows[] = {
+        {10, 10, "5:100*99", "5:100*99"},
+        {25, 10, "5:100*10 5:110*10 5:120*5", "5:120*5"},
+        {24, 0, "5:100*24", "5:100*24"},
+        {-2, -3, "5:100*99", "5:100*99"},
+    };
+    for (const auto &row : rows) {
+        QList<RW_VAR> list;
+        RW_VAR var = access(5, 100, 99);
+        WhetherGroup(row.length, row.limit, &var, &list);
+        EXPECT_EQ(listed(list), row.list) << row.length;
+        EXPECT_EQ(listed({var}), row.left) << row.length;
+    }
 }
