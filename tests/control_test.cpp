@@ -73,6 +73,23 @@ TEST_F(Driver, StatusCodesShiftByTheItemOfTheRequestInFlight)
     EXPECT_EQ(GetDriverReturnValue(2), 41) << "with nothing in flight";
 }
 
+TEST(Records, StartWithZeros)
+{
+    const CommSettings settings;
+    for (int i = 0; i < 19; ++i)
+        EXPECT_EQ(reinterpret_cast<const int *>(&settings)[i], 0) << "word " << i;
+    const RW_VAR var;
+    EXPECT_EQ(origin(var) + listed({var}), "0 0 0 0 0 0 0  0/0:0*0");
+    EXPECT_EQ(var.status, 0);
+    const Protocol request;
+    EXPECT_EQ(request.frameLength | request.replyLength | request.replyHeaderLength | request.replyDataLength, 0);
+    EXPECT_EQ(request.reserved[0] | request.reserved[1] | request.reserved[2], 0);
+    const VAR_ITEM item;
+    EXPECT_EQ(item.hostByte0 | item.area | item.station | item.hostByte3 | item.hostWord | item.count, 0);
+    const EXTENDVAR value;
+    EXPECT_EQ(value.station | value.area | value.address, 0);
+}
+
 TEST(ResultRecord, CarriesEverythingButTheBytes)
 {
     RW_VAR from = access(5, 100, 2, "3412", 7), to = access(0, 0, 0, "FF");

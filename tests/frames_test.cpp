@@ -52,6 +52,7 @@ TEST_F(Driver, FramesByteForByte)
         {"byte count wraps", WriteAnalog_10, access(5, 0, 129), "0000 0000 0007 01 10 0000 0081 02", 12, 0, 0},
         {"broadcast registers", WriteAnalog_10, access(5, 0, 1, "3412", 0), "0000 0000 0009 00 10 0000 0001 02 1234", 0, 0, 0},
         {"one register", WriteAnalog, access(5, 16, 1, "3412"), "0000 0000 0006 01 06 0010 1234", 12, 0, 0},
+        {"one register, one byte", WriteAnalog, access(5, 16, 1, "34"), "0000 0000 0006 01 06 0010 0034", 12, 0, 0},
         {"one register, no data", WriteAnalog, access(5, 16, 1), "0000 0000 0006 01 06 0010 0000", 12, 0, 0},
         {"two by the other builder", WriteAnalog, access(5, 0, 2, "34127856"), "0000 0000 000B 01 10 0000 0002 04 1234 5678", 12,
          0, 0},
@@ -103,7 +104,7 @@ TEST_F(Driver, RemoteWriteReachesTheImageAtOnceAndWrapsItsLength)
 TEST_F(Driver, BitOfRegisterIsReadThenWrittenBack)
 {
     RW_VAR var = access(3, 35, 1, "01");
-    var.rwFlag = 1;
+    var.rwFlag = var.subIndex = 7;
     WriteBool_WordOfBit(&var);
     ASSERT_EQ(PLC_driver.pendingList.size(), 2);
     const Protocol &read = PLC_driver.pendingList.at(0), &writeBack = PLC_driver.pendingList.at(1);

@@ -105,7 +105,7 @@ TEST_F(Driver, WhatThePanelWritesInBothImageModes)
         {"registers", access(5, 4, 2, "34127856"), 5, "4", 3, "34127856FF00", nullptr},
         {"a register without both bytes", access(5, 4, 2, "AABBCC"), 5, "4", 2, "AABBFF00", nullptr},
         {"registers below 0", access(5, -1, 2, "11112222"), 5, "0", 2, "2222FF00", nullptr},
-        {"a 32-bit value", access(7, 4, 2, "78563412"), 5, "4", 2, "34127856", nullptr},
+        {"a 32-bit value", access(7, 4, 2, "78563412"), 5, "4", 4, "34127856FF00FF00", nullptr},
         {"two of them", access(7, 4, 4, "0102030405060708"), 5, "4", 4, "0304010207080506", nullptr},
         {"an odd register", access(7, 4, 3, "785634129999"), 5, "4", 3, "34127856FF00", nullptr},
         {"a second value without all bytes", access(7, 4, 4, "78563412999999"), 5, "4", 3, "34127856FF00", nullptr},
@@ -178,13 +178,18 @@ TEST_F(Driver, AccessesAreCutOffAtTheEndsOfTheImage)
 
 TEST_F(Driver, HostArrayKeepsWhatIsNotWritten)
 {
-    QByteArray out(10, '\x55');
-    EXPECT_EQ(GetRegisterData(0, 5, QString::fromLatin1("0"), 1, out, 2), 1);
-    EXPECT_EQ(hex(out), "00000000555555555555");
+    for (int multi = 0; multi <= 1; ++multi) {
+        settings.multiStation = multi;
+        for (int area = 0; area < 8; ++area) {
+            const QString address = QString::fromLatin1(area == 2 || area == 3 ? "0.0" : "0");
+            const int size = area < 4 ? 2 : 4;
+            QByteArray out(12, '\x55');
+            EXPECT_EQ(GetRegisterData(0, area, address, 1, out, 2), 1);
+            EXPECT_EQ(hex(out), hex(QByteArray(size, '\0') + QByteArray(12 - size, '\x55'))) << area;
+        }
+    }
+    QByteArray out;
     EXPECT_EQ(GetRegisterData(0, 2, QString::fromLatin1("7"), 1, out, 5), 0) << "no such address";
-    settings.multiStation = 1;
-    GetRegisterData(0, 5, QString::fromLatin1("0"), 1, out, 3);
-    EXPECT_EQ(hex(out), "00000000000055555555");
 }
 
 TEST_F(Driver, RepliesReachTheTableTheyWereReadFrom)
@@ -291,13 +296,14 @@ TEST_F(Driver, RecordsAreFoundWhoeverMadeThem)
     EXPECT_EQ(ExtendFindSameVar(1, 5, 1000), 300) << "appended directly";
     addRecord(7);
     EXPECT_EQ(ExtendFindSameVar(1, 5, 7), 7) << "the first one wins";
-    EXPECT_EQ(ExtendFindSameVar(1, 5, 1000), 300);
-    addRecord(8);
-    EXPECT_EQ(ExtendFindSameVar(1, 5, 8), 8) << "also where its neighbours lie in order";
-    EXPECT_EQ(ExtendFindSameVar(2, 5, 7), 303);
-    EXPECT_EQ(ExtendFindSameVar(1, 4, 7), 304);
+    addRecord(999);
+    addRecord(1000);
+    EXPECT_EQ(ExtendFindSameVar(1, 5, 999), 302);
+    EXPECT_EQ(ExtendFindSameVar(1, 5, 1000), 300) << "also where a later one lies behind its neighbour";
+    EXPECT_EQ(ExtendFindSameVar(2, 5, 7), 304);
+    EXPECT_EQ(ExtendFindSameVar(1, 4, 7), 305);
     PLC_driver.extendList.removeLast();
-    EXPECT_EQ(ExtendFindSameVar(1, 4, 7), 304) << "made again after it was taken out";
+    EXPECT_EQ(ExtendFindSameVar(1, 4, 7), 305) << "made again after it was taken out";
     PLC_driver.extendList.clear();
     EXPECT_EQ(ExtendFindSameVar(1, 5, 9), 0) << "cleared directly";
     for (int i = 0; i < 500; ++i)

@@ -27,7 +27,6 @@ struct Grouped
     int block;
     std::vector<Item> items;
     const char *requests;
-    bool takenByHand = true; ///< whole registers and bits, no longer than their table
 };
 
 const Grouped sharedRequests[] = {
@@ -35,20 +34,16 @@ const Grouped sharedRequests[] = {
     {"one inside another", 10, {{5, "0", 10}, {5, "3", 2}}, "5:0*10"},
     {"ends inside, starts outside", 10, {{5, "0", 10}, {5, "3", 8}}, "5:0*10 5:3*8"},
     {"coils in whole bytes", 10, {{0, "3", 4}, {0, "10", 2}, {0, "100", 1}}, "0:0*2 0:96*1"},
-    {"bits of a register", 10, {{3, "10.5", 3}, {3, "10.15", 2}}, "5:10*2", false},
+    {"bits of a register", 10, {{3, "10.5", 3}, {3, "10.15", 2}}, "5:10*2"},
     {"a run longer than a block", 32, {{0, "13", 500}}, "0:8*33 0:264*32"},
     {"registers longer than a block", 10, {{5, "0", 25}}, "5:0*10 5:10*10 5:20*5"},
-    {"the order of areas",
-     10,
-     {{5, "0", 1}, {0, "0", 1}, {6, "0", 2}, {1, "0", 1}, {7, "4", 2}},
-     "0:0*1 1:0*1 4:0*2 5:0*6",
-     false},
+    {"the order of areas", 10, {{5, "0", 1}, {0, "0", 1}, {6, "0", 2}, {1, "0", 1}, {7, "4", 2}}, "0:0*1 1:0*1 4:0*2 5:0*6"},
     {"nothing usable", 10, {{9, "0", 1}, {2, "5", 1}, {5, "-1", 1}}, ""},
     {"no limit, no merging", 0, {{5, "0", 300}, {5, "300", 1}, {5, "10", 5}}, "5:0*300 5:300*1"},
     {"negative block is no limit", -1, {{5, "0", 300}, {5, "300", 1}}, "5:0*300 5:300*1"},
     {"an empty variable", 10, {{5, "4", 0}}, "5:4*0"},
     {"the same address twice", 10, {{5, "4", 1}, {5, "4", 3}}, "5:4*3"},
-    {"no count passes a table", 0, {{4, "0", INT_MAX}}, "4:0*65536", false},
+    {"no count passes a table", 0, {{4, "0", INT_MAX}}, "4:0*65536"},
 };
 
 } // namespace
@@ -172,30 +167,6 @@ TEST_F(Driver, NeighboursShareARequestAtOneStation)
         const int count = poll(row.items);
         EXPECT_EQ(listed(PLC_driver.readList), row.requests);
         EXPECT_EQ(count, PLC_driver.readList.size());
-    }
-}
-
-TEST_F(Driver, StepsOfARebuildTakenByHandGiveTheSameRequests)
-{
-    for (const Grouped &row : sharedRequests) {
-        SCOPED_TRACE(row.what);
-        PLC_driver.readList.clear();
-        int count = 0;
-        for (int area : {0, 1, 4, 5}) {
-            const int limit = area < 2 ? row.block * 8 : row.block;
-            QList<RW_VAR> group;
-            for (const Item &item : row.items) {
-                RW_VAR var = access(area, StringAddressToInt(area, QString::fromLatin1(item.address)), item.count);
-                if (item.area == area && var.startAddress >= 0)
-                    WhetherGroup(var.dataLength, limit, &var, &group);
-            }
-            Bubble_Sort(&group);
-            count = area < 2 ? BitVarReCreat(&group, limit, count) : WordVarReCreat(&group, limit, count);
-        }
-        if (row.takenByHand) {
-            EXPECT_EQ(listed(PLC_driver.readList), row.requests);
-            EXPECT_EQ(count, PLC_driver.readList.size());
-        }
     }
 }
 
