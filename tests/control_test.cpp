@@ -48,8 +48,10 @@ TEST_F(Driver, StationSwitches)
     EnCommStation(5, 1);
     EXPECT_FALSE(Ethernetcontains(5));
     EXPECT_TRUE(Ethernetcontains(6));
+    EnCommStation(0, 0);
+    EXPECT_TRUE(Ethernetcontains(6));
     EnCommStation(-1, 0);
-    EXPECT_FALSE(Ethernetcontains(6));
+    EXPECT_TRUE(PLC_driver.disabledStations.isEmpty());
 }
 
 TEST_F(Driver, StatusCodesShiftByTheItemOfTheRequestInFlight)

@@ -162,16 +162,20 @@ TEST_F(Driver, AccessesAreCutOffAtTheEndsOfTheImage)
         SetRegisterData(QString(), row.area, QString::fromLatin1(row.address), 1, data, row.count, 0, 0);
         EXPECT_EQ(value(row.area, row.address, row.count), row.read);
     }
-    QByteArray out;
+    QByteArray out(12, '\x55');
     PLC_driver.holdingRegisters[0] = 0x2222;
     PLC_driver.coilBits[0] = 1;
-    GetWordFromUS(out, PLC_driver.holdingRegisters, -1, 2);
-    GetWordFromUI(out, PLC_driver.holdingRegisters, -1, 1);
-    EXPECT_EQ(hex(out), "00002222");
+    GetWordFromUS(out, PLC_driver.holdingRegisters, -4, 5);
+    EXPECT_EQ(hex(out), "000000000000000022225555");
+    out.fill('\x55', 9);
     GetWordFromUI(out, PLC_driver.holdingRegisters, -2, 4);
-    EXPECT_EQ(hex(out), "0000000000002222");
-    GetBitFromUC(out, PLC_driver.coilBits, -1, 3);
-    EXPECT_EQ(hex(out), "0001000000002222");
+    EXPECT_EQ(hex(out), "000000000000222255");
+    out.fill('\x55');
+    GetWordFromUI(out, PLC_driver.holdingRegisters, -1, 1);
+    GetBitFromUC(out, PLC_driver.coilBits, -1, 1);
+    EXPECT_EQ(hex(out), "000055555555555555");
+    GetBitFromUC(out, PLC_driver.coilBits, -3, 4);
+    EXPECT_EQ(hex(out), "000000015555555555");
     EXPECT_EQ(PLC_driver.inputBits[0], 0) << "behind the coils";
     EXPECT_EQ(PLC_driver.inputRegisters[65535], 0) << "ahead of the holding registers";
 }
