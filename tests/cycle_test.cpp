@@ -161,18 +161,14 @@ TEST_F(Driver, FailuresAreRetriedUpToTheLimit)
     EXPECT_EQ(settings.failCount, 0);
     EXPECT_EQ(listed(PLC_driver.readList), "5:0*2") << "polled again next time";
     EXPECT_EQ(takeCalls(), Calls{"notify 0 1"});
-}
-
-TEST_F(Driver, SuccessKeepsTheCountOfFailures)
-{
-    settings.retryLimit = 1;
-    poll({{5, "0", 1}});
-    expectRequest(readRegister0);
-    EXPECT_EQ(noReply(), 0);
-    EXPECT_EQ(reply(register0), 1);
-    EXPECT_FALSE(PLC_driver.lastFailed);
-    expectRequest(readRegister0);
-    EXPECT_EQ(noReply(), 41);
+    for (int status : {0, 0, 41}) { // a success in between does not start the count afresh
+        expectRequest("0000 0000 0006 01 03 0000 0002");
+        EXPECT_EQ(noReply(), status);
+        if (settings.failCount == 1) {
+            EXPECT_EQ(reply("0000 0000 0007 01 03 04 0000 0000"), 1);
+            EXPECT_FALSE(PLC_driver.lastFailed);
+        }
+    }
 }
 
 TEST_F(Driver, GiveUpDropsTheGroup)
@@ -201,19 +197,6 @@ TEST_F(Driver, GiveUpDropsTheGroup)
     }
 }
 
-TEST_F(Driver, OneShotReadIsReportedOnceServed)
-{
-    RW_VAR read = access(5, 0, 1);
-    read.hostId = 5;
-    read.linkId = 2;
-    read.addressText = QString::fromLatin1("0");
-    AddListOnceReadVar(&read, 0);
-    expectRequest(readRegister0);
-    EXPECT_EQ(reply(register0), 1);
-    EXPECT_EQ(takeCalls(), Calls{"done 9 5 0 1"});
-    EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
-}
-
 TEST_F(Driver, PassIsCompleteAfterOneReplyMoreThanTheListHas)
 {
     settings.writeBlockSize = 1;
@@ -236,62 +219,62 @@ TEST_F(Driver, BroadcastWriteNeedsNoReply)
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
 }
 
-TEST_F(Driver, RepliesOfAnotherLinkAreJudgedAsRemote)
+TEST_F(Driver, RepliesAreJudgedByLengthThenByTheKindOfTheirRequest)
 {
     const struct
     {
         const char *what;
-        int rwFlag, subIndex, replies, length, status;
-        const char *stored;
+        int rwFlag, subIndex, replies, expected, length, local, remote;
     } rows[] = {
-        {"stored and done", 0, -1, 0, 11, 1, "3412"},   {"a second reply", 0, -1, 1, 11, 100, "3412"},
-        {"not to be stored", 0, 0, 0, 11, 100, "0000"}, {"no reply", 0, -1, 0, 0, 144, "0000"},
-        {"wrong length", 0, -1, 0, 9, 174, "0000"},     {"neither read nor write", 2, -1, 0, 11, 114, "0000"},
+        {"a read", 0, -1, 0, 11, 11, 1, 1},
+        {"a second reply", 0, -1, 1, 11, 11, 1, 100},
+        {"not to be stored while remote", 0, 0, 0, 11, 11, 1, 100},
+        {"a write's echo", 1, 0, 0, 12, 12, 1, 100},
+        {"no reply", 0, -1, 0, 11, 0, 42, 142},
+        {"wrong length", 1, -1, 0, 12, 11, 72, 172},
+        {"any length", 0, -1, 0, -1, 40, 1, 1},
+        {"any length but nothing came", 0, -1, 0, -1, 0, 42, 142},
+        {"nothing expected", 1, 0, 0, 0, 0, 1, 100},
+        {"neither read nor write", 2, -1, 0, 12, 12, 12, 112},
     };
     for (const auto &row : rows) {
-        SCOPED_TRACE(row.what);
-        PLC_driver.holdingRegisters[0] = 0;
-        PLC_driver.onceBurst = 0;
-        RW_VAR read = access(5, 0, 1);
-        read.hostId = 3;
-        read.linkId = 6;
-        read.subIndex = row.subIndex;
-        read.rwFlag = row.rwFlag;
-        AddListOnceReadVar(&read, 1);
-        ASSERT_NE(ComCommunication(), nullptr);
-        settings.repliesReceived = row.replies;
-        QByteArray data = bytes(register0).left(row.length);
-        EXPECT_EQ(DataCom(&data, row.length)->status, row.status);
-        EXPECT_EQ(value(5, "0", 1), row.stored);
-        EXPECT_EQ(takeCalls(), row.status > 100 ? Calls{"notify 3 1"} : Calls{}) << "never reported as done";
+        for (bool remote : {false, true}) {
+            SCOPED_TRACE(testing::Message() << row.what << remote);
+            Protocol request;
+            request.replyLength = row.expected;
+            request.replyDataLength = 2;
+            request.var = access(5, 0, 1);
+            request.var.rwFlag = row.rwFlag;
+            request.var.subIndex = row.subIndex;
+            request.var.hostId = 1;
+            PLC_driver.pendingList = QList<Protocol>() << request;
+            PLC_driver.holdingRegisters[0] = 0;
+            settings.repliesReceived = row.replies;
+            QByteArray data(row.length, '\x11');
+            const int status = (remote ? DealDataOfRemoteArea : DealDataOfLocalArea)(&data, row.length);
+            EXPECT_EQ(status, remote ? row.remote : row.local);
+            const bool stored = remote ? row.subIndex == -1 && row.remote < 101 : row.rwFlag == 0 && row.local == 1;
+            EXPECT_EQ(value(5, "0", 1), stored ? "1111" : "0000");
+        }
     }
 }
 
-TEST_F(Driver, LocalJudging)
+TEST_F(Driver, OneShotReadsOfAnotherLinkAreNeverReportedAsDone)
 {
-    const struct
-    {
-        const char *what;
-        int rwFlag, expected, length, status;
-    } rows[] = {
-        {"a write's echo", 1, 12, 12, 1},
-        {"no reply", 0, 11, 0, 42},
-        {"wrong length", 1, 12, 11, 72},
-        {"any length", 0, -1, 40, 1},
-        {"nothing expected", 1, 0, 0, 1},
-        {"neither read nor write", 2, 12, 12, 12},
-        {"any length but nothing came", 0, -1, 0, 42},
-    };
-    for (const auto &row : rows) {
-        Protocol request;
-        request.replyLength = row.expected;
-        request.var = access(5, 0, 1);
-        request.var.rwFlag = row.rwFlag;
-        request.var.hostId = 1;
-        PLC_driver.pendingList = QList<Protocol>() << request;
-        QByteArray data(row.length, '\0');
-        EXPECT_EQ(DealDataOfLocalArea(&data, row.length), row.status) << row.what;
+    RW_VAR read = access(5, 0, 1);
+    read.hostId = 3;
+    for (int link : {2, 6}) {
+        read.linkId = link;
+        AddListOnceReadVar(&read, 1);
+        expectRequest(readRegister0);
+        EXPECT_EQ(reply(register0), link == 2 ? 1 : 100) << "judged as remote, and not the read half";
+        EXPECT_EQ(takeCalls(), link == 2 ? Calls{"done 9 3 0 1"} : Calls{});
+        EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
     }
+    AddListOnceReadVar(&read, 1);
+    expectRequest(readRegister0);
+    EXPECT_EQ(noReply(), 144);
+    EXPECT_EQ(takeCalls(), Calls{"notify 3 1"});
 }
 
 TEST_F(Driver, RequestsGoOutRemoteWhileTheSettingSaysSo)

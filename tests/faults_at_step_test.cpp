@@ -53,9 +53,11 @@ bool isForeign(Way way)
     return way == OtherUnit || way == OtherFunction;
 }
 
-int bitMask(const Job &job)
+/// What a bit write makes of a register.
+int withBit(int reg, const Job &job)
 {
-    return 1 << QString::fromLatin1(job.address).section(QLatin1Char('.'), 1).toInt();
+    const int mask = 1 << (StringAddressToInt(job.area, QString::fromLatin1(job.address)) % 16);
+    return job.value ? reg | mask : reg & ~mask;
 }
 
 class Scenario
@@ -68,7 +70,6 @@ public:
 
 private:
     int unitOf(const Job &job) const { return m_settings.multiStation ? job.unit : 1; }
-    std::vector<quint16> &target(const Job &job);
     Values stationValues();
     Values imageValues() const;
     void note(std::size_t place, int value);
@@ -123,12 +124,6 @@ Scenario::Scenario(bool perStation, const Fault &fault) : m_fault(fault)
     checkImage();
 }
 
-std::vector<quint16> &Scenario::target(const Job &job)
-{
-    InMemoryStation::Unit &unit = m_station.unit(unitOf(job));
-    return job.area == 0 ? unit.coils : unit.holdingRegisters;
-}
-
 Values Scenario::stationValues()
 {
     Values values;
@@ -170,7 +165,7 @@ void Scenario::noteEntered(const Job &job)
     if (job.area == 3) {
         const Values had = m_had[first];
         for (int value : had)
-            note(first, job.value ? value | bitMask(job) : value & ~bitMask(job));
+            note(first, withBit(value, job));
         return;
     }
     for (std::size_t k = 0; k < static_cast<std::size_t>(job.count); ++k)
@@ -221,11 +216,8 @@ QByteArray Scenario::spoilt(const QByteArray &reply)
     case Exception:
         return QByteArray::fromHex("000000000003") + reply.at(6) + static_cast<char>(reply.at(7) | 0x80) + '\4';
     case OtherUnit:
-        bad[6] = '\x55';
-        break;
     case OtherFunction:
-        bad[7] = '\x2B';
-        break;
+        bad[m_fault.way == OtherUnit ? 6 : 7] = '\x55';
     }
     for (int i = 9; i < bad.size(); ++i)
         bad[i] = static_cast<char>(~bad.at(i));
@@ -279,10 +271,10 @@ void Scenario::checkOutcome(int item)
     ASSERT_NE(outcomes[item], 0) << "job " << item << " was neither done nor reported";
     if (outcomes[item] == 2 || job.value < 0)
         return;
-    for (std::size_t k = 0; k < static_cast<std::size_t>(job.count); ++k) {
-        const int holds = target(job)[static_cast<std::size_t>(job.first) + k];
-        const int wanted = job.area != 3 ? job.value : job.value ? holds | bitMask(job) : holds & ~bitMask(job);
-        EXPECT_EQ(holds, wanted) << "job " << item;
+    const InMemoryStation::Unit &unit = m_station.unit(unitOf(job));
+    for (int k = job.first; k < job.first + job.count; ++k) {
+        const int holds = (job.area == 0 ? unit.coils : unit.holdingRegisters)[static_cast<std::size_t>(k)];
+        EXPECT_EQ(holds, job.area == 3 ? withBit(holds, job) : job.value) << "job " << item;
     }
 }
 
@@ -309,21 +301,19 @@ void Scenario::play()
 class FaultsAtStep : public testing::TestWithParam<bool>
 {
 protected:
-    void play(const Fault &fault)
+    std::vector<int> play(const Fault &fault)
     {
         SCOPED_TRACE(testing::Message() << "way " << fault.way << ", step " << fault.step << ", cut " << fault.cut
                                         << (fault.forGood ? ", for good" : ""));
         Scenario scenario(GetParam(), fault);
         scenario.play();
-        m_replyLengths = scenario.replyLengths;
+        return scenario.replyLengths;
     }
     void playEveryStep(Way way, bool forGood)
     {
         for (int step = 0; step < steps && !HasFailure(); ++step)
             play({way, step, forGood, 0});
     }
-
-    std::vector<int> m_replyLengths;
 };
 
 TEST_P(FaultsAtStep, OneBadReplyLeavesNoTrace)
@@ -334,8 +324,7 @@ TEST_P(FaultsAtStep, OneBadReplyLeavesNoTrace)
 
 TEST_P(FaultsAtStep, EveryCutIsNoticed)
 {
-    play({None, 0, false, 0});
-    const std::vector<int> lengths = m_replyLengths;
+    const std::vector<int> lengths = play({None, 0, false, 0});
     for (int step = 0; step < steps; ++step) {
         for (int cut = 1; cut < lengths[static_cast<std::size_t>(step)] && !HasFailure(); ++cut)
             play({Cut, step, false, cut});

@@ -112,6 +112,11 @@ TEST_F(Driver, WhatThePanelWritesInBothImageModes)
         {"half a value", access(7, 4, 1, "00000000"), 5, "4", 2, "FF00FF00", nullptr},
         {"a value below 0", access(7, -1, 2, "11112222"), 5, "0", 1, "FF00", nullptr},
         {"and the next one", access(7, -2, 4, "1111222233334444"), 5, "0", 3, "44443333FF00", nullptr},
+        {"the last coils of a byte", access(0, 14, 2, "0101"), 0, "13", 3, "000101", nullptr},
+        {"the last bits of a register", access(3, 126, 2, "0101"), 5, "7", 1, "FFC0", "FF40"},
+        {"more coils than asked", access(0, 2, 1, "0000"), 0, "2", 2, "0001", nullptr},
+        {"more bits than asked", access(3, 16, 1, "0000"), 5, "1", 1, "FE00", nullptr},
+        {"more registers than asked", access(5, 4, 1, "34127856"), 5, "4", 2, "3412FF00", nullptr},
         {"a read-only table", access(4, 4, 1, "1111"), 4, "4", 1, "0000", nullptr},
     };
     for (int multi = 0; multi <= 1; ++multi) {
