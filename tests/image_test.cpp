@@ -170,6 +170,7 @@ TEST_F(Driver, AccessesAreCutOffAtTheEndsOfTheImage)
     QByteArray out(12, '\x55');
     PLC_driver.holdingRegisters[0] = 0x2222;
     PLC_driver.coilBits[0] = 1;
+    GetWordFromUS(out, PLC_driver.holdingRegisters, -3, 2);
     GetWordFromUS(out, PLC_driver.holdingRegisters, -4, 5);
     EXPECT_EQ(hex(out), "000000000000000022225555");
     out.fill('\x55', 9);

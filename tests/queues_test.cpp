@@ -240,6 +240,7 @@ TEST_F(Driver, MergeStepsOnFinishedRecords)
         {"nor one ahead of the first", WordVarReCreat, neighbours, 10, -1, 0, "5:90*1 5:0*1"},
         {"the first one is", WordVarReCreat, neighbours, 10, 0, 1, "5:90*2 5:0*1"},
         {"bits", BitVarReCreat, {access(0, 3, 4), access(0, 12, 4), access(0, 40, 1)}, 16, 1, 3, "5:90*1 0:0*2 0:40*1"},
+        {"no limit is less than 1", WordVarReCreat, {access(5, 0, 0), access(5, 0, 1)}, 0, 1, 3, "5:90*1 5:0*0 5:0*1"},
         {"no limit", WordVarReCreat, {access(5, 0, 2), access(5, 1, 1), access(5, 2, 1)}, 0, 1, 3, "5:90*1 5:0*2 5:2*1"},
     };
     for (const auto &row : rows) {
