@@ -117,6 +117,7 @@ TEST_F(Driver, WhatThePanelWritesInBothImageModes)
         {"more coils than asked", access(0, 2, 1, "0000"), 0, "2", 2, "0001", nullptr},
         {"more bits than asked", access(3, 16, 1, "0000"), 5, "1", 1, "FE00", nullptr},
         {"more registers than asked", access(5, 4, 1, "34127856"), 5, "4", 2, "3412FF00", nullptr},
+        {"more 32-bit values than asked", access(7, 4, 2, "7856341299999999"), 5, "4", 3, "34127856FF00", nullptr},
         {"a read-only table", access(4, 4, 1, "1111"), 4, "4", 1, "0000", nullptr},
     };
     for (int multi = 0; multi <= 1; ++multi) {
@@ -324,6 +325,8 @@ TEST_F(Driver, RecordsAreFoundWhoeverMadeThem)
     EXPECT_EQ(ExtendFindSameVar(1, 5, 4990), 10) << "cleared and filled again to the same size";
     PLC_driver.extendList[10].address = 1;
     EXPECT_EQ(ExtendFindSameVar(1, 5, 4990), 500) << "changed in place";
+    PLC_driver.extendList.last().address = 77;
+    EXPECT_EQ(ExtendFindSameVar(1, 5, 77), 500);
 }
 
 TEST_F(Driver, HostWritesAreQueuedInPieces)
