@@ -63,6 +63,12 @@ void Driver::expectRequest(const char *frame)
     EXPECT_EQ(request->frameLength, request->frame.size());
 }
 
+void Driver::exchange(const char *request, const char *replied, int status)
+{
+    expectRequest(request);
+    EXPECT_EQ(*replied ? reply(replied) : noReply(), status);
+}
+
 int Driver::reply(const char *frame)
 {
     QByteArray data = bytes(frame);

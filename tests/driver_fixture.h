@@ -44,6 +44,8 @@ protected:
     int write(int area, const char *address, int count, const char *value, int hostId = 0, int hostItem = 0, int station = 1);
     void expectRequest(const char *frame);
     void expectNothingToSend() { EXPECT_EQ(ComCommunication(), nullptr); }
+    /// A request, its reply, or "" for none, and the status of the exchange.
+    void exchange(const char *request, const char *replied, int status);
     /// The status that DataCom reports for these reply bytes, or for none.
     int reply(const char *frame);
     int noReply() { return DataCom(nullptr, 0)->status; }

@@ -164,6 +164,5 @@ TEST_F(Driver, CallBacksThatAreNotRegisteredAreSkipped)
 {
     RegistCallBackFuncIntf(nullptr, nullptr);
     write(5, "0", 1, "3412");
-    expectRequest("0000 0000 0009 01 10 0000 0001 02 1234");
-    EXPECT_EQ(noReply(), 41);
+    exchange("0000 0000 0009 01 10 0000 0001 02 1234", "", 41);
 }
