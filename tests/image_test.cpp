@@ -289,8 +289,8 @@ TEST_F(Driver, LastRecordOfAStoreIsStretchedToTheWholeData)
     EXPECT_EQ(record(2), "000000000000");
     store(access(0, 8, 3), 3, "AABBCC");
     EXPECT_EQ(record(3) + "," + record(5), "AA,CC0000");
-    store(access(1, 8, 2), 2, "AA");
-    EXPECT_EQ(record(7), "0000") << "its byte was missing";
+    store(access(1, 8, 3), 3, "AA");
+    EXPECT_EQ(record(7) + "," + record(8), ",000000") << "their bytes were missing";
     store(access(5, 10, 0), 0, "");
     EXPECT_EQ(record(0), "") << "a store that touches no record does it to the first";
     EXPECT_EQ(value(5, "10", 1) + value(2, "10.0", 1), "000000");
