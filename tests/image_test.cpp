@@ -268,16 +268,12 @@ TEST_F(Driver, WriteBackTakesTheRegisterWithTheBitChanged)
             EXPECT_EQ(hex(PLC_driver.pendingList.at(1).frame), hex("0000 0000 0006 01 06 0002") + row.sent);
         }
         EXPECT_EQ(value(5, "2", 1), "0201") << "the last one read";
+        RW_VAR read = access(3, 2, 1);
+        read.subIndex = -1;
+        store(read, 2, "1234");
+        EXPECT_EQ(PLC_driver.pendingList.size(), 1) << "no write waits behind";
+        EXPECT_EQ(value(5, "2", 1), "3412");
     }
-}
-
-TEST_F(Driver, WriteBackWithoutARequestBehindItOnlyStores)
-{
-    RW_VAR read = access(3, 4, 1);
-    read.subIndex = -1;
-    store(read, 2, "1234");
-    EXPECT_EQ(PLC_driver.pendingList.size(), 1);
-    EXPECT_EQ(value(5, "4", 1), "3412");
 }
 
 TEST_F(Driver, LastRecordOfAStoreIsStretchedToTheWholeData)

@@ -126,29 +126,17 @@ TEST_F(Driver, OneShotReadsInPieces)
 
 TEST_F(Driver, OneShotReadsAreNotQueuedTwiceByOneItem)
 {
-    RW_VAR first = onceRead(5, "0", 15), again = first, other = onceRead(5, "0", 15, 2);
-    EXPECT_EQ(AddListOnceReadVar(&first, 0), 2);
+    settings.defaultStation = 4;
+    RW_VAR read = onceRead(5, "0", 15), again = read, other = onceRead(5, "0", 15, 2), many = read, bad = onceRead(2, "3", 1);
+    EXPECT_EQ(AddListOnceReadVar(&read, 0), 2);
     EXPECT_EQ(AddListOnceReadVar(&again, 0), 2);
     EXPECT_EQ(AddListOnceReadVar(&other, 0), 4);
-}
-
-TEST_F(Driver, OneShotReadStations)
-{
-    settings.defaultStation = 4;
-    RW_VAR single = onceRead(5, "0", 1), many = single;
-    AddListOnceReadVar(&single, 0);
     settings.multiStation = 1;
-    AddListOnceReadVar(&many, 0);
-    EXPECT_EQ(listed(PLC_driver.onceReadList), "4/5:0*1 5:0*1");
-}
-
-TEST_F(Driver, BadAddressLeavesTheHostsRecordAlone)
-{
-    RW_VAR var = onceRead(2, "3", 1);
-    var.aux = 5;
-    EXPECT_EQ(AddListOnceReadVar(&var, 0), 0);
-    EXPECT_EQ(listed({var}), "2:-7*1");
-    EXPECT_EQ(var.aux, 5);
+    EXPECT_EQ(AddListOnceReadVar(&many, 0), 6) << "another station's";
+    EXPECT_EQ(listed(PLC_driver.onceReadList), "4/5:0*10 4/5:10*5 4/5:0*10 4/5:10*5 5:0*10 5:10*5");
+    bad.aux = 5;
+    EXPECT_EQ(AddListOnceReadVar(&bad, 0), 0);
+    EXPECT_EQ(listed({bad}) + origin(bad), "2:-7*11 0 0 0 0 0 5  3") << "a bad address leaves the host's record alone";
 }
 
 TEST_F(Driver, OneShotReadOfMoreThanAQueueEndsAtTheLastPiece)
