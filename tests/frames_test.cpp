@@ -91,14 +91,16 @@ TEST_F(Driver, FramesByteForByte)
 
 TEST_F(Driver, RemoteWriteReachesTheImageAtOnceAndWrapsItsLength)
 {
-    RW_VAR var = access(5, 100, 150);
-    var.data = QByteArray(300, '\x01');
-    Remote_WriteVar(&var);
-    const QByteArray frame = PLC_driver.pendingList.at(0).frame;
-    EXPECT_EQ(frame.size(), 322);
-    EXPECT_EQ(frame.at(0), 66);
-    EXPECT_EQ(frame.at(321), char((66 + 1 + 5 + 100 + 150 + 300) & 0xFF));
-    EXPECT_EQ(value(5, "249", 1), "0101");
+    for (int size : {300, 70000}) {
+        RW_VAR var = access(5, 100, 150);
+        var.data = QByteArray(size, '\x01');
+        Remote_WriteVar(&var);
+        const QByteArray frame = PLC_driver.pendingList.takeFirst().frame;
+        EXPECT_EQ(frame.size(), 22 + size);
+        EXPECT_EQ(frame.at(0), char(22 + size));
+        EXPECT_EQ(frame.right(1).at(0), char((22 + size) % 256 + 1 + 5 + 100 + 150 + size));
+        EXPECT_EQ(value(5, "249", 1), "0101");
+    }
 }
 
 TEST_F(Driver, BitOfRegisterIsReadThenWrittenBack)

@@ -223,7 +223,7 @@ TEST_F(Driver, RepliesReachTheTableTheyWereReadFrom)
         {"last register missing", access(5, 200, 3), 6, "0A0B0C0D0E", 5, "200", 3, "0B0A0D0C0000"},
         {"no table", access(6, 100, 1), 2, "FFFF", 4, "100", 1, "0201"},
         {"past the end", access(5, 65535, 2), 4, "01020304", 5, "65535", 1, "0201"},
-        {"below the start", access(5, -1, 2), 4, "01020304", 5, "0", 1, "0403"},
+        {"below the start", access(5, -1, 2), 4, "0102030405060708", 5, "0", 3, "040300000000"},
         {"bits below the start", access(0, -8, 2), 2, "FFFF", 0, "0", 9, "010101010101010100"},
         {"bits below the start, between bytes", access(0, -12, 2), 2, "0000", 0, "0", 1, "01"},
         {"bits past the end", access(0, 65536, 9), 9, "01FF", 0, "65536", 1, "01"},
@@ -287,6 +287,9 @@ TEST_F(Driver, LastRecordOfAStoreIsStretchedToTheWholeData)
     EXPECT_EQ(record(3) + "," + record(5), "AA,CC0000");
     store(access(1, 8, 3), 3, "AA");
     EXPECT_EQ(record(7) + "," + record(8), ",000000") << "their bytes were missing";
+    PLC_driver.extendList[1].value = bytes("FFFFFFFF");
+    store(access(5, 10, 2), 4, "01020304");
+    EXPECT_EQ(record(1), "04030000");
     store(access(5, 10, 0), 0, "");
     EXPECT_EQ(record(0), "") << "a store that touches no record does it to the first";
     EXPECT_EQ(value(5, "10", 1) + value(2, "10.0", 1), "000000");
