@@ -47,11 +47,6 @@ std::string troubleOf(const PanelSnapshot &now)
     return trouble.join(QLatin1String(", ")).toStdString();
 }
 
-bool isEnded(const PanelSnapshot &now)
-{
-    return now.isEnded;
-}
-
 class SessionTest : public testing::Test
 {
 protected:
@@ -88,6 +83,11 @@ protected:
         return now;
     }
 
+    PanelSnapshot waitForEnd()
+    {
+        return waitUntil([](const PanelSnapshot &) { return false; });
+    }
+
     PanelSnapshot readOnce(const char *texts, const char *fault = "")
     {
         open(texts, fault);
@@ -107,7 +107,7 @@ protected:
     {
         options.loop.passes = passes;
         startPolling(texts, fault);
-        return waitUntil(isEnded);
+        return waitForEnd();
     }
 
     QList<WriteItem> queue(const char *texts)
@@ -238,7 +238,7 @@ TEST_F(SessionTest, NothingForeignGetsThroughWhicheverReplyIsSpoilt)
             const QList<WriteItem> items = queue("1/hr:70=5 2/hr:71=6 2/hrbit:80.15=1");
             session->pollVariables();
             session->start();
-            PanelSnapshot now = waitUntil(isEnded);
+            PanelSnapshot now = waitForEnd();
 
             EXPECT_EQ(troubleOf(now), row.trouble);
             EXPECT_EQ(valuesOf(now), "60 | 1060 | 400 | 1400");
