@@ -39,29 +39,13 @@ void exchange(const char *request, const char *reply)
 TEST(PlainConsumer, FindsEveryNameAndTalks)
 {
     ASSERT_NE(library(), nullptr) << dlerror();
-    for (const char *name : {"SetComInfo",
-                             "RegistCallBackFuncIntf",
-                             "FlashLocalRegister",
-                             "QueryFinishFlag",
-                             "EnCommStation",
-                             "EnableEthernet",
-                             "Ethernetcontains",
-                             "GetDriverReturnValue",
-                             "SwitchErrorReturn",
-                             "ComCommunication",
-                             "DataCom",
-                             "PLCAddressChangeIntef",
-                             "AddListWriteVar",
-                             "AddListOnceReadVar",
-                             "AddListReadVar",
-                             "ReCreatReadVarList",
-                             "GetRegisterData",
-                             "SetRegisterData",
-                             "PLC_driver",
-                             "LB",
-                             "LW",
-                             "RWI"})
-        EXPECT_NE(dlsym(library(), name), nullptr) << name;
+    const QByteArray names =
+        "SetComInfo RegistCallBackFuncIntf FlashLocalRegister QueryFinishFlag EnCommStation EnableEthernet "
+        "Ethernetcontains GetDriverReturnValue SwitchErrorReturn ComCommunication DataCom PLCAddressChangeIntef "
+        "AddListWriteVar AddListOnceReadVar AddListReadVar ReCreatReadVarList GetRegisterData SetRegisterData "
+        "PLC_driver LB LW RWI";
+    for (const QByteArray &name : names.split(' '))
+        EXPECT_NE(dlsym(library(), name.constData()), nullptr) << name.constData();
 
     CommSettings settings;
     settings.defaultStation = 1;
