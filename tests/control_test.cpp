@@ -41,10 +41,9 @@ TEST_F(Driver, LocalAreasAreKeptInTheirOrder)
 TEST_F(Driver, StationSwitches)
 {
     EnCommStation(5, 0);
-    EnableEthernet(5, 0);
-    EnCommStation(6, 0);
+    EnableEthernet(6, 0);
     EnCommStation(5, 2);
-    EXPECT_EQ(PLC_driver.disabledStations.keys(), (QList<int>{5, 6}));
+    EXPECT_EQ(PLC_driver.disabledStations, (QMap<int, int>{{5, 0}, {6, 0}}));
     EnCommStation(5, 1);
     EXPECT_FALSE(Ethernetcontains(5));
     EXPECT_TRUE(Ethernetcontains(6));
@@ -141,10 +140,17 @@ TEST(Addresses, TextToNumber)
         const char *text;
         int address;
     } rows[] = {
-        {5, "100", 100}, {0, "17", 17},  {5, "12.5", 0},      {1, "0x10", 0},           {5, "abc", 0},
-        {5, "-3", -3},   {2, "3.4", 52}, {3, "0.15", 15},     {3, "10.16", 176},        {2, "3", -1},
-        {2, "", -1},     {2, "3.", 48},  {2, ".7", 7},        {2, "1.2.3", 18},         {3, "-1.3", -13},
-        {6, "3.4", 0},   {3, "x.9", 9},  {5, "65536", 65536}, {3, "2147483647.1", -15},
+        {5, "100", 100},      {0, "17", 17},
+        {5, "12.5", 0},       {1, "0x10", 0},
+        {5, "abc", 0},        {5, "-3", -3},
+        {2, "3.4", 52},       {3, "0.15", 15},
+        {3, "10.16", 176},    {2, "3", -1},
+        {2, "", -1},          {2, "3.", 48},
+        {2, ".7", 7},         {2, "1.2.3", 18},
+        {3, "-1.3", -13},     {5, "1:", 0},
+        {5, "9999999999", 0}, {2, "1.+2.3", 18},
+        {6, "3.4", 0},        {3, "x.9", 9},
+        {5, "65536", 65536},  {3, "2147483647.1", -15},
     };
     for (const auto &row : rows) {
         const QString text = QString::fromLatin1(row.text);

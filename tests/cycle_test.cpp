@@ -199,7 +199,9 @@ TEST_F(Driver, PassIsCompleteAfterOneReplyMoreThanTheListHas)
         EXPECT_EQ(reply(register0), 1);
         EXPECT_EQ(settings.cycleDone, i == 4 ? 1 : 0) << i;
     }
-    EXPECT_EQ(listed(PLC_driver.readList), "5:1*1 5:2*1 5:0*1") << "polled round robin";
+    exchange("0000 0000 0006 01 03 0001 0001", register0, 1);
+    EXPECT_EQ(PLC_driver.cyclicDone, 0) << "counted only until the host has seen the pass";
+    EXPECT_EQ(listed(PLC_driver.readList), "5:2*1 5:0*1 5:1*1") << "polled round robin";
 }
 
 TEST_F(Driver, RepliesAreJudgedByLengthThenByTheKindOfTheirRequest)
@@ -267,6 +269,7 @@ TEST_F(Driver, RequestsGoOutRemoteWhileTheSettingSaysSo)
     exchange("18 05 01 02 01 0005 00000064 0001 00000000 00000000 3412 D1", "00 00 00 00 00 00 00 00 00 00 00 00", 1);
     exchange("16 00 00 02 01 0000 00000000 0001 00000000 00000000 1A", "00 00 00 00 00 00 00 00 00 81", 1);
     EXPECT_EQ(value(0, "0", 8), "0100000000000001");
+    EXPECT_EQ(PLC_driver.cyclicDone, 0) << "remote replies complete no pass";
     settings.remoteMode = 0;
     exchange("0000 0000 0006 01 01 0000 0008", "0000 0000 0004 01 01 01 00", 1);
     settings.remoteMode = 1;

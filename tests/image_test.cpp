@@ -52,6 +52,7 @@ TEST_F(Driver, WhatThePanelReadsInBothImageModes)
         {"the last coil", 0, "14", 2, "0001", nullptr},
         {"bits of an input register", 2, "0.7", 4, "00000001", nullptr},
         {"bits across holding registers", 3, "0.13", 5, "0001010101", nullptr},
+        {"the first bit of a high byte", 3, "0.8", 1, "00", nullptr},
         {"input registers", 4, "0", 2, "02040608", nullptr},
         {"holding registers", 5, "0", 3, "01C003800500", nullptr},
         {"a 32-bit input", 6, "0", 2, "06080204", nullptr},
@@ -99,8 +100,12 @@ TEST_F(Driver, WhatThePanelWritesInBothImageModes)
         {"bits: per station the start picks the bit", access(3, 25, 2, "0101"), 5, "1", 1, "FF06", "FF02"},
         {"bits across registers", access(3, 31, 2, "0101"), 5, "1", 2, "FF80FF00", "FF80FF80"},
         {"a bit cleared", access(3, 19, 1, "00"), 5, "1", 1, "F700", nullptr},
+        {"the very first bit", access(3, 0, 1, "00"), 5, "0", 1, "FE00", nullptr},
+        {"the first bit of a high byte", access(3, 24, 1, "01"), 5, "1", 1, "FF01", nullptr},
         {"a byte of 2", access(3, 16, 1, "02"), 5, "1", 1, "FE00", "FF00"},
         {"bits stop with the data", access(3, 32, 20, "00"), 5, "2", 2, "FE00FF00", nullptr},
+        {"bits stop with the data, ahead of a register", access(3, 23, 10, "010101010101010101"), 5, "1", 2, "FFFFFF00",
+         "FF00FF00"},
         {"a bit below 0", access(3, -1, 1, "01"), 5, "0", 1, "FF00", nullptr},
         {"registers", access(5, 4, 2, "34127856"), 5, "4", 3, "34127856FF00", nullptr},
         {"a register without both bytes", access(5, 4, 2, "AABBCC"), 5, "4", 2, "AABBFF00", nullptr},
@@ -132,6 +137,9 @@ TEST_F(Driver, WhatThePanelWritesInBothImageModes)
         }
     }
     EXPECT_EQ(PLC_driver.extendList.size(), 11) << "nothing that lies below 0 has a record";
+    RW_VAR last = access(5, 7, 1, "3412");
+    WriteDataToLocal(&last);
+    EXPECT_EQ(record(9), "3412") << "which was stretched to all sixteen bytes of its reply";
     store(access(0, 0, 2), 2, "3C3C");
     RW_VAR coil = access(0, 9, 1, "01");
     WriteDataToLocal(&coil);
@@ -179,7 +187,6 @@ TEST_F(Driver, AccessesAreCutOffAtTheEndsOfTheImage)
     EXPECT_EQ(hex(out), "000000000000222255");
     out.fill('\x55');
     GetWordFromUI(out, PLC_driver.holdingRegisters, -1, 1);
-    GetBitFromUC(out, PLC_driver.coilBits, -1, 1);
     EXPECT_EQ(hex(out), "000055555555555555");
     GetBitFromUC(out, PLC_driver.coilBits, -3, 4);
     EXPECT_EQ(hex(out), "000000015555555555");
@@ -224,7 +231,7 @@ TEST_F(Driver, RepliesReachTheTableTheyWereReadFrom)
         {"no table", access(6, 100, 1), 2, "FFFF", 4, "100", 1, "0201"},
         {"past the end", access(5, 65535, 2), 4, "01020304", 5, "65535", 1, "0201"},
         {"below the start", access(5, -1, 2), 4, "0102030405060708", 5, "0", 3, "040300000000"},
-        {"bits below the start", access(0, -8, 2), 2, "FFFF", 0, "0", 9, "010101010101010100"},
+        {"bits below the start", access(0, -8, 2), 2, "FFFFFFFF", 0, "0", 9, "010101010101010100"},
         {"bits below the start, between bytes", access(0, -12, 2), 2, "0000", 0, "0", 1, "01"},
         {"bits past the end", access(0, 65536, 9), 9, "01FF", 0, "65536", 1, "01"},
         {"fewer bytes than announced", access(0, 40, 2), 2, "FF", 0, "40", 9, "010101010101010100"},
@@ -235,8 +242,11 @@ TEST_F(Driver, RepliesReachTheTableTheyWereReadFrom)
         store(row.request, row.dataBytes, row.data);
         EXPECT_EQ(value(row.area, row.address, row.count), row.value);
     }
-    store(access(5, 400, 1), 2, "FFFF", QByteArray(), -1);
-    EXPECT_EQ(value(5, "400", 1), "0000") << "a header of less than nothing";
+    EXPECT_EQ(PLC_driver.inputBits[0], 0) << "behind the coils";
+    store(access(5, 10, 40000), 80000, QByteArray(160000, '7').constData());
+    EXPECT_EQ(value(5, "40009", 2), "77770000") << "longer than any frame, for the announced length decides";
+    store(access(5, 60000, 1), 2, "FFFF", QByteArray(), -1);
+    EXPECT_EQ(value(5, "60000", 1), "0000") << "a header of less than nothing";
 }
 
 TEST_F(Driver, WriteBackTakesTheRegisterWithTheBitChanged)
@@ -254,6 +264,8 @@ TEST_F(Driver, WriteBackTakesTheRegisterWithTheBitChanged)
         {"any other value leaves it", access(3, 35, 1, "02"), -1, "00FF", "00FF"},
         {"no bit leaves it", access(3, 35, 1), -1, "1234", "1234"},
         {"below address 0 leaves it", access(3, -3, 1, "01"), -1, "1230", "1230"},
+        {"the very first bit", access(3, 0, 1, "01"), -1, "0000", "0001"},
+        {"the last of several registers", access(3, 35, 1, "00"), -1, "1234567800FF", "00F7"},
         {"without a register 0 is taken", access(3, 35, 1, "01"), -1, "80", "0008"},
         {"not the read half", access(3, 35, 1, "01"), 0, "0102", "3030"},
     };
@@ -264,7 +276,7 @@ TEST_F(Driver, WriteBackTakesTheRegisterWithTheBitChanged)
             PLC_driver.writeList = QList<RW_VAR>() << row.queued;
             RW_VAR read = access(3, 2, 1);
             read.subIndex = row.subIndex;
-            store(read, 2, row.read, bytes("000000000006010600023030"));
+            store(read, bytes(row.read).size(), row.read, bytes("000000000006010600023030"));
             EXPECT_EQ(hex(PLC_driver.pendingList.at(1).frame), hex("0000 0000 0006 01 06 0002") + row.sent);
         }
         EXPECT_EQ(value(5, "2", 1), "0201") << "the last one read";
@@ -326,6 +338,8 @@ TEST_F(Driver, RecordsAreFoundWhoeverMadeThem)
     EXPECT_EQ(ExtendFindSameVar(1, 5, 4990), 500) << "changed in place";
     PLC_driver.extendList.last().address = 77;
     EXPECT_EQ(ExtendFindSameVar(1, 5, 77), 500);
+    PLC_driver.extendList[250].address = 78;
+    EXPECT_EQ(ExtendFindSameVar(1, 5, 78), 250) << "in the middle, where a new place is doubted";
 }
 
 TEST_F(Driver, HostWritesAreQueuedInPieces)
@@ -359,6 +373,8 @@ TEST_F(Driver, HostWritesAreQueuedInPieces)
         settings.writeBlockSize = row.block;
         EXPECT_EQ(write(row.area, row.address, row.count, row.value), row.result);
         EXPECT_EQ(listed(PLC_driver.writeList), row.pieces);
+        for (const RW_VAR &piece : PLC_driver.writeList)
+            EXPECT_EQ(piece.data.size(), row.area < 4 ? piece.dataLength : 2 * piece.dataLength);
     }
 }
 
