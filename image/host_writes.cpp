@@ -10,16 +10,20 @@
 #include "../varlists/pieces.h"
 #include "../varlists/write_queue.h"
 
+#include <cstring>
+
 namespace {
 
 const int writeToStation = 2; // CommSettings::writeMode
 
-/// `size` bytes from `from` on; those that the value lacks are 0.
+/// A copy of `size` bytes from `from` on; those that the value lacks are 0. Never the value's own array, which
+/// may be memory of the host's (QByteArray::fromRawData).
 QByteArray part(const QByteArray &value, int from, int size)
 {
-    QByteArray bytes = value.mid(from, size);
-    if (bytes.size() < size)
-        bytes.append(QByteArray(size - bytes.size(), '\0'));
+    QByteArray bytes(size, '\0');
+    const int held = qBound(0, value.size() - from, size);
+    if (held > 0)
+        std::memcpy(bytes.data(), value.constData() + from, static_cast<std::size_t>(held));
     return bytes;
 }
 

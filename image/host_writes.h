@@ -23,8 +23,9 @@ extern "C" {
 ///
 /// Returns 0 when the address text gives a negative address, the area cannot be written or nothing was
 /// queued; 1 when the value went only to the image; otherwise the number of queued writes, as
-/// AddListWriteVar gave it for the last piece. Any thread, but not from a call-back; takes listMutex
-/// and imageMutex, one after the other.
+/// AddListWriteVar gave it for the last piece. The bytes of `value` are copied. Any thread, but not from a
+/// call-back; takes listMutex and imageMutex, one after the other. While values are kept per station no
+/// reply of another link (RW_VAR::linkId) may be stored meanwhile: that takes no lock.
 MODBUS_API int SetRegisterData(QString tagText, int area, QString addressText, int station, QByteArray &value,
                                int count, int hostId, int hostItem);
 }

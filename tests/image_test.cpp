@@ -265,7 +265,7 @@ TEST_F(Driver, WriteBackTakesTheRegisterWithTheBitChanged)
         {"no bit leaves it", access(3, 35, 1), -1, "1234", "1234"},
         {"below address 0 leaves it", access(3, -3, 1, "01"), -1, "1230", "1230"},
         {"the very first bit", access(3, 0, 1, "01"), -1, "0000", "0001"},
-        {"the last of several registers", access(3, 35, 1, "00"), -1, "1234567800FF", "00F7"},
+        {"the last of several registers", access(3, 35, 1, "00"), -1, "1234567834FF", "34F7"},
         {"without a register 0 is taken", access(3, 35, 1, "01"), -1, "80", "0008"},
         {"not the read half", access(3, 35, 1, "01"), 0, "0102", "3030"},
     };
@@ -338,6 +338,8 @@ TEST_F(Driver, RecordsAreFoundWhoeverMadeThem)
     EXPECT_EQ(ExtendFindSameVar(1, 5, 4990), 500) << "changed in place";
     PLC_driver.extendList.last().address = 77;
     EXPECT_EQ(ExtendFindSameVar(1, 5, 77), 500);
+    qSwap(PLC_driver.extendList[20], PLC_driver.extendList[30]);
+    EXPECT_EQ(ExtendFindSameVar(1, 5, 4980), 30) << "two that changed places";
     PLC_driver.extendList[250].address = 78;
     EXPECT_EQ(ExtendFindSameVar(1, 5, 78), 250) << "in the middle, where a new place is doubted";
 }
@@ -388,9 +390,14 @@ TEST_F(Driver, QueuedWriteCarriesItsOriginAndZeroesForWhatIsMissing)
     EXPECT_EQ(var.station, 1) << "the default station, while all share one image";
     EXPECT_EQ(origin(var), "7 8 1 3 2 0 0 tag 8");
     EXPECT_EQ(value(5, "8", 1), "0000") << "the image waits for the request";
+    char entered[] = "\x34\x12";
+    QByteArray borrowed = QByteArray::fromRawData(entered, 2);
+    SetRegisterData(QString(), 5, QString::fromLatin1("8"), 1, borrowed, 1, 0, 0);
+    entered[0] = 0;
+    EXPECT_EQ(hex(PLC_driver.writeList.at(1).data), "3412") << "the host's memory may be gone by now";
     settings.multiStation = 1;
     write(5, "9", 1, "0100", 0, 0, 6);
-    EXPECT_EQ(PLC_driver.writeList.at(1).station, 6);
+    EXPECT_EQ(PLC_driver.writeList.at(2).station, 6);
 }
 
 TEST_F(Driver, WritesShowAtOnceWhileTheStationFailsOrIsNotAsked)
