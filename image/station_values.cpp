@@ -70,16 +70,10 @@ bool isTrue(const StationValueIndex &index, const QList<EXTENDVAR> &list)
     const int steps = qMin(last, probes);
     for (int step = 0; step <= steps; ++step) {
         const int i = steps == 0 ? last : static_cast<int>(qint64(last) * step / steps);
-        if (i >= 0 && !knows(index, list, i))
+        if (!knows(index, list, i))
             return false;
     }
     return true;
-}
-
-int findIndexed(const StationValueIndex &index, const QList<EXTENDVAR> &list, const StationValueKey &key)
-{
-    const int position = index.positions.value(key, -1);
-    return position >= 0 && keyOf(list.at(position)) == key ? position : -1;
 }
 
 /// True when the record of this key is known to be the one at this position.
@@ -94,11 +88,11 @@ bool liesAt(const StationValueIndex &index, const QList<EXTENDVAR> &list, const 
 int find(StationValueIndex *index, const QList<EXTENDVAR> &list, const StationValueKey &key)
 {
     indexTail(index, list);
-    const int position = findIndexed(*index, list, key);
-    if (position >= 0 || isTrue(*index, list))
-        return position;
+    const int found = index->positions.value(key, -1);
+    if (found >= 0 ? keyOf(list.at(found)) == key : isTrue(*index, list))
+        return found;
     indexAnew(index, list);
-    return findIndexed(*index, list, key);
+    return index->positions.value(key, -1);
 }
 
 /// The position of the record of this key, made when absent. Not inlined, to keep the way past it short.
