@@ -71,19 +71,23 @@ void retireEntry(bool remote)
     queue->removeFirst();
 }
 
+/// A group is what one item has queued, of one station while values are kept per station.
+bool isInGroupOfResult(const RW_VAR &entry)
+{
+    const bool everyStation = PLC_driver.comInfo->multiStation == 0;
+    return sameItem(entry, PLC_driver.result) && (everyStation || entry.station == PLC_driver.result.station);
+}
+
 /// What else the same item has queued falls with the request that was given up.
 void dropGroupOfResult()
 {
     QList<RW_VAR> *queue = originQueue();
     if (!queue || PLC_driver.currentKind == OriginPoll)
         return;
-    const bool everyStation = PLC_driver.comInfo->multiStation == 0;
     QList<RW_VAR> kept;
     for (int i = 0; i < queue->size(); ++i) {
-        const RW_VAR &entry = queue->at(i);
-        if (!sameItem(entry, PLC_driver.result) ||
-            !(everyStation || entry.station == PLC_driver.result.station))
-            kept.append(entry);
+        if (!isInGroupOfResult(queue->at(i)))
+            kept.append(queue->at(i));
     }
     *queue = kept;
 }
@@ -155,6 +159,7 @@ RW_VAR *DataCom(QByteArray *reply, int length)
     QByteArray noReply;
     if (!reply)
         reply = &noReply;
+    // Held while judging and storing, too: a write-back takes its bit from the queue's head.
     QMutexLocker lock(&PLC_driver.listMutex);
     const bool remote = request->var.linkId != PLC_driver.comInfo->linkId;
     const int judged = remote ? DealDataOfRemoteArea(reply, length) : DealDataOfLocalArea(reply, length);

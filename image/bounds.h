@@ -18,7 +18,7 @@ struct Inside
     {
     }
 
-    int end;
+    int end; // ahead of first, which is worked out from it
     int first;
 };
 

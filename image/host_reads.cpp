@@ -57,8 +57,15 @@ struct StationRead
     qint64 address;
 };
 
-/// A record holds `bits` bits, 8 or 16, and is looked up by its first bit divided by `unit`.
-void readStationBits(const StationRead &read, int bits, int unit, QByteArray &out, int count)
+/// How bits are kept in records: `bits` of them in each, `bitsPerAddress` for each step of its address.
+struct BitRecords
+{
+    int bits;
+    int bitsPerAddress;
+};
+const BitRecords eightBits = {8, 1}, registers = {16, 16};
+
+void readStationBits(const StationRead &read, const BitRecords &records, QByteArray &out, int count)
 {
     if (count < 1)
         return;
@@ -67,9 +74,9 @@ void readStationBits(const StationRead &read, int bits, int unit, QByteArray &ou
     const QByteArray *value = nullptr;
     for (int i = 0; i < count; ++i) {
         const qint64 bit = read.address + i;
-        const int offset = static_cast<int>(bit % bits);
+        const int offset = static_cast<int>(bit % records.bits);
         if (!value || offset == 0)
-            value = &values.value(wrapped((bit - offset) / unit));
+            value = &values.value(wrapped((bit - offset) / records.bitsPerAddress));
         const int byte = offset / 8;
         to[i] = value->size() > byte && (value->at(byte) >> (offset % 8) & 1) != 0;
     }
@@ -93,7 +100,8 @@ void readStationRegisters(const StationRead &read, QByteArray &out, int count)
         copyRegister(&values, read.address + k, to + 2 * k);
 }
 
-/// A single register gives nothing here, unlike in the shared image.
+/// A single register gives nothing here, unlike in the shared image. Low words are asked for by themselves:
+/// a high word lies ahead of its low word, which would lead the search back and forth.
 void readStationPairs(const StationRead &read, QByteArray &out, int count)
 {
     if (count < 2)
@@ -111,23 +119,23 @@ void readStationPairs(const StationRead &read, QByteArray &out, int count)
 void readStation(int area, int address, int station, QByteArray &out, int count)
 {
     const StationRead read = {station, getPlcReg(area), address};
-    const int registers = qMin(count, int(image::registerCount));
+    const int most = qMin(count, int(image::registerCount));
     switch (area) {
     case AreaCoils:
     case AreaDiscreteInputs:
-        readStationBits(read, 8, 1, out, qMin(count, int(image::bitCount)));
+        readStationBits(read, eightBits, out, qMin(count, int(image::bitCount)));
         break;
     case AreaInputRegisterBit:
     case AreaHoldingRegisterBit:
-        readStationBits(read, 16, 16, out, qMin(count, int(image::registerBits)));
+        readStationBits(read, registers, out, qMin(count, int(image::registerBits)));
         break;
     case AreaInputRegisters:
     case AreaHoldingRegisters:
-        readStationRegisters(read, out, registers);
+        readStationRegisters(read, out, most);
         break;
     case AreaInputPairs:
     case AreaHoldingPairs:
-        readStationPairs(read, out, registers);
+        readStationPairs(read, out, most);
         break;
     default:
         break;

@@ -98,6 +98,7 @@ void writeStationRegisters(const RW_VAR &var)
         setStationRegister(&values, qint64(var.startAddress) + k, var.data.constData() + 2 * k);
 }
 
+/// Low words are asked for by themselves, as when pairs are read.
 void writeStationPairs(const RW_VAR &var)
 {
     const int count = qMin(var.dataLength / 2, var.data.size() / 4);
