@@ -21,7 +21,8 @@ extern "C" {
 /// areas 6 and 7 gives the low word, or nothing while values are kept per station.
 ///
 /// Returns 0 for an address text that gives a negative address (out is then untouched), else 1, also
-/// for an area that does not exist. Callable from any thread; takes imageMutex.
+/// for an area that does not exist. Any thread; takes imageMutex. While values are kept per station no
+/// reply of another link (RW_VAR::linkId) may be stored meanwhile: that takes no lock.
 MODBUS_API int GetRegisterData(int ignored, int area, QString addressText, int station, QByteArray &out,
                                int count);
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// \file
 /// Moves values between the image arrays and the host's bytes. `bits` is the first of 8,193 bytes of
-/// eight bits, `regs` the first of 65,536 registers in native byte order, low byte first. Host bytes are one byte (0 or
-/// 1) a bit, two bytes a register low byte first, four bytes a 32-bit value least significant byte
-/// first. A 32-bit value has its high word in the first register.
+/// eight bits, `regs` the first of 65,536 registers in native byte order, low byte first. Host bytes are
+/// one byte (0 or 1) a bit, two bytes a register low byte first, four bytes a 32-bit value least
+/// significant byte first. A 32-bit value has its high word in the first register.
 ///
 /// Bounds: an access that passes the end of the array is cut off there; a 32-bit value counts as inside
 /// when both registers are. Below address 0 everything reads as 0 and nothing is written. No count

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// \file
 /// Where neighbours are grouped into one request: the steps of a poll list's rebuild as a host may take
-/// them on finished records. The two merges append to readList; their caller holds listMutex.
+/// them on finished records. ReCreatReadVarList takes the same steps on runs, ahead of the lock, and calls
+/// none of these. The two merges append to readList; their caller holds listMutex.
 
 #pragma once
 

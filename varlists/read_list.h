@@ -13,9 +13,9 @@ extern "C" {
 
 /// Replaces the whole poll list by the requests that read all items: sorted by address, neighbours
 /// joined up to CommSettings::writeBlockSize registers (or eight times as many bits; below 1 nothing is
-/// cut, and nothing joined that does not lie inside a neighbour). Returns the
-/// number of requests. Items with a negative address are left out; an item's count is cut at the
-/// size of a whole table. An empty list of items empties the poll list and returns 0.
+/// cut, and nothing joined that does not lie inside a neighbour). Returns the number of requests. Items
+/// with a negative address are left out; an item's count is cut at the size of a whole table. An empty
+/// list of items empties the poll list and returns 0.
 ///
 /// While multiStation is 0 all requests go to defaultStation, ordered coils, discrete inputs, input
 /// registers, holding registers, and areas above 7 are left out. Otherwise requests stand in the order
