@@ -10,7 +10,7 @@ TEST(Load, LeavesAnEmptyDriverWithAZeroImage)
     EXPECT_EQ(d.comInfo, nullptr);
     EXPECT_TRUE(d.readList.isEmpty() && d.writeList.isEmpty() && d.onceReadList.isEmpty() && d.pendingList.isEmpty());
     EXPECT_EQ(d.currentKind, 100);
-    EXPECT_EQ(LB | LW | RWI, 0);
+    EXPECT_EQ(LB | LW | RWI | d.writeBurst | d.onceBurst | d.cyclicDone, 0);
     EXPECT_FALSE(d.lastFailed);
     EXPECT_EQ(d.result.status, 0);
     const auto zero = [](int element) { return element == 0; };

@@ -252,6 +252,7 @@ TEST_F(Driver, OneShotReadsOfAnotherLinkAreNeverReportedAsDone)
         read.linkId = link;
         AddListOnceReadVar(&read, 1);
         expectRequest(readRegister0);
+        EXPECT_EQ(PLC_driver.currentKind, 2);
         EXPECT_EQ(reply(register0), link == 2 ? 1 : 100) << "judged as remote, and not the read half";
         EXPECT_EQ(takeCalls(), link == 2 ? Calls{"done 9 3 0 1"} : Calls{});
         EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
