@@ -2,6 +2,9 @@
 // Tells ThreadSanitizer what Qt, built without it, does to let threads take turns: QMutex locks, and the last
 // holder of a shared text or byte array frees it. Linked into a test program in front of Qt; built without the
 // sanitizer itself.
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
 #include <dlfcn.h>
 #include <sanitizer/tsan_interface.h>
 
@@ -13,10 +16,19 @@ template <typename Function> Function *real(const char *symbol)
     return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, symbol));
 }
 
-/// Of a shared value: the first word of what its only member points to.
-void *referenceCount(void *value)
+/// Assigns with a hold on what was there, so that its last release is seen here and not lost inside Qt.
+template <typename Shared> void *assign(const char *symbol, Shared *to, const Shared *from)
 {
-    return *static_cast<void **>(value);
+    static const auto assigned = real<void *(Shared *, const Shared *)>(symbol);
+    const auto data = to->data_ptr();
+    const bool isHeld = data->ref.ref();
+    void *const result = assigned(to, from);
+    __tsan_release(data);
+    if (isHeld && !data->ref.deref()) {
+        __tsan_acquire(data);
+        data->deallocate(data);
+    }
+    return result;
 }
 
 } // namespace
@@ -41,18 +53,14 @@ void _ZN6QMutex6unlockEv(void *mutex) // QMutex::unlock()
     __tsan_mutex_post_unlock(mutex, 0);
 }
 
-void *_ZN7QStringaSERKS_(void *text, const void *from) // QString::operator=(const QString &)
+void *_ZN7QStringaSERKS_(QString *text, const QString *from) // QString::operator=(const QString &)
 {
-    static const auto assign = real<void *(void *, const void *)>("_ZN7QStringaSERKS_");
-    __tsan_acquire(referenceCount(text));
-    return assign(text, from);
+    return assign("_ZN7QStringaSERKS_", text, from);
 }
 
-void *_ZN10QByteArrayaSERKS_(void *array, const void *from) // QByteArray::operator=(const QByteArray &)
+void *_ZN10QByteArrayaSERKS_(QByteArray *array, const QByteArray *from) // QByteArray::operator=(const QByteArray &)
 {
-    static const auto assign = real<void *(void *, const void *)>("_ZN10QByteArrayaSERKS_");
-    __tsan_acquire(referenceCount(array));
-    return assign(array, from);
+    return assign("_ZN10QByteArrayaSERKS_", array, from);
 }
 }
 #pragma GCC visibility pop
