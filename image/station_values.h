@@ -22,6 +22,7 @@ namespace image {
 class StationValues
 {
 public:
+    /// `area` is a request area: 0, 1, 4 or 5. Looks whether the list was cleared since.
     StationValues(int station, int area);
 
     /// As ExtendFindSameVar.
