@@ -12,8 +12,3 @@ void passRetValue(const RW_VAR &from, RW_VAR &to)
     to = from;
     to.data.clear();
 }
-
-const Protocol *requestInFlight()
-{
-    return PLC_driver.pendingList.isEmpty() ? nullptr : &PLC_driver.pendingList.at(0);
-}

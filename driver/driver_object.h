@@ -87,4 +87,7 @@ extern MODBUS_API int RWI; ///< the host's third area
 MODBUS_API void passRetValue(const RW_VAR &from, RW_VAR &to);
 
 /// The request in flight, or null when nothing is pending. For the communication thread.
-const Protocol *requestInFlight();
+inline const Protocol *requestInFlight()
+{
+    return PLC_driver.pendingList.isEmpty() ? nullptr : &PLC_driver.pendingList.at(0);
+}

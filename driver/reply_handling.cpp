@@ -156,9 +156,10 @@ RW_VAR *DataCom(QByteArray *reply, int length)
     if (!request)
         return &PLC_driver.result;
 
-    QByteArray noReply;
-    if (!reply)
-        reply = &noReply;
+    if (!reply) {
+        QByteArray noBytes;
+        return DataCom(&noBytes, length);
+    }
     // Held while judging and storing, too: a write-back takes its bit from the queue's head.
     QMutexLocker lock(&PLC_driver.listMutex);
     const bool remote = request->var.linkId != PLC_driver.comInfo->linkId;

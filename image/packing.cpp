@@ -55,7 +55,8 @@ template <typename Word> void readBits(QByteArray &out, BitRow<Word> row, int st
     if (inside.end == 0)
         return;
     char *to = grown(out, inside.end);
-    std::memset(to, 0, static_cast<std::size_t>(inside.first));
+    if (inside.first > 0)
+        std::memset(to, 0, static_cast<std::size_t>(inside.first));
     for (int i = inside.first; i < inside.end; ++i)
         to[i] = row.get(start + i);
 }
@@ -86,7 +87,8 @@ void GetWordFromUS(QByteArray &out, unsigned short *regs, int start, int count)
     if (inside.end == 0)
         return;
     char *to = grown(out, 2 * inside.end);
-    std::memset(to, 0, 2 * static_cast<std::size_t>(inside.first));
+    if (inside.first > 0)
+        std::memset(to, 0, 2 * static_cast<std::size_t>(inside.first));
     if (inside.first < inside.end)
         std::memcpy(to + 2 * inside.first, regs + (start + inside.first), registerBytes(inside));
 }
