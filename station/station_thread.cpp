@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "station_thread.h"
 
+#include <QtCore/QEventLoop>
+
+#include <future>
 #include <type_traits>
 
 template <typename Function> auto StationThread::inThread(Function function) const
@@ -24,23 +27,31 @@ StationThread::~StationThread()
 
 bool StationThread::start(QString *error)
 {
-    m_station = new SimulatedStation(m_options);
-    m_station->moveToThread(&m_thread);
-    QObject::connect(&m_thread, &QThread::finished, m_station, &QObject::deleteLater);
-    m_thread.start();
-    if (!inThread([&] { return m_station->listen(error); })) {
-        stop();
-        return false;
-    }
-    m_port = inThread([this] { return m_station->port(); });
-    return true;
+    std::promise<bool> listening;
+    m_thread = std::thread([this, error, &listening] {
+        SimulatedStation station(m_options);
+        QEventLoop loop;
+        m_station = &station;
+        m_loop = &loop;
+        const bool listens = station.listen(error);
+        m_port = station.port();
+        listening.set_value(listens);
+        loop.exec();
+    });
+    if (listening.get_future().get())
+        return true;
+    stop();
+    return false;
 }
 
 void StationThread::stop()
 {
-    m_thread.quit();
-    m_thread.wait();
+    if (!m_thread.joinable())
+        return;
+    QMetaObject::invokeMethod(m_loop, &QEventLoop::quit, Qt::QueuedConnection);
+    m_thread.join();
     m_station = nullptr;
+    m_loop = nullptr;
     m_port = 0;
 }
 

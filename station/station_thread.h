@@ -8,7 +8,9 @@
 
 #include "simulated_station.h"
 
-#include <QtCore/QThread>
+#include <thread>
+
+class QEventLoop;
 
 /// Owns the thread and the station in it.
 class StationThread
@@ -44,7 +46,8 @@ private:
     template <typename Function> auto inThread(Function function) const;
 
     StationOptions m_options;
-    QThread m_thread;
-    SimulatedStation *m_station = nullptr;
+    std::thread m_thread; // joined, it is gone for good; a QThread may still be ending when wait() returns
+    SimulatedStation *m_station = nullptr; // on the thread's stack, and so is its loop
+    QEventLoop *m_loop = nullptr;
     quint16 m_port = 0;
 };

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <QtCore/QProcess>
+#include <QtCore/QThread>
 #include <QtNetwork/QTcpSocket>
 
 #include <cerrno>
