@@ -115,8 +115,9 @@ void readStationPairs(const StationRead &read, QByteArray &out, int count)
     }
 }
 
-/// No count reaches further than a whole table, whatever the host asks.
-void readStation(int area, int address, int station, QByteArray &out, int count)
+/// No count reaches further than a whole table, whatever the host asks. Not inlined: reads of the shared image
+/// would pay for what this keeps on the stack.
+__attribute__((noinline)) void readStation(int area, int address, int station, QByteArray &out, int count)
 {
     const StationRead read = {station, getPlcReg(area), address};
     const int most = qMin(count, int(image::registerCount));

@@ -27,14 +27,21 @@ int plainNumber(const QString &text, int from, int end)
     return number;
 }
 
+// What follows and is not inlined is what a plain number would have to pay for.
+
+__attribute__((noinline)) int anyNumber(const QString &text, int from, int end)
+{
+    return text.mid(from, end - from).toInt();
+}
+
 int number(const QString &text, int from, int end)
 {
     const int plain = plainNumber(text, from, end);
-    return plain >= 0 ? plain : text.mid(from, end - from).toInt();
+    return plain >= 0 ? plain : anyNumber(text, from, end);
 }
 
 /// Text after a second point is ignored.
-int registerAndBit(const QString &text)
+__attribute__((noinline)) int registerAndBit(const QString &text)
 {
     const QChar point = QLatin1Char('.');
     const int first = text.indexOf(point);
