@@ -132,8 +132,24 @@ QVector<Group> groupByStation(const QList<VAR_ITEM> &items, const CommSettings &
     return groups.take();
 }
 
-/// The request that a run opened. Bits count from a whole byte on, in bytes.
-RW_VAR requestFor(const VAR_ITEM &item, const CommSettings &settings, const varlists::RunMerge &merge)
+/// Leaves one run for each request, with the item that opened it. Bits then count from a whole byte on, in
+/// bytes.
+void merge(Group *sorted, varlists::RunMerge merged)
+{
+    Run *requests = sorted->data();
+    int count = 0;
+    for (int i = 0; i < sorted->size(); ++i) {
+        const Run run = requests[i];
+        const varlists::RunMerge::Effect effect = merged.take(run.start, run.length);
+        if (effect == varlists::RunMerge::Opens)
+            requests[count++] = {merged.start(), merged.length(), run.item};
+        else if (effect == varlists::RunMerge::Widens)
+            requests[count - 1].length = merged.length();
+    }
+    sorted->resize(count);
+}
+
+RW_VAR requestFor(const Run &run, const VAR_ITEM &item, const CommSettings &settings)
 {
     RW_VAR request;
     request.hostItem = -1;
@@ -142,26 +158,21 @@ RW_VAR requestFor(const VAR_ITEM &item, const CommSettings &settings, const varl
     request.tagText = item.tagText;
     request.addressText = item.addressText;
     request.area = getPlcReg(item.area);
-    request.startAddress = merge.start();
+    request.startAddress = run.start;
     request.station = settings.multiStation == 0 ? settings.defaultStation : item.station;
-    request.dataLength = merge.length();
+    request.dataLength = run.length;
     return request;
 }
 
-void appendRequests(const Group &sorted, const QList<VAR_ITEM> &items, const CommSettings &settings,
+/// The items lie scattered over the host's list, so memory is told ahead which come next.
+void appendRequests(const Group &merged, const QList<VAR_ITEM> &items, const CommSettings &settings,
                     QList<RW_VAR> *requests)
 {
-    if (sorted.isEmpty())
-        return;
-    const int area = items.at(sorted.first().item).area; // bits or registers, which counts for all
-    varlists::RunMerge merge(requestLimit(area, settings.writeBlockSize), isBitArea(area) ? 8 : 1);
-    for (int i = 0; i < sorted.size(); ++i) {
-        const Run &run = sorted.at(i);
-        const varlists::RunMerge::Effect effect = merge.take(run.start, run.length);
-        if (effect == varlists::RunMerge::Opens)
-            requests->append(requestFor(items.at(run.item), settings, merge));
-        else if (effect == varlists::RunMerge::Widens)
-            requests->last().dataLength = merge.length();
+    const int ahead = 8;
+    for (int i = 0; i < merged.size(); ++i) {
+        if (i + ahead < merged.size())
+            __builtin_prefetch(&items.at(merged.at(i + ahead).item));
+        requests->append(requestFor(merged.at(i), items.at(merged.at(i).item), settings));
     }
 }
 
@@ -171,9 +182,15 @@ QList<RW_VAR> requestsFor(const QList<VAR_ITEM> &items, const CommSettings &sett
         settings.multiStation == 0 ? groupByArea(items, settings) : groupByStation(items, settings);
     QList<RW_VAR> requests;
     for (int i = 0; i < groups.size(); ++i) {
-        std::stable_sort(groups[i].begin(), groups[i].end(),
+        Group &group = groups[i];
+        if (group.isEmpty())
+            continue;
+        std::stable_sort(group.begin(), group.end(),
                          [](const Run &a, const Run &b) { return a.start < b.start; });
-        appendRequests(groups.at(i), items, settings, &requests);
+        const int area = items.at(group.at(0).item).area; // bits or registers, which counts for all
+        merge(&group,
+              varlists::RunMerge(requestLimit(area, settings.writeBlockSize), isBitArea(area) ? 8 : 1));
+        appendRequests(group, items, settings, &requests);
     }
     return requests;
 }
