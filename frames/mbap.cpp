@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "mbap.h"
 
-#include <QtCore/QtGlobal>
+#include "byte_order.h"
 
-#include <algorithm>
+#include <QtCore/QtGlobal>
 
 namespace mbap {
 
@@ -30,24 +30,22 @@ QByteArray frame(int size, int station, FunctionCode function, int address, int 
     return bytes;
 }
 
-/// Copies groups of bytes, each turned round. Not inlined: GCC 12 at -O3 would warn of writes past a byte
-/// array that it takes for an empty one.
-template <int group> __attribute__((noinline)) void copyTurned(char *to, const char *from, int groups)
+/// How groups of `bytes` bytes are copied, each turned round.
+struct Turning
 {
-    for (; groups > 0; --groups, to += group, from += group)
-        std::reverse_copy(from, from + group, to);
-}
+    int bytes;
+    void (*copy)(void *to, const void *from, int groups);
+};
 
-/// A WriteMultipleRegisters request whose data are groups of `group` bytes, each turned round, as many as
-/// `groups` and hostData allow.
-template <int group>
-QByteArray writeTurned(int station, int address, int registers, const QByteArray &hostData, int groups)
+/// A WriteMultipleRegisters request whose data are such groups, as many as `groups` and hostData allow.
+QByteArray writeTurned(int station, int address, int registers, const QByteArray &hostData, int groups,
+                       const Turning &turning)
 {
-    const int count = qMax(0, qMin(groups, hostData.size() / group));
-    const int size = RegisterData + count * group;
+    const int count = qMax(0, qMin(groups, hostData.size() / turning.bytes));
+    const int size = RegisterData + count * turning.bytes;
     QByteArray bytes = frame(size, station, WriteMultipleRegisters, address, registers);
     bytes.data()[ByteCount] = static_cast<char>((static_cast<unsigned>(registers) * 2) & 0xFF);
-    copyTurned<group>(bytes.data() + RegisterData, hostData.constData(), count);
+    turning.copy(bytes.data() + RegisterData, hostData.constData(), count);
     return bytes;
 }
 
@@ -60,12 +58,12 @@ QByteArray request(int station, FunctionCode function, int address, int value)
 
 QByteArray writeRegisters(int station, int address, int registers, const QByteArray &hostData)
 {
-    return writeTurned<2>(station, address, registers, hostData, registers);
+    return writeTurned(station, address, registers, hostData, registers, {2, byteOrder::turnRegisters});
 }
 
 QByteArray writePairs(int station, int address, int registers, const QByteArray &hostData)
 {
-    return writeTurned<4>(station, address, registers, hostData, registers / 2);
+    return writeTurned(station, address, registers, hostData, registers / 2, {4, byteOrder::turnPairs});
 }
 
 } // namespace mbap

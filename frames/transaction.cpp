@@ -10,6 +10,7 @@ namespace transaction {
 
 namespace {
 const Reply none = {0, 0, 0};
+const Protocol blank = Protocol(); // copied, which takes less than making one
 } // namespace
 
 Reply readReply(int station, int dataBytes)
@@ -28,7 +29,7 @@ Reply writeEcho(int station)
 
 void append(QByteArray frame, const Reply &reply, const RW_VAR &var)
 {
-    PLC_driver.pendingList.append(Protocol());
+    PLC_driver.pendingList.append(blank);
     Protocol &built = PLC_driver.pendingList.last();
     built.frameLength = frame.size();
     built.frame.swap(frame);

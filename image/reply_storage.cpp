@@ -7,6 +7,7 @@
 
 #include "../driver/arithmetic.h"
 #include "../driver/driver_object.h"
+#include "../frames/byte_order.h"
 #include "../varlists/areas.h"
 
 #include <cstring>
@@ -43,25 +44,12 @@ private:
 
 static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "turning registers round makes them native");
 
-/// Registers high byte first to native ones; four at a time as long as there are so many.
-void fromWire(quint16 *to, const uchar *from, int count)
-{
-    const quint64 lowBytes = Q_UINT64_C(0x00FF00FF00FF00FF);
-    for (; count >= 4; count -= 4, to += 4, from += 8) {
-        quint64 four;
-        std::memcpy(&four, from, sizeof four);
-        four = (four & lowBytes) << 8 | (four >> 8 & lowBytes);
-        std::memcpy(to, &four, sizeof four);
-    }
-    for (; count > 0; --count, ++to, from += 2)
-        *to = static_cast<quint16>(from[0] << 8 | from[1]);
-}
-
 void storeRegisters(const ReplyData &data, int start, quint16 *regs)
 {
     const image::Inside inside(start, data.registersPresent, image::registerCount);
     if (inside.first < inside.end)
-        fromWire(regs + (start + inside.first), data.bytes + 2 * inside.first, inside.end - inside.first);
+        byteOrder::turnRegisters(regs + (start + inside.first), data.bytes + 2 * inside.first,
+                                 inside.end - inside.first);
 }
 
 void storeInImage(QByteArray *reply, int area)
