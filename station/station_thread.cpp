@@ -37,6 +37,8 @@ bool StationThread::start(QString *error)
         m_port = station.port();
         listening.set_value(listens);
         loop.exec();
+        m_station = nullptr;
+        m_loop = nullptr;
     });
     if (listening.get_future().get())
         return true;
@@ -50,8 +52,6 @@ void StationThread::stop()
         return;
     QMetaObject::invokeMethod(m_loop, &QEventLoop::quit, Qt::QueuedConnection);
     m_thread.join();
-    m_station = nullptr;
-    m_loop = nullptr;
     m_port = 0;
 }
 
