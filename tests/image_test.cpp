@@ -179,6 +179,10 @@ TEST_F(Driver, AccessesAreCutOffAtTheEndsOfTheImage)
     QByteArray out(12, '\x55');
     PLC_driver.holdingRegisters[0] = 0x2222;
     PLC_driver.coilBits[0] = 1;
+    GetBitFromUC(out, PLC_driver.coilBits, -1, 2);
+    EXPECT_EQ(hex(out.left(4)), "00015555");
+    GetWordFromUS(out, PLC_driver.holdingRegisters, -1, 1);
+    EXPECT_EQ(hex(out.left(4)), "00005555");
     GetWordFromUS(out, PLC_driver.holdingRegisters, -3, 2);
     GetWordFromUS(out, PLC_driver.holdingRegisters, -4, 5);
     EXPECT_EQ(hex(out), "000000000000000022225555");
