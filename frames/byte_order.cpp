@@ -10,7 +10,7 @@ namespace byteOrder {
 
 namespace {
 
-/// As many registers as the processor takes at once; ARM turns the two in its word in one instruction.
+/// As many registers as the processor takes at once.
 typedef quintptr Word;
 const unsigned registersOfWord = sizeof(Word) / 2;
 const Word lowBytes = static_cast<Word>(Q_UINT64_C(0x00FF00FF00FF00FF));
