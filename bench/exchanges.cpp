@@ -4,6 +4,8 @@
 #include "fresh_driver.h"
 #include "work.h"
 
+using namespace modbus_driver;
+
 namespace bench {
 
 namespace {

@@ -61,7 +61,7 @@ int numberIn(const QString &digits)
 
 int firstRecord(const FloorState &floor, int area, int address)
 {
-    const StationValueKey key = {1, area, address};
+    const RecordKey key = {1, area, address};
     return floor.places.value(key);
 }
 
@@ -78,7 +78,7 @@ FloorState &freshFloor()
 {
     static FloorState floor;
     floor.records = QList<EXTENDVAR>();
-    floor.places = QHash<StationValueKey, int>();
+    floor.places = QHash<RecordKey, int>();
     floor.queue = QList<RW_VAR>();
     floor.frame = QByteArray();
     return floor;

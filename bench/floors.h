@@ -5,14 +5,30 @@
 
 #pragma once
 
-#include "../image/station_value_index.h"
-#include "records.h"
+#include "api/records.h"
 
 #include <QtCore/QHash>
 #include <QtCore/QList>
 #include <QtCore/QMutex>
 
 namespace bench {
+
+/// The key of a record: its station, area and address.
+struct RecordKey
+{
+    int station, area, address;
+};
+
+inline bool operator==(const RecordKey &a, const RecordKey &b)
+{
+    return a.address == b.address && a.station == b.station && a.area == b.area;
+}
+
+inline uint qHash(const RecordKey &key)
+{
+    const uint table = static_cast<uint>(key.station) * 31u + static_cast<uint>(key.area);
+    return static_cast<uint>(key.address) + table * 0x9E3779B1u;
+}
 
 /// What floors work on.
 struct FloorState
@@ -21,7 +37,7 @@ struct FloorState
     quint8 bits[8193] = {};
     quint16 registers[65536] = {};
     QList<EXTENDVAR> records; ///< those of one run follow each other
-    QHash<StationValueKey, int> places;
+    QHash<RecordKey, int> places;
     QList<RW_VAR> queue;
     QByteArray frame; ///< in flight
 };

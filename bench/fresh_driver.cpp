@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+using namespace modbus_driver;
+
 namespace bench {
 
 namespace {
@@ -35,12 +37,11 @@ CommSettings &freshDriver(ImageMode mode)
     driver.onceReadList = QList<RW_VAR>();
     driver.pendingList = QList<Protocol>();
     driver.extendList = QList<EXTENDVAR>();
-    driver.extendIndex = StationValueIndex();
     driver.disabledStations.clear();
     driver.result = RW_VAR();
     driver.lastFailed = false;
-    std::fill_n(driver.inputRegisters, int(image::registerCount), quint16(0));
-    std::fill_n(driver.holdingRegisters, int(image::registerCount), quint16(0));
+    std::fill_n(driver.inputRegisters, int(ImageRegisters), quint16(0));
+    std::fill_n(driver.holdingRegisters, int(ImageRegisters), quint16(0));
     return settings;
 }
 

@@ -9,6 +9,8 @@
 
 #include <algorithm>
 
+using namespace modbus_driver;
+
 namespace bench {
 
 namespace {

@@ -15,6 +15,8 @@
 #include <chrono>
 #include <cstdio>
 
+using namespace modbus_driver;
+
 namespace bench {
 
 namespace {

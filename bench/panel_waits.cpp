@@ -12,6 +12,8 @@
 #include <chrono>
 #include <thread>
 
+using namespace modbus_driver;
+
 namespace bench {
 
 namespace {

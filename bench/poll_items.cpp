@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "poll_items.h"
 
-#include "../varlists/areas.h"
+using namespace modbus_driver;
 
 namespace bench {
 

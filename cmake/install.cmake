@@ -1,36 +1,34 @@
 # SPDX-License-Identifier: MIT
-# What an installed driver consists of: the library, the headers that the chief header includes, a CMake package
-# and a pkg-config file. Both find the rest by their own place, so the installed tree may be moved.
+# What is installed: the library, the public headers, a CMake package and a pkg-config file. Package and pkg-config file
+# find the rest relative to their own place, so the installed tree may be moved.
 include(CMakePackageConfigHelpers)
 
 set(modbus_headers ${CMAKE_INSTALL_INCLUDEDIR}/${PROJECT_NAME})
-target_include_directories(driver INTERFACE $<INSTALL_INTERFACE:${modbus_headers}/driver>)
+target_include_directories(driver INTERFACE $<INSTALL_INTERFACE:${modbus_headers}>)
 target_compile_features(driver INTERFACE cxx_std_11)
 install(TARGETS driver EXPORT ${PROJECT_NAME}Targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT dev)
 
-# A header is installed when the chief header leads to it; the others are nobody's business. They include one
-# another by their place in the source tree, so the folders stay.
-set(modbus_found driver/modbus_tcpip_rtu_m.h)
-set(modbus_unread ${modbus_found})
-while(modbus_unread)
-  list(POP_FRONT modbus_unread header)
-  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
+# The public headers, relative to driver/. A host includes the first; each of them can be included alone.
+set(modbus_public_headers
+  modbus_tcpip_rtu_m.h
+  api/codes.h
+  api/export.h
+  api/host_calls.h
+  api/records.h
+  api/steps/checksums.h
+  api/steps/driver_object.h
+  api/steps/image_access.h
+  api/steps/list_building.h
+  api/steps/reply_judging.h
+  api/steps/request_builders.h)
+foreach(header IN LISTS modbus_public_headers)
   get_filename_component(folder ${header} DIRECTORY)
-  install(FILES ${header} DESTINATION ${modbus_headers}/${folder} COMPONENT dev)
-  file(STRINGS ${header} lines REGEX "^#include \"")
-  foreach(line IN LISTS lines)
-    string(REGEX REPLACE "^#include \"(.*)\".*" "${PROJECT_SOURCE_DIR}/${folder}/\\1" included ${line})
-    get_filename_component(included ${included} ABSOLUTE)
-    file(RELATIVE_PATH included ${PROJECT_SOURCE_DIR} ${included})
-    if(NOT included IN_LIST modbus_found)
-      list(APPEND modbus_found ${included})
-      list(APPEND modbus_unread ${included})
-    endif()
-  endforeach()
-endwhile()
-string(REPLACE ";" "\n" modbus_lines "${modbus_found}")
-file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/public-headers.txt "${modbus_lines}\n") # for scripts/docs
+  install(FILES driver/${header} DESTINATION ${modbus_headers}/${folder} COMPONENT dev)
+endforeach()
+list(TRANSFORM modbus_public_headers PREPEND driver/ OUTPUT_VARIABLE modbus_lines)
+string(REPLACE ";" "\n" modbus_lines "${modbus_lines}")
+file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/public-headers.txt "${modbus_lines}\n") # for scripts/docs and scripts/check-packages
 
 set(modbus_package ${CMAKE_INSTALL_LIBDIR}/cmake/${PROJECT_NAME})
 configure_package_config_file(cmake/config.cmake.in ${PROJECT_NAME}Config.cmake

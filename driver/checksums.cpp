@@ -1,33 +1,24 @@
 // SPDX-License-Identifier: MIT
-#include "checksums.h"
+#include "api/steps/checksums.h"
 
-#include "arithmetic.h"
+#include "base/arithmetic.h"
+#include "base/block_checks.h"
+
+using namespace modbus_driver;
 
 unsigned short CalSUM(const unsigned char *bytes, unsigned short count)
 {
-    unsigned sum = 0;
-    for (unsigned i = 0; i < count; ++i)
-        sum += bytes[i];
-    return static_cast<unsigned short>(sum & 0xFFFF);
+    return static_cast<unsigned short>(byteSum(bytes, count) & 0xFFFF);
 }
 
 unsigned short CalCRC(const unsigned char *bytes, unsigned short count)
 {
-    unsigned crc = 0xFFFF;
-    for (unsigned i = 0; i < count; ++i) {
-        crc ^= bytes[i];
-        for (int bit = 0; bit < 8; ++bit)
-            crc = (crc & 1) != 0 ? (crc >> 1) ^ 0xA001 : crc >> 1;
-    }
-    return static_cast<unsigned short>(crc);
+    return static_cast<unsigned short>(crc16(bytes, count));
 }
 
 int CalLRC(const unsigned char *bytes, unsigned short count)
 {
-    unsigned sum = 0;
-    for (unsigned i = 0; i < count; ++i)
-        sum += bytes[i];
-    return static_cast<int>(~sum & 0xFF) + 1;
+    return static_cast<int>(~byteSum(bytes, count) & 0xFF) + 1;
 }
 
 unsigned short CalXOR(const unsigned char *bytes, unsigned short count)
@@ -40,7 +31,7 @@ unsigned short CalXOR(const unsigned char *bytes, unsigned short count)
 
 int DigitalToASCII(int value)
 {
-    return arithmetic::wrapped(qint64(value) + (value <= 9 ? '0' : 'A' - 10));
+    return wrapped(qint64(value) + (value <= 9 ? '0' : 'A' - 10));
 }
 
 int ASCIIToDigital(int ch)

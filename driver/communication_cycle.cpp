@@ -1,18 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "communication_cycle.h"
-
-#include "driver_object.h"
-#include "stations.h"
-
-#include "../frames/read_requests.h"
-#include "../frames/write_requests.h"
-#include "../varlists/remote_frames.h"
+#include "api/host_calls.h"
+#include "api/steps/driver_object.h"
+#include "api/steps/request_builders.h"
 
 #include <QtCore/QMutexLocker>
 
+using namespace modbus_driver;
+
 namespace {
 
-const int burstLimit = 5; // rounds in a row of writes, and of one-shot reads
+const int burstLimit = 5; // calls in a row that serve writes, and that serve one-shot reads
 
 bool isRemote()
 {
@@ -35,9 +32,9 @@ void buildRead(RW_VAR *var)
         ReadRegister(var);
 }
 
-/// Moves entries of switched-off stations to the end, for good, until the head's station is on. False
-/// when every station is off.
-bool bringServedStationToHead(QList<RW_VAR> *queue)
+/// Moves entries of switched-off stations to the end, for good, until the head's station is on. False when every
+/// station is off.
+bool moveEnabledStationToHead(QList<RW_VAR> *queue)
 {
     for (int i = 0; i < queue->size(); ++i) {
         if (!Ethernetcontains(queue->at(0).station))
@@ -47,17 +44,17 @@ bool bringServedStationToHead(QList<RW_VAR> *queue)
     return false;
 }
 
-/// One round of a queue: builds from its head. False when there was no station to ask.
+/// Builds a request from the queue's head. False when every station of the queue is off.
 bool serve(QList<RW_VAR> *queue, int kind, void (*build)(RW_VAR *))
 {
     PLC_driver.currentKind = kind;
-    if (!bringServedStationToHead(queue))
+    if (!moveEnabledStationToHead(queue))
         return false;
     build(&queue->first());
     return true;
 }
 
-/// A burst counts rounds, whether or not a request came of them.
+/// A burst counts calls, whether or not a request was built.
 bool serveInBurst(QList<RW_VAR> *queue, int kind, int *burst, void (*build)(RW_VAR *))
 {
     if (queue->isEmpty() || *burst >= burstLimit)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "host_control.h"
+#include "api/host_calls.h"
+#include "api/steps/driver_object.h"
 
 void SetComInfo(CommSettings *settings)
 {

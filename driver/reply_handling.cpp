@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "reply_handling.h"
-
-#include "arithmetic.h"
-#include "call_backs.h"
-#include "driver_object.h"
-#include "reply_judging.h"
-#include "status_codes.h"
+#include "api/host_calls.h"
+#include "api/steps/reply_judging.h"
+#include "base/arithmetic.h"
+#include "base/call_backs.h"
+#include "base/pending_requests.h"
 
 #include <QtCore/QMutexLocker>
+
+using namespace modbus_driver;
 
 namespace {
 
@@ -50,12 +50,13 @@ void reportEntry(const QList<RW_VAR> &queue, bool remote)
     if (PLC_driver.currentKind == OriginOnceRead && remote)
         return;
     if (PLC_driver.lastFailed)
-        callBacks::writeDone(queue.at(0), callBacks::GivenUp);
+        callWriteDone(queue.at(0), WriteDoneGivenUp);
     else if (!itemIsQueuedAgain(queue))
-        callBacks::writeDone(queue.at(0), callBacks::Served);
+        callWriteDone(queue.at(0), WriteDoneServed);
 }
 
-/// Takes the served entry off its queue, or, for a poll, to the queue's end, and tells the host.
+/// Removes the entry that was served or given up from its queue, or moves it to the end of the poll list, and
+/// reports it to the host.
 void retireEntry(bool remote)
 {
     QList<RW_VAR> *queue = originQueue();
@@ -71,14 +72,14 @@ void retireEntry(bool remote)
     queue->removeFirst();
 }
 
-/// A group is what one item has queued, of one station while values are kept per station.
+/// A group is everything that one item has queued, for one station while values are kept per station.
 bool isInGroupOfResult(const RW_VAR &entry)
 {
     const bool everyStation = PLC_driver.comInfo->multiStation == 0;
     return sameItem(entry, PLC_driver.result) && (everyStation || entry.station == PLC_driver.result.station);
 }
 
-/// What else the same item has queued falls with the request that was given up.
+/// Giving up also drops the item's other queued entries.
 void dropGroupOfResult()
 {
     QList<RW_VAR> *queue = originQueue();
@@ -95,20 +96,20 @@ void dropGroupOfResult()
 /// Counts a good local reply; a pass is complete after one reply more than the poll list has entries.
 void countTowardsPass()
 {
-    PLC_driver.cyclicDone = arithmetic::wrapped(qint64(PLC_driver.cyclicDone) + 1);
+    PLC_driver.cyclicDone = wrapped(qint64(PLC_driver.cyclicDone) + 1);
     if (PLC_driver.cyclicDone <= PLC_driver.readList.size())
         return;
     PLC_driver.cyclicDone = 0;
     PLC_driver.comInfo->cycleDone = 1;
 }
 
-/// True when the request has had all the replies that it needs.
-bool takeReply(bool remote)
+/// Counts a good reply. True when the request has had all replies that it needs.
+bool countReply(bool remote)
 {
     CommSettings &settings = *PLC_driver.comInfo;
     PLC_driver.lastFailed = false;
     PLC_driver.pendingList.removeFirst();
-    settings.repliesReceived = arithmetic::wrapped(qint64(settings.repliesReceived) + 1);
+    settings.repliesReceived = wrapped(qint64(settings.repliesReceived) + 1);
     if (settings.repliesReceived < settings.repliesExpected)
         return false;
     if (settings.cycleDone == 0 && !remote)
@@ -116,12 +117,12 @@ bool takeReply(bool remote)
     return true;
 }
 
-/// True when no retry is left and the request, with its second half, is given up.
-bool noteFailure()
+/// Counts a failure. True when no retry is left: the request is dropped, with its second half.
+bool countFailure()
 {
     CommSettings &settings = *PLC_driver.comInfo;
     PLC_driver.cyclicDone = 0;
-    settings.failCount = arithmetic::wrapped(qint64(settings.failCount) + 1);
+    settings.failCount = wrapped(qint64(settings.failCount) + 1);
     PLC_driver.lastFailed = true;
     settings.cycleDone = 0;
     if (settings.failCount <= settings.retryLimit)
@@ -131,18 +132,18 @@ bool noteFailure()
     return true;
 }
 
-/// What the exchange came to; calls back and changes queues as it must.
+/// Applies the outcome: retire, retry or give up. Returns the status of the exchange.
 int endExchange(int judged, bool remote)
 {
     if (isSuccess(judged)) {
-        if (takeReply(remote))
+        if (countReply(remote))
             retireEntry(remote);
         return judged;
     }
-    if (!noteFailure())
+    if (!countFailure())
         return StatusRetry;
     retireEntry(remote);
-    callBacks::itemNotify(PLC_driver.result.hostId);
+    callItemNotify(PLC_driver.result.hostId);
     dropGroupOfResult();
     return judged;
 }
@@ -156,14 +157,13 @@ RW_VAR *DataCom(QByteArray *reply, int length)
     if (!request)
         return &PLC_driver.result;
 
-    if (!reply) {
-        QByteArray noBytes;
-        return DataCom(&noBytes, length);
-    }
-    // Held while judging and storing, too: a write-back takes its bit from the queue's head.
+    QByteArray noBytes;
+    QByteArray *const received = reply ? reply : &noBytes;
+    // Held while judging and storing too: a write half takes its bit from the queue's head.
     QMutexLocker lock(&PLC_driver.listMutex);
     const bool remote = request->var.linkId != PLC_driver.comInfo->linkId;
-    const int judged = remote ? DealDataOfRemoteArea(reply, length) : DealDataOfLocalArea(reply, length);
+    const int judged =
+        remote ? DealDataOfRemoteArea(received, length) : DealDataOfLocalArea(received, length);
     PLC_driver.result.status = endExchange(judged, remote);
     return &PLC_driver.result;
 }

@@ -1,29 +1,30 @@
 // SPDX-License-Identifier: MIT
-#include "reply_judging.h"
+#include "api/steps/reply_judging.h"
 
-#include "driver_object.h"
-#include "status_codes.h"
-
-#include "../image/reply_storage.h"
+#include "api/host_calls.h"
+#include "api/steps/image_access.h"
+#include "base/pending_requests.h"
 
 #include <QtCore/QMutexLocker>
+
+using namespace modbus_driver;
 
 namespace {
 
 enum ReplyUse { UseNone = 0, UseStore = 1, UseNothing = 2 };
 enum { AnyLength = -1 };
 
-/// What the two kinds of judging call the same findings.
+/// The outcomes of one kind of judging, local or remote.
 struct Findings
 {
-    Outcome badKind, noReply, wrongLength;
+    ReplyOutcome badKind, noReply, wrongLength;
 };
 
 const Findings localFindings = {OutcomeLocalBadKind, OutcomeLocalNoReply, OutcomeLocalWrongLength};
 const Findings remoteFindings = {OutcomeRemoteBadKind, OutcomeRemoteNoReply, OutcomeRemoteWrongLength};
 
-/// Length first, then the kind of the request. OutcomeDone when the reply may be used.
-Outcome judge(int length, ReplyUse use, const Findings &findings)
+/// Length first, then the kind of the request. OutcomeDone when the reply is accepted.
+ReplyOutcome judge(int length, ReplyUse use, const Findings &findings)
 {
     const Protocol *request = requestInFlight();
     if (!request)
@@ -35,10 +36,10 @@ Outcome judge(int length, ReplyUse use, const Findings &findings)
     return use == UseNone ? findings.badKind : OutcomeDone;
 }
 
-Outcome judgeLocal(QByteArray *reply, int length)
+ReplyOutcome judgeLocal(QByteArray *reply, int length)
 {
     const ReplyUse use = static_cast<ReplyUse>(CheckGetData(reply, length));
-    const Outcome outcome = judge(length, use, localFindings);
+    const ReplyOutcome outcome = judge(length, use, localFindings);
     if (outcome == OutcomeDone && use == UseStore) {
         QMutexLocker lock(&PLC_driver.imageMutex);
         SaveToLocalDataErea(reply);
@@ -46,13 +47,13 @@ Outcome judgeLocal(QByteArray *reply, int length)
     return outcome;
 }
 
-Outcome judgeRemote(QByteArray *reply, int length)
+ReplyOutcome judgeRemote(QByteArray *reply, int length)
 {
     const ReplyUse use = static_cast<ReplyUse>(CheckGetData(reply, length));
-    const Outcome outcome = judge(length, use, remoteFindings);
+    const ReplyOutcome outcome = judge(length, use, remoteFindings);
     if (outcome != OutcomeDone)
         return outcome;
-    if (requestInFlight()->var.subIndex != -1)
+    if (requestInFlight()->var.subIndex != SubIndexReadHalf)
         return OutcomeRemoteAccepted;
     SaveToLocalDataErea(reply);
     return PLC_driver.comInfo->repliesReceived == 1 ? OutcomeRemoteAccepted : OutcomeDone;
@@ -76,9 +77,9 @@ int CheckGetData(QByteArray *, int)
     if (!request)
         return UseNone;
     switch (request->var.rwFlag) {
-    case 0:
+    case AccessRead:
         return UseStore;
-    case 1:
+    case AccessWrite:
         return UseNothing;
     default:
         return UseNone;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "stations.h"
-
-#include "driver_object.h"
+#include "api/host_calls.h"
+#include "api/steps/driver_object.h"
 
 #include <QtCore/QMutexLocker>
 

@@ -1,11 +1,20 @@
 // SPDX-License-Identifier: MIT
-#include "status_codes.h"
+#include "api/host_calls.h"
+#include "base/arithmetic.h"
+#include "base/pending_requests.h"
 
-#include "arithmetic.h"
-#include "driver_object.h"
+using namespace modbus_driver;
 
 namespace {
-const int lastShift = 11; // hostIds from 1 up to here shift an error code within its class
+
+const int lastShift =
+    StatusCodesOfClass - 1; // hostIds from 1 up to here shift an error code within its class
+
+int errorOf(StatusCode firstOfClass)
+{
+    return SwitchErrorReturn(firstOfClass - 1);
+}
+
 } // namespace
 
 int GetDriverReturnValue(int outcome)
@@ -14,19 +23,19 @@ int GetDriverReturnValue(int outcome)
     case OutcomeDone:
         return StatusDone;
     case OutcomeLocalBadKind:
-        return SwitchErrorReturn(10);
+        return errorOf(StatusLocalBadKind);
     case OutcomeLocalNoReply:
-        return SwitchErrorReturn(40);
+        return errorOf(StatusLocalNoReply);
     case OutcomeLocalWrongLength:
-        return SwitchErrorReturn(70);
+        return errorOf(StatusLocalWrongLength);
     case OutcomeRemoteAccepted:
         return StatusRemoteAccepted;
     case OutcomeRemoteBadKind:
-        return SwitchErrorReturn(110);
+        return errorOf(StatusRemoteBadKind);
     case OutcomeRemoteNoReply:
-        return SwitchErrorReturn(140);
+        return errorOf(StatusRemoteNoReply);
     case OutcomeRemoteWrongLength:
-        return SwitchErrorReturn(170);
+        return errorOf(StatusRemoteWrongLength);
     default:
         return StatusUnknown;
     }
@@ -37,5 +46,5 @@ int SwitchErrorReturn(int base)
     const Protocol *request = requestInFlight();
     const int hostId = request ? request->var.hostId : 0;
     const int shift = hostId >= 1 && hostId <= lastShift ? hostId : 0;
-    return arithmetic::wrapped(qint64(base) + 1 + shift);
+    return wrapped(qint64(base) + 1 + shift);
 }

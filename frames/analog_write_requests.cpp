@@ -1,19 +1,21 @@
 // SPDX-License-Identifier: MIT
-#include "analog_write_requests.h"
-
 #include "mbap.h"
-#include "transaction.h"
 
-#include "../varlists/areas.h"
+#include "../driver/api/codes.h"
+#include "../driver/api/steps/request_builders.h"
+#include "../driver/base/modbus_wire.h"
+#include "../driver/base/pending_requests.h"
 
 #include <utility>
+
+using namespace modbus_driver;
 
 namespace {
 
 void queue(QByteArray frame, const RW_VAR &var)
 {
-    transaction::append(std::move(frame), transaction::writeEcho(var.station), var);
-    transaction::expectReplies(1);
+    appendRequest(std::move(frame), writeEcho(var.station), var);
+    expectReplies(1);
 }
 
 /// A byte that is missing counts as 0.
@@ -39,6 +41,6 @@ void WriteAnalog(RW_VAR *var)
         return;
     }
     queue(
-        mbap::request(var->station, mbap::WriteSingleRegister, var->startAddress, singleRegister(var->data)),
+        mbap::request(var->station, wire::WriteSingleRegister, var->startAddress, singleRegister(var->data)),
         *var);
 }

@@ -1,44 +1,50 @@
 // SPDX-License-Identifier: MIT
-#include "bit_in_register_write.h"
-
+// Writing one bit of a holding register: read the register, change the bit, write the register back. Both halves are
+// built here. completeWriteHalf (driver/base/pending_requests.cpp) puts the changed value into the write half when the
+// reply to the read half is stored.
 #include "mbap.h"
-#include "transaction.h"
 
-#include "../driver/arithmetic.h"
+#include "../driver/api/codes.h"
+#include "../driver/api/steps/request_builders.h"
+#include "../driver/base/arithmetic.h"
+#include "../driver/base/modbus_wire.h"
+#include "../driver/base/pending_requests.h"
+
+using namespace modbus_driver;
 
 namespace {
 
-const int placeholder = 0x3030; // replaced by the register's value when the read half is answered
+const int placeholder = 0x3030; // replaced by completeWriteHalf
 
-/// The read asks for one register, yet expects the reply that the variable's own length makes.
+/// The frame asks for one register, but the expected reply is as long as the variable's own dataLength says.
 void queueReadHalf(const RW_VAR &var, int reg)
 {
     RW_VAR half = var;
-    half.rwFlag = 0;
+    half.rwFlag = AccessRead;
     half.startAddress = reg;
-    half.subIndex = -1;
-    const int bytes = arithmetic::wrapped(qint64(var.dataLength) * 2);
-    transaction::append(mbap::request(var.station, mbap::ReadHoldingRegisters, reg, 1),
-                        transaction::readReply(var.station, bytes), half);
+    half.subIndex = SubIndexReadHalf;
+    const int bytes = wrapped(qint64(var.dataLength) * 2);
+    appendRequest(mbap::request(var.station, wire::ReadHoldingRegisters, reg, 1),
+                  readReply(var.station, bytes), half);
 }
 
 void queueWriteHalf(const RW_VAR &var, int reg)
 {
     RW_VAR half = var;
-    half.rwFlag = 1;
+    half.rwFlag = AccessWrite;
     half.subIndex = 0;
-    transaction::append(mbap::request(var.station, mbap::WriteSingleRegister, reg, placeholder),
-                        transaction::writeEcho(var.station), half);
+    appendRequest(mbap::request(var.station, wire::WriteSingleRegister, reg, placeholder),
+                  writeEcho(var.station), half);
 }
 
 } // namespace
 
 void WriteBool_WordOfBit(RW_VAR *var)
 {
-    if (var->station == 0)
+    if (var->station == StationBroadcast)
         return;
-    const int reg = var->startAddress / 16; // towards zero: bit -1 belongs to register 0
+    const int reg = var->startAddress / 16; // rounds towards zero: bit -1 is of register 0
     queueReadHalf(*var, reg);
     queueWriteHalf(*var, reg);
-    transaction::expectReplies(2);
+    expectReplies(2);
 }

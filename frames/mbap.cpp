@@ -1,69 +1,63 @@
 // SPDX-License-Identifier: MIT
 #include "mbap.h"
 
-#include "byte_order.h"
+#include "../driver/base/byte_order.h"
 
 #include <QtCore/QtGlobal>
 
+namespace modbus_driver {
 namespace mbap {
 
 namespace {
 
-enum { LengthHigh = 4, Unit = 6, Function = 7, AddressHigh = 8, ByteCount = 12, RegisterData = 13 };
-
-void putHighFirst(char *to, int value)
-{
-    to[0] = static_cast<char>((value >> 8) & 0xFF);
-    to[1] = static_cast<char>(value & 0xFF);
-}
-
 /// A request of `size` bytes: the twelve that all have, then zeros.
-QByteArray frame(int size, int station, FunctionCode function, int address, int value)
+QByteArray frame(int size, int station, wire::FunctionCode function, int address, int value)
 {
     QByteArray bytes(size, '\0');
     char *at = bytes.data();
-    putHighFirst(at + LengthHigh, size - LengthFieldEnd);
-    at[Unit] = static_cast<char>(station & 0xFF);
-    at[Function] = static_cast<char>(function);
-    putHighFirst(at + AddressHigh, address);
-    putHighFirst(at + ValueHigh, value);
+    wire::putWord(at + wire::LengthAt, size - wire::LengthFieldEnd);
+    at[wire::UnitAt] = static_cast<char>(station & 0xFF);
+    at[wire::FunctionAt] = static_cast<char>(function);
+    wire::putWord(at + wire::AddressAt, address);
+    wire::putWord(at + wire::ValueAt, value);
     return bytes;
 }
 
-/// How groups of `bytes` bytes are copied, each turned round.
-struct Turning
+/// How values of `bytes` bytes each are copied from the host's byte order to the wire's.
+struct ValueCopy
 {
     int bytes;
-    void (*copy)(void *to, const void *from, int groups);
+    void (*copy)(void *to, const void *from, int values);
 };
 
-/// A WriteMultipleRegisters request whose data are such groups, as many as `groups` and hostData allow.
-QByteArray writeTurned(int station, int address, int registers, const QByteArray &hostData, int groups,
-                       const Turning &turning)
+/// A WriteMultipleRegisters request with as many values as `values` and hostData allow.
+QByteArray writeMultiple(int station, int address, int registers, const QByteArray &hostData, int values,
+                         const ValueCopy &order)
 {
-    const int count = qMax(0, qMin(groups, hostData.size() / turning.bytes));
-    const int size = RegisterData + count * turning.bytes;
-    QByteArray bytes = frame(size, station, WriteMultipleRegisters, address, registers);
-    bytes.data()[ByteCount] = static_cast<char>((static_cast<unsigned>(registers) * 2) & 0xFF);
-    turning.copy(bytes.data() + RegisterData, hostData.constData(), count);
+    const int count = qMax(0, qMin(values, hostData.size() / order.bytes));
+    const int size = wire::WriteDataAt + count * order.bytes;
+    QByteArray bytes = frame(size, station, wire::WriteMultipleRegisters, address, registers);
+    bytes.data()[wire::WriteByteCountAt] = static_cast<char>((static_cast<unsigned>(registers) * 2) & 0xFF);
+    order.copy(bytes.data() + wire::WriteDataAt, hostData.constData(), count);
     return bytes;
 }
 
 } // namespace
 
-QByteArray request(int station, FunctionCode function, int address, int value)
+QByteArray request(int station, wire::FunctionCode function, int address, int value)
 {
-    return frame(RequestLength, station, function, address, value);
+    return frame(wire::RequestLength, station, function, address, value);
 }
 
 QByteArray writeRegisters(int station, int address, int registers, const QByteArray &hostData)
 {
-    return writeTurned(station, address, registers, hostData, registers, {2, byteOrder::turnRegisters});
+    return writeMultiple(station, address, registers, hostData, registers, {2, swapRegisterBytes});
 }
 
 QByteArray writePairs(int station, int address, int registers, const QByteArray &hostData)
 {
-    return writeTurned(station, address, registers, hostData, registers / 2, {4, byteOrder::turnPairs});
+    return writeMultiple(station, address, registers, hostData, registers / 2, {4, reverseBytes32});
 }
 
 } // namespace mbap
+} // namespace modbus_driver

@@ -1,20 +1,22 @@
 // SPDX-License-Identifier: MIT
-#include "read_requests.h"
-
 #include "mbap.h"
-#include "transaction.h"
 
-#include "../driver/arithmetic.h"
-#include "../varlists/areas.h"
+#include "../driver/api/codes.h"
+#include "../driver/api/steps/request_builders.h"
+#include "../driver/base/arithmetic.h"
+#include "../driver/base/modbus_wire.h"
+#include "../driver/base/pending_requests.h"
+
+using namespace modbus_driver;
 
 namespace {
 
-/// `quantity` in bits or registers, as the request asks; `dataBytes` as the reply brings.
-void queueRead(const RW_VAR &var, mbap::FunctionCode function, int quantity, int dataBytes)
+/// `quantity` in bits or registers, as the request asks; `dataBytes` of the reply.
+void queueRead(const RW_VAR &var, wire::FunctionCode function, int quantity, int dataBytes)
 {
-    transaction::append(mbap::request(var.station, function, var.startAddress, quantity),
-                        transaction::readReply(var.station, dataBytes), var);
-    transaction::expectReplies(1);
+    appendRequest(mbap::request(var.station, function, var.startAddress, quantity),
+                  readReply(var.station, dataBytes), var);
+    expectReplies(1);
 }
 
 } // namespace
@@ -39,8 +41,8 @@ void ReadBool(RW_VAR *var)
 {
     if (var->area != AreaCoils && var->area != AreaDiscreteInputs)
         return;
-    const int bits = arithmetic::wrapped(qint64(var->dataLength) * 8);
-    queueRead(*var, var->area == AreaCoils ? mbap::ReadCoils : mbap::ReadDiscreteInputs, bits,
+    const int bits = wrapped(qint64(var->dataLength) * 8);
+    queueRead(*var, var->area == AreaCoils ? wire::ReadCoils : wire::ReadDiscreteInputs, bits,
               var->dataLength);
 }
 
@@ -48,7 +50,7 @@ void ReadAnalog(RW_VAR *var)
 {
     if (var->area != AreaInputRegisters && var->area != AreaHoldingRegisters)
         return;
-    const int bytes = arithmetic::wrapped(qint64(var->dataLength) * 2);
+    const int bytes = wrapped(qint64(var->dataLength) * 2);
     const bool input = var->area == AreaInputRegisters;
-    queueRead(*var, input ? mbap::ReadInputRegisters : mbap::ReadHoldingRegisters, var->dataLength, bytes);
+    queueRead(*var, input ? wire::ReadInputRegisters : wire::ReadHoldingRegisters, var->dataLength, bytes);
 }

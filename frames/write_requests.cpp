@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "write_requests.h"
-
-#include "analog_write_requests.h"
-#include "bit_in_register_write.h"
 #include "mbap.h"
-#include "transaction.h"
 
-#include "../driver/call_backs.h"
-#include "../driver/driver_object.h"
-#include "../image/local_writes.h"
-#include "../varlists/areas.h"
+#include "../driver/api/codes.h"
+#include "../driver/api/steps/image_access.h"
+#include "../driver/api/steps/request_builders.h"
+#include "../driver/base/call_backs.h"
+#include "../driver/base/modbus_wire.h"
+#include "../driver/base/pending_requests.h"
+
+using namespace modbus_driver;
 
 namespace {
 
@@ -36,7 +35,7 @@ void build(RW_VAR *var)
 void WriteRegister(RW_VAR *var)
 {
     build(var);
-    callBacks::itemNotify(var->hostId);
+    callItemNotify(var->hostId);
     if (!PLC_driver.lastFailed && var->area != AreaHoldingRegisterBit)
         WriteDataToLocal(var);
 }
@@ -44,8 +43,8 @@ void WriteRegister(RW_VAR *var)
 void WriteBool(RW_VAR *var)
 {
     const bool on = !var->data.isEmpty() && var->data.at(0) == 1;
-    transaction::append(
-        mbap::request(var->station, mbap::WriteSingleCoil, var->startAddress, on ? 0xFF00 : 0),
-        transaction::writeEcho(var->station), *var);
-    transaction::expectReplies(1);
+    appendRequest(
+        mbap::request(var->station, wire::WriteSingleCoil, var->startAddress, on ? wire::CoilOn : 0),
+        writeEcho(var->station), *var);
+    expectReplies(1);
 }

@@ -1,40 +1,37 @@
 // SPDX-License-Identifier: MIT
 #include "driver_checks.h"
 
-#include "../frames/mbap.h"
-
-#include <QtCore/QtEndian>
+#include "base/modbus_wire.h"
+#include "base/remote_wire.h"
 
 #include <new>
 
-namespace {
+using namespace modbus_driver;
 
-quint16 word(const QByteArray &frame, int at)
-{
-    return qFromBigEndian<quint16>(frame.constData() + at);
-}
+namespace {
 
 bool isModbusFrame(const QByteArray &frame, const RW_VAR &var)
 {
-    if (frame.size() < mbap::RequestLength || frame.left(4) != QByteArray(4, '\0') ||
-        word(frame, 4) != ((frame.size() - mbap::LengthFieldEnd) & 0xFFFF) || frame.at(6) != static_cast<char>(var.station))
+    if (frame.size() < wire::RequestLength || frame.left(4) != QByteArray(4, '\0') ||
+        wire::wordAt(frame, wire::LengthAt) != ((frame.size() - wire::LengthFieldEnd) & 0xFFFF) ||
+        frame.at(wire::UnitAt) != static_cast<char>(var.station))
         return false;
-    const int function = static_cast<uchar>(frame.at(7));
-    if (function != mbap::WriteMultipleRegisters)
-        return function >= mbap::ReadCoils && function <= mbap::WriteSingleRegister && frame.size() == mbap::RequestLength;
-    const int dataAt = 13;
-    return frame.size() >= dataAt && frame.at(12) == static_cast<char>(2 * word(frame, 10)) &&
-           (frame.size() - dataAt) / 2 <= qMax(0, var.dataLength);
+    const int function = wire::byteAt(frame, wire::FunctionAt);
+    if (function != wire::WriteMultipleRegisters)
+        return function >= wire::ReadCoils && function <= wire::WriteSingleRegister && frame.size() == wire::RequestLength;
+    return frame.size() >= wire::WriteDataAt &&
+           frame.at(wire::WriteByteCountAt) == static_cast<char>(2 * wire::wordAt(frame, wire::ValueAt)) &&
+           (frame.size() - wire::WriteDataAt) / 2 <= qMax(0, var.dataLength);
 }
 
 bool isRemoteFrame(const QByteArray &frame, const RW_VAR &var)
 {
-    const int shortest = 22;
     unsigned sum = 0;
     for (int i = 0; i + 1 < frame.size(); ++i)
         sum += static_cast<quint8>(frame.at(i));
-    return frame.size() >= shortest && frame.at(0) == static_cast<char>(frame.size()) &&
-           frame.at(4) == static_cast<char>(var.station) && frame.at(frame.size() - 1) == static_cast<char>(sum);
+    return frame.size() >= remoteWire::ShortestFrame && frame.at(0) == static_cast<char>(frame.size()) &&
+           frame.at(remoteWire::StationAt) == static_cast<char>(var.station) &&
+           frame.at(frame.size() - 1) == static_cast<char>(sum);
 }
 
 const char *brokenRequest(const Protocol &request)
@@ -81,14 +78,12 @@ void freshDriver(CommSettings *settings)
     SetComInfo(settings);
 }
 
-const char *brokenPromise(int forced)
+const char *violatedInvariant(int forced)
 {
     const Modbus_TCPIP_RTU_M &driver = PLC_driver;
-    const int limit = varlists::queueLimit + forced;
+    const int limit = QueueLimit + forced;
     if (driver.writeList.size() > limit || driver.onceReadList.size() > limit)
         return "a queue passed its limit";
-    if (driver.extendIndex.indexed > driver.extendList.size())
-        return "the index knows records that are not there";
     if (!driver.result.data.isEmpty())
         return "value bytes reached the result record";
     if (const char *broken = brokenPending(driver.pendingList))

@@ -11,4 +11,4 @@ void freshDriver(CommSettings *settings);
 
 /// Says which of the driver's promises is broken, null while none is. `forced` is how many entries were
 /// queued past the limit, with mode 1. For the communication thread, with no panel thread beside it.
-const char *brokenPromise(int forced = 0);
+const char *violatedInvariant(int forced = 0);

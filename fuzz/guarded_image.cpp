@@ -5,14 +5,16 @@
 
 #include <memory>
 
+using namespace modbus_driver;
+
 namespace guardedImage {
 
 namespace {
 
 struct Arrays
 {
-    std::unique_ptr<quint8[]> bits{new quint8[image::bitBytes]()};
-    std::unique_ptr<quint16[]> registers{new quint16[image::registerCount]()};
+    std::unique_ptr<quint8[]> bits{new quint8[ImageBitBytes]()};
+    std::unique_ptr<quint16[]> registers{new quint16[ImageRegisters]()};
 };
 
 const Arrays &arrays()
@@ -21,8 +23,8 @@ const Arrays &arrays()
     return only;
 }
 
-const int tableOf[] = {image::bitCount, image::registerBits, image::registerCount, image::registerCount,
-                       image::bitCount, image::registerBits, image::registerCount, image::registerCount};
+const int tableOf[] = {ImageBits, ImageRegisterBits, ImageRegisters, ImageRegisters,
+                       ImageBits, ImageRegisterBits, ImageRegisters, ImageRegisters};
 
 /// A long access begins near the table's end, where it costs little time and would go too far.
 int startOf(int start, int count, int table)

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <memory>
 
+using namespace modbus_driver;
+
 namespace {
 
 const Protocol *inFlight()
@@ -51,9 +53,9 @@ struct Canary
     Canary()
     {
         std::memcpy(edges[0], PLC_driver.inputBits, 32);
-        std::memcpy(edges[1], PLC_driver.inputBits + image::bitBytes - 32, 32);
+        std::memcpy(edges[1], PLC_driver.inputBits + ImageBitBytes - 32, 32);
         std::memcpy(edges[2], PLC_driver.inputRegisters, 32);
-        std::memcpy(edges[3], PLC_driver.inputRegisters + image::registerCount - 16, 32);
+        std::memcpy(edges[3], PLC_driver.inputRegisters + ImageRegisters - 16, 32);
     }
 };
 
@@ -85,7 +87,7 @@ void fuzzHostCalls(const quint8 *bytes, std::size_t size)
             reply(&script);
         else
             ComCommunication();
-        requireNothing(brokenPromise(forced));
+        requireNothing(violatedInvariant(forced));
         require(mayReadInputs || std::memcmp(&before, Canary().edges, sizeof before) == 0, "only reads change the inputs");
     }
 }

@@ -4,6 +4,8 @@
 
 #include "driver_checks.h"
 
+using namespace modbus_driver;
+
 namespace {
 
 /// Of an item, as the station numbers its table; empty when this target has nothing to say about it.
@@ -29,7 +31,7 @@ qint64 asksUpTo(const QList<RW_VAR> &requests, const Run &run, qint64 element)
 {
     qint64 end = element;
     for (const RW_VAR &request : requests) {
-        const qint64 length = qint64(request.dataLength) * (varlists::isBitArea(run.area) ? 8 : 1);
+        const qint64 length = qint64(request.dataLength) * (isBitArea(run.area) ? 8 : 1);
         if (request.station == run.station && request.area == run.area && request.startAddress <= element)
             end = qMax(end, request.startAddress + length);
     }
@@ -49,9 +51,9 @@ void requireAsked(const QList<RW_VAR> &requests, const Run &run)
 void requireWithinBlock(const QList<RW_VAR> &requests, int block)
 {
     for (const RW_VAR &request : requests) {
-        require(!varlists::isBitArea(request.area) || request.startAddress % 8 == 0 || request.area < 0,
+        require(!isBitArea(request.area) || request.startAddress % 8 == 0 || request.area < 0,
                 "bits are read from a byte's start");
-        require(block < 1 || request.dataLength <= block + varlists::isBitArea(request.area), "no request exceeds the block");
+        require(block < 1 || request.dataLength <= block + isBitArea(request.area), "no request exceeds the block");
     }
 }
 
@@ -65,7 +67,7 @@ void askOnce(const VAR_ITEM &item, const Run &run)
     const int queued = AddListOnceReadVar(&var, 0);
     const bool refused = StringAddressToInt(item.area, item.addressText) < 0;
     require(queued == (refused ? 0 : PLC_driver.onceReadList.size()), "a one-shot read tells the queue's length");
-    if (PLC_driver.onceReadList.size() < varlists::queueLimit)
+    if (PLC_driver.onceReadList.size() < QueueLimit)
         requireAsked(PLC_driver.onceReadList, run);
 }
 
@@ -95,5 +97,5 @@ void fuzzPollLists(const quint8 *bytes, std::size_t size)
         requireAsked(PLC_driver.readList, run);
         askOnce(item, run);
     }
-    requireNothing(brokenPromise());
+    requireNothing(violatedInvariant());
 }

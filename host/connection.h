@@ -14,7 +14,7 @@
 #include "reply_framing.h"
 #include "trace.h"
 
-#include "records.h"
+#include "api/records.h"
 
 #include <QtCore/QElapsedTimer>
 #include <QtNetwork/QTcpSocket>

@@ -5,7 +5,7 @@
 
 #pragma once
 
-#include "records.h"
+#include "api/records.h"
 
 #include <set>
 #include <tuple>

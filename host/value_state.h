@@ -8,7 +8,7 @@
 
 #include "variable.h"
 
-#include "records.h"
+#include "api/records.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>

@@ -1,19 +1,17 @@
 // SPDX-License-Identifier: MIT
-#include "host_reads.h"
-
 #include "bounds.h"
-#include "packing.h"
 #include "station_values.h"
 
-#include "../driver/arithmetic.h"
-#include "../driver/driver_object.h"
+#include "../driver/api/host_calls.h"
+#include "../driver/api/steps/driver_object.h"
+#include "../driver/api/steps/image_access.h"
+#include "../driver/api/steps/list_building.h"
+#include "../driver/base/arithmetic.h"
 #include "../varlists/address_text.h"
-#include "../varlists/areas.h"
 
 #include <QtCore/QMutexLocker>
 
-using arithmetic::wrapped;
-using image::grown;
+using namespace modbus_driver;
 
 namespace {
 
@@ -69,8 +67,8 @@ void readStationBits(const StationRead &read, const BitRecords &records, QByteAr
 {
     if (count < 1)
         return;
-    char *to = grown(out, count);
-    image::StationValues values(read.station, read.area);
+    char *to = ensureSize(out, count);
+    StationValues values(read.station, read.area);
     const QByteArray *value = nullptr;
     for (int i = 0; i < count; ++i) {
         const qint64 bit = read.address + i;
@@ -82,7 +80,7 @@ void readStationBits(const StationRead &read, const BitRecords &records, QByteAr
     }
 }
 
-void copyRegister(image::StationValues *values, qint64 address, char *to)
+void copyRegister(StationValues *values, qint64 address, char *to)
 {
     const QByteArray &value = values->value(wrapped(address));
     const bool known = value.size() >= 2;
@@ -94,41 +92,40 @@ void readStationRegisters(const StationRead &read, QByteArray &out, int count)
 {
     if (count < 1)
         return;
-    char *to = grown(out, 2 * count);
-    image::StationValues values(read.station, read.area);
+    char *to = ensureSize(out, 2 * count);
+    StationValues values(read.station, read.area);
     for (int k = 0; k < count; ++k)
         copyRegister(&values, read.address + k, to + 2 * k);
 }
 
-/// A single register gives nothing here, unlike in the shared image. Low words are asked for by themselves:
-/// a high word lies ahead of its low word, which would lead the search back and forth.
+/// A single register gives nothing here, unlike in the shared image. Two cursors: each predicts ascending addresses
+/// only.
 void readStationPairs(const StationRead &read, QByteArray &out, int count)
 {
     if (count < 2)
         return;
     const int pairs = count / 2;
-    char *to = grown(out, 4 * pairs);
-    image::StationValues low(read.station, read.area), high(read.station, read.area);
+    char *to = ensureSize(out, 4 * pairs);
+    StationValues low(read.station, read.area), high(read.station, read.area);
     for (int j = 0; j < pairs; ++j) {
         copyRegister(&low, read.address + 2 * j + 1, to + 4 * j);
         copyRegister(&high, read.address + 2 * j, to + 4 * j + 2);
     }
 }
 
-/// No count reaches further than a whole table, whatever the host asks. Not inlined: reads of the shared image
-/// would pay for what this keeps on the stack.
+/// No count reaches further than a whole table. noinline: keeps its stack frame out of reads of the shared image.
 __attribute__((noinline)) void readStation(int area, int address, int station, QByteArray &out, int count)
 {
     const StationRead read = {station, getPlcReg(area), address};
-    const int most = qMin(count, int(image::registerCount));
+    const int most = qMin(count, int(ImageRegisters));
     switch (area) {
     case AreaCoils:
     case AreaDiscreteInputs:
-        readStationBits(read, eightBits, out, qMin(count, int(image::bitCount)));
+        readStationBits(read, eightBits, out, qMin(count, int(ImageBits)));
         break;
     case AreaInputRegisterBit:
     case AreaHoldingRegisterBit:
-        readStationBits(read, registers, out, qMin(count, int(image::registerBits)));
+        readStationBits(read, registers, out, qMin(count, int(ImageRegisterBits)));
         break;
     case AreaInputRegisters:
     case AreaHoldingRegisters:
@@ -147,7 +144,7 @@ __attribute__((noinline)) void readStation(int area, int address, int station, Q
 
 int GetRegisterData(int, int area, QString addressText, int station, QByteArray &out, int count)
 {
-    const int address = varlists::addressOf(area, addressText);
+    const int address = addressOf(area, addressText);
     if (address < 0)
         return 0;
     QMutexLocker lock(&PLC_driver.imageMutex);

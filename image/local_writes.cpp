@@ -1,18 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "local_writes.h"
-
-#include "packing.h"
 #include "station_values.h"
 
-#include "../driver/arithmetic.h"
-#include "../driver/driver_object.h"
-#include "../varlists/areas.h"
+#include "../driver/api/codes.h"
+#include "../driver/api/steps/driver_object.h"
+#include "../driver/api/steps/image_access.h"
+#include "../driver/base/arithmetic.h"
 
 #include <QtCore/QMutexLocker>
 
 #include <cstring>
 
-using arithmetic::wrapped;
+using namespace modbus_driver;
 
 namespace {
 
@@ -45,8 +43,8 @@ char withBit(char byte, int mask, bool on)
 /// Any byte but 1 clears. Every bit's record is made, also where data is too short to write it.
 void writeStationCoils(const RW_VAR &var)
 {
-    image::StationValues values(var.station, AreaCoils);
-    const int count = qMin(var.dataLength, int(image::bitCount));
+    StationValues values(var.station, AreaCoils);
+    const int count = qMin(var.dataLength, int(ImageBits));
     for (int i = 0; i < count; ++i) {
         const qint64 bit = qint64(var.startAddress) + i;
         if (bit < 0)
@@ -66,8 +64,8 @@ void writeStationRegisterBits(const RW_VAR &var)
         return;
     const int byte = var.startAddress % 16 / 8;
     const int mask = 1 << (var.startAddress % 8);
-    image::StationValues values(var.station, AreaHoldingRegisters);
-    const int count = qMin(var.dataLength, int(image::registerBits));
+    StationValues values(var.station, AreaHoldingRegisters);
+    const int count = qMin(var.dataLength, int(ImageRegisterBits));
     for (int i = 0; i < count; ++i) {
         const qint64 reg = (qint64(var.startAddress) + i) / 16;
         QByteArray &value = values.value(wrapped(reg));
@@ -80,7 +78,7 @@ void writeStationRegisterBits(const RW_VAR &var)
 }
 
 /// Registers below address 0 are not written.
-void setStationRegister(image::StationValues *values, qint64 reg, const char *from)
+void setStationRegister(StationValues *values, qint64 reg, const char *from)
 {
     if (reg < 0)
         return;
@@ -93,16 +91,16 @@ void setStationRegister(image::StationValues *values, qint64 reg, const char *fr
 void writeStationRegisters(const RW_VAR &var)
 {
     const int count = qMin(var.dataLength, var.data.size() / 2);
-    image::StationValues values(var.station, AreaHoldingRegisters);
+    StationValues values(var.station, AreaHoldingRegisters);
     for (int k = 0; k < count; ++k)
         setStationRegister(&values, qint64(var.startAddress) + k, var.data.constData() + 2 * k);
 }
 
-/// Low words are asked for by themselves, as when pairs are read.
+/// Two cursors, as when pairs are read.
 void writeStationPairs(const RW_VAR &var)
 {
     const int count = qMin(var.dataLength / 2, var.data.size() / 4);
-    image::StationValues low(var.station, AreaHoldingRegisters), high(var.station, AreaHoldingRegisters);
+    StationValues low(var.station, AreaHoldingRegisters), high(var.station, AreaHoldingRegisters);
     for (int j = 0; j < count; ++j) {
         const qint64 first = qint64(var.startAddress) + 2 * j;
         if (first < 0)

@@ -1,19 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "packing.h"
-
+// Between the image arrays and the host's bytes.
 #include "bounds.h"
 
-#include "../driver/driver_object.h"
+#include "../driver/api/steps/driver_object.h"
+#include "../driver/api/steps/image_access.h"
 
 #include <cstring>
 
-namespace {
+using namespace modbus_driver;
 
-using image::bitCount;
-using image::grown;
-using image::Inside;
-using image::registerBits;
-using image::registerCount;
+namespace {
 
 void putLowFirst(char *to, quint16 value)
 {
@@ -21,10 +17,10 @@ void putLowFirst(char *to, quint16 value)
     to[1] = static_cast<char>(value >> 8);
 }
 
-static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "registers are copied as they lie in memory, low byte first");
+static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "registers are copied as they are in memory, low byte first");
 
 /// Bytes of the registers that lie inside.
-std::size_t registerBytes(const Inside &inside)
+std::size_t registerBytes(const ClippedRange &inside)
 {
     return 2 * static_cast<std::size_t>(inside.end - inside.first);
 }
@@ -51,10 +47,10 @@ template <typename Word> struct BitRow
 
 template <typename Word> void readBits(QByteArray &out, BitRow<Word> row, int start, int count, int table)
 {
-    const Inside inside(start, count, table);
+    const ClippedRange inside(start, count, table);
     if (inside.end == 0)
         return;
-    char *to = grown(out, inside.end);
+    char *to = ensureSize(out, inside.end);
     if (inside.first > 0)
         std::memset(to, 0, static_cast<std::size_t>(inside.first));
     for (int i = inside.first; i < inside.end; ++i)
@@ -64,7 +60,7 @@ template <typename Word> void readBits(QByteArray &out, BitRow<Word> row, int st
 template <typename Word>
 void writeBits(BitRow<Word> row, const QByteArray &in, int start, int count, int table)
 {
-    const Inside inside(start, qMin(count, in.size()), table);
+    const ClippedRange inside(start, qMin(count, in.size()), table);
     for (int i = inside.first; i < inside.end; ++i)
         row.set(start + i, in.at(i) == 1);
 }
@@ -73,20 +69,20 @@ void writeBits(BitRow<Word> row, const QByteArray &in, int start, int count, int
 
 void GetBitFromUC(QByteArray &out, unsigned char *bits, int start, int count)
 {
-    readBits(out, BitRow<quint8>{bits}, start, count, bitCount);
+    readBits(out, BitRow<quint8>{bits}, start, count, ImageBits);
 }
 
 void GetBitFromUS(QByteArray &out, unsigned short *regs, int start, int count)
 {
-    readBits(out, BitRow<quint16>{regs}, start, count, registerBits);
+    readBits(out, BitRow<quint16>{regs}, start, count, ImageRegisterBits);
 }
 
 void GetWordFromUS(QByteArray &out, unsigned short *regs, int start, int count)
 {
-    const Inside inside(start, count, registerCount);
+    const ClippedRange inside(start, count, ImageRegisters);
     if (inside.end == 0)
         return;
-    char *to = grown(out, 2 * inside.end);
+    char *to = ensureSize(out, 2 * inside.end);
     if (inside.first > 0)
         std::memset(to, 0, 2 * static_cast<std::size_t>(inside.first));
     if (inside.first < inside.end)
@@ -96,14 +92,14 @@ void GetWordFromUS(QByteArray &out, unsigned short *regs, int start, int count)
 void GetWordFromUI(QByteArray &out, unsigned short *regs, int start, int count)
 {
     if (count == 1) {
-        if (Inside(start, 2, registerCount).end == 2)
-            putLowFirst(grown(out, 2), start < 0 ? quint16(0) : regs[start + 1]);
+        if (ClippedRange(start, 2, ImageRegisters).end == 2)
+            putLowFirst(ensureSize(out, 2), start < 0 ? quint16(0) : regs[start + 1]);
         return;
     }
-    const int pairs = Inside(start, count, registerCount).end / 2;
+    const int pairs = ClippedRange(start, count, ImageRegisters).end / 2;
     if (pairs == 0)
         return;
-    char *to = grown(out, 4 * pairs);
+    char *to = ensureSize(out, 4 * pairs);
     for (int j = 0; j < pairs; ++j) {
         const int r = start + 2 * j;
         putLowFirst(to + 4 * j, r < 0 ? quint16(0) : regs[r + 1]);
@@ -113,24 +109,24 @@ void GetWordFromUI(QByteArray &out, unsigned short *regs, int start, int count)
 
 void SetBitToUC(int start, unsigned char *bits, QByteArray *in, int count)
 {
-    writeBits(BitRow<quint8>{bits}, *in, start, count, bitCount);
+    writeBits(BitRow<quint8>{bits}, *in, start, count, ImageBits);
 }
 
 void SetBitToUS(int start, unsigned short *regs, QByteArray *in, int count)
 {
-    writeBits(BitRow<quint16>{regs}, *in, start, count, registerBits);
+    writeBits(BitRow<quint16>{regs}, *in, start, count, ImageRegisterBits);
 }
 
 void SetWordToUS(int start, unsigned short *regs, QByteArray *in, int count)
 {
-    const Inside inside(start, qMin(count, in->size() / 2), registerCount);
+    const ClippedRange inside(start, qMin(count, in->size() / 2), ImageRegisters);
     if (inside.first < inside.end)
         std::memcpy(regs + (start + inside.first), in->constData() + 2 * inside.first, registerBytes(inside));
 }
 
 void SetWordToUI(int start, unsigned short *regs, QByteArray *in, int count)
 {
-    const int pairs = Inside(start, qMin(count, in->size() / 2), registerCount).end / 2;
+    const int pairs = ClippedRange(start, qMin(count, in->size() / 2), ImageRegisters).end / 2;
     const char *from = in->constData();
     for (int j = 0; j < pairs; ++j) {
         const int r = start + 2 * j;

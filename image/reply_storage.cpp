@@ -1,18 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "reply_storage.h"
-
 #include "bounds.h"
 #include "station_values.h"
-#include "write_back.h"
 
-#include "../driver/arithmetic.h"
-#include "../driver/driver_object.h"
-#include "../frames/byte_order.h"
-#include "../varlists/areas.h"
+#include "../driver/api/codes.h"
+#include "../driver/api/steps/image_access.h"
+#include "../driver/base/arithmetic.h"
+#include "../driver/base/byte_order.h"
+#include "../driver/base/pending_requests.h"
 
 #include <cstring>
 
-using arithmetic::wrapped;
+using namespace modbus_driver;
 
 namespace {
 
@@ -21,10 +19,10 @@ class ReplyData
 {
 public:
     ReplyData(const QByteArray &reply, const Protocol &request)
-        : byteCount(qBound(0, request.replyDataLength, 2 * image::registerCount)),
-          registerCount(byteCount / 2), bytesPresent(present(reply, request.replyHeaderLength)),
-          registersPresent(bytesPresent / 2), bytes(reinterpret_cast<const uchar *>(reply.constData()) +
-                                                    (bytesPresent ? request.replyHeaderLength : 0))
+        : byteCount(qBound(0, request.replyDataLength, 2 * ImageRegisters)), registerCount(byteCount / 2),
+          bytesPresent(present(reply, request.replyHeaderLength)), registersPresent(bytesPresent / 2),
+          bytes(reinterpret_cast<const uchar *>(reply.constData()) +
+                (bytesPresent ? request.replyHeaderLength : 0))
     {
     }
 
@@ -42,14 +40,14 @@ private:
     }
 };
 
-static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "turning registers round makes them native");
+static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "swapped registers are in native byte order");
 
 void storeRegisters(const ReplyData &data, int start, quint16 *regs)
 {
-    const image::Inside inside(start, data.registersPresent, image::registerCount);
+    const ClippedRange inside(start, data.registersPresent, ImageRegisters);
     if (inside.first < inside.end)
-        byteOrder::turnRegisters(regs + (start + inside.first), data.bytes + 2 * inside.first,
-                                 inside.end - inside.first);
+        swapRegisterBytes(regs + (start + inside.first), data.bytes + 2 * inside.first,
+                          inside.end - inside.first);
 }
 
 void storeInImage(QByteArray *reply, int area)
@@ -97,9 +95,9 @@ void setSize(QByteArray *value, int size)
 
 void storeStationBits(const ReplyData &data, const RW_VAR &var)
 {
-    image::StationValues values(var.station, var.area);
+    StationValues values(var.station, var.area);
     QByteArray *value = nullptr;
-    const int groups = qMin(data.byteCount, int(image::bitBytes));
+    const int groups = qMin(data.byteCount, int(ImageBitBytes));
     for (int j = 0; j < groups; ++j) {
         value = &values.value(wrapped(var.startAddress + qint64(8) * j));
         setSize(value, j < data.bytesPresent ? 1 : 0);
@@ -111,7 +109,7 @@ void storeStationBits(const ReplyData &data, const RW_VAR &var)
 
 void storeStationRegisters(const ReplyData &data, const RW_VAR &var, int area)
 {
-    image::StationValues values(var.station, area);
+    StationValues values(var.station, area);
     QByteArray *value = nullptr;
     for (int k = 0; k < data.registerCount; ++k) {
         value = &values.value(wrapped(qint64(var.startAddress) + k));
@@ -129,7 +127,7 @@ void storePerStation(const ReplyData &data, const RW_VAR &var)
 {
     if (var.area == AreaHoldingRegisterBit) {
         storeStationRegisters(data, var, AreaHoldingRegisters);
-        image::completeWriteBack(data.lastRegister());
+        completeWriteHalf(data.lastRegister());
     } else if (var.area < AreaHoldingRegisterBit) {
         storeStationBits(data, var);
     } else {
@@ -157,7 +155,7 @@ void SpecialRegisterSave(QByteArray *reply, unsigned short *regs)
         return;
     const ReplyData data(*reply, *request);
     storeRegisters(data, request->var.startAddress, regs);
-    image::completeWriteBack(data.lastRegister());
+    completeWriteHalf(data.lastRegister());
 }
 
 void SaveBitToUC(QByteArray *reply, unsigned char *bits)
@@ -169,7 +167,7 @@ void SaveBitToUC(QByteArray *reply, unsigned char *bits)
     const int start = request->var.startAddress;
     if (start < 0 && start % 8 != 0)
         return; // no byte of the image begins there
-    const image::Inside inside(start / 8, data.bytesPresent, image::bitBytes);
+    const ClippedRange inside(start / 8, data.bytesPresent, ImageBitBytes);
     if (inside.first < inside.end)
         std::memcpy(bits + (start / 8 + inside.first), data.bytes + inside.first,
                     static_cast<std::size_t>(inside.end - inside.first));

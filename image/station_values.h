@@ -1,24 +1,16 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The values kept per station, used while CommSettings::multiStation is nonzero. The caller holds
-/// imageMutex, except while a remote reply is stored.
+/// The values kept per station, used while CommSettings::multiStation is nonzero. The caller holds imageMutex, except
+/// while a remote reply is stored.
 
 #pragma once
 
 #include <QtCore/QByteArray>
 
-#include "../driver/export.h"
+namespace modbus_driver {
 
-/// The index in extendList of the first record with this key; a record of four zero bytes is appended
-/// when there is none. Constant time on average. The list is the truth: records that somebody appended there
-/// directly are taken in, and a list that was cleared, filled again or not, is looked through anew. Keys
-/// changed in their place are noticed when they are met, not always.
-MODBUS_API int ExtendFindSameVar(int station, int area, int address);
-
-namespace image {
-
-/// Values of one station and area, asked for one after the other while extendList belongs to the caller. What
-/// replies and panels made lies side by side, so the index is asked for the first and seldom for the rest.
+/// Values of one station and area, asked for one after the other while extendList belongs to the caller. Records that
+/// replies and panels made are neighbours in the list, so the index is asked for the first and seldom for the rest.
 class StationValues
 {
 public:
@@ -28,7 +20,7 @@ public:
     /// As ExtendFindSameVar.
     int position(int address);
 
-    /// The value of that record. The reference holds until extendList changes.
+    /// The value of that record. The reference is valid until extendList changes.
     QByteArray &value(int address);
 
 private:
@@ -36,4 +28,4 @@ private:
     int m_foundAt, m_foundAddress; // position and address of the record found last
 };
 
-} // namespace image
+} // namespace modbus_driver

@@ -235,7 +235,7 @@ void Scenario::exchange()
     QByteArray reply = spoilt(answer);
     const bool stored = isForeign(m_fault.way) && reply != answer && isRead;
     const int status = DataCom(&reply, reply.size())->status;
-    ASSERT_EQ(brokenPromise(), nullptr);
+    ASSERT_EQ(violatedInvariant(), nullptr);
 
     const bool good = status == 1;
     if (!good)

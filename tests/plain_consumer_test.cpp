@@ -7,6 +7,8 @@
 
 #include <dlfcn.h>
 
+using namespace modbus_driver;
+
 namespace {
 
 void *library()

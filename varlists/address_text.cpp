@@ -1,18 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "address_text.h"
 
-#include "areas.h"
+#include "../driver/api/codes.h"
+#include "../driver/api/host_calls.h"
+#include "../driver/api/steps/list_building.h"
+#include "../driver/base/arithmetic.h"
 
-#include "../driver/arithmetic.h"
+namespace modbus_driver {
 
 namespace {
 
 const int noAddress = -1;
-const int bitsOfRegister = 16;
-const int mostDigits = 9; // what fits 32 bits whatever the digits are
+const int mostDigits = 9; // any nine digits fit 32 bits
 
-/// The number that the digits from `from` up to `end` make, as nearly every address is written, or -1 when
-/// there is something else. Costs a fraction of QString::toInt and takes nothing from the heap.
+/// The number that the text has from `from` up to `end`, or -1 when there is anything but digits. Nearly every
+/// address is plain digits; for them this avoids QString::toInt and its heap allocation.
 int plainNumber(const QString &text, int from, int end)
 {
     if (end == from || end - from > mostDigits)
@@ -27,7 +29,7 @@ int plainNumber(const QString &text, int from, int end)
     return number;
 }
 
-// What follows and is not inlined is what a plain number would have to pay for.
+// noinline, twice: keeps slow paths out of addressOf.
 
 __attribute__((noinline)) int anyNumber(const QString &text, int from, int end)
 {
@@ -49,29 +51,26 @@ __attribute__((noinline)) int registerAndBit(const QString &text)
         return noAddress;
     const int second = text.indexOf(point, first + 1);
     const int end = second < 0 ? text.size() : second;
-    return arithmetic::wrapped(qint64(number(text, 0, first)) * bitsOfRegister +
-                               number(text, first + 1, end));
+    return wrapped(qint64(number(text, 0, first)) * BitsOfRegister + number(text, first + 1, end));
 }
 
 } // namespace
 
-namespace varlists {
-
 int addressOf(int area, const QString &text)
 {
-    if (area == AreaInputRegisterBit || area == AreaHoldingRegisterBit)
+    if (isBitOfRegister(area))
         return registerAndBit(text);
     return number(text, 0, text.size());
 }
 
-} // namespace varlists
+} // namespace modbus_driver
 
 int StringAddressToInt(int area, QString addressText)
 {
-    return varlists::addressOf(area, addressText);
+    return modbus_driver::addressOf(area, addressText);
 }
 
 int PLCAddressChangeIntef(int area, QString addressText)
 {
-    return varlists::addressOf(area, addressText);
+    return modbus_driver::addressOf(area, addressText);
 }

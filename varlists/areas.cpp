@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "areas.h"
+#include "../driver/api/codes.h"
+#include "../driver/api/steps/list_building.h"
+
+using namespace modbus_driver;
 
 int getPlcReg(int area)
 {

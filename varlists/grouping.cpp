@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: MIT
-#include "grouping.h"
-
-#include "pieces.h"
-#include "read_list.h"
+// The merging steps as a host may take them on finished records. ReCreatReadVarList (read_list.cpp) merges its own runs.
+#include "blocks.h"
 #include "run_merge.h"
 
-#include "../driver/arithmetic.h"
-#include "../driver/driver_object.h"
+#include "../driver/api/host_calls.h"
+#include "../driver/api/steps/driver_object.h"
+#include "../driver/api/steps/list_building.h"
+#include "../driver/base/arithmetic.h"
 
 #include <algorithm>
 
-using varlists::RunMerge;
+using namespace modbus_driver;
 
 namespace {
 
-/// Widens the request that was appended last.
+/// Sets the length of the request that was appended last.
 void widen(int count, int length)
 {
     if (count >= 1 && count <= PLC_driver.readList.size())
@@ -46,11 +46,11 @@ void WhetherGroup(int length, int limit, RW_VAR *var, QList<RW_VAR> *list)
         list->append(*var);
         return;
     }
-    const varlists::Pieces pieces = varlists::cut(length, limit);
+    const Blocks blocks = splitIntoBlocks(length, limit);
     const qint64 start = var->startAddress;
-    for (int k = 0; k < pieces.count; ++k) {
-        var->startAddress = arithmetic::wrapped(start + pieces.offset(k));
-        var->dataLength = pieces.length(k);
+    for (int k = 0; k < blocks.count; ++k) {
+        var->startAddress = wrapped(start + blocks.offset(k));
+        var->dataLength = blocks.length(k);
         list->append(*var);
     }
 }

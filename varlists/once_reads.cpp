@@ -1,25 +1,25 @@
 // SPDX-License-Identifier: MIT
-#include "once_reads.h"
-
 #include "address_text.h"
-#include "areas.h"
-#include "pieces.h"
-#include "write_queue.h"
+#include "blocks.h"
 
-#include "../driver/arithmetic.h"
-#include "../driver/driver_object.h"
+#include "../driver/api/host_calls.h"
+#include "../driver/api/steps/driver_object.h"
+#include "../driver/api/steps/list_building.h"
+#include "../driver/base/arithmetic.h"
 
 #include <QtCore/QMutexLocker>
+
+using namespace modbus_driver;
 
 namespace {
 
 /// How many groups of `size` bits a run of bits from `address` touches.
 int groupsTouched(int address, int bits, int size)
 {
-    return arithmetic::saturated(arithmetic::ceilDiv(qint64(address % size) + bits, size));
+    return saturated(ceilDiv(qint64(address % size) + bits, size));
 }
 
-/// From the host's area, address and count to those of a request. Unknown areas stay as they are.
+/// Converts the host's area, address and count to those of a request. Unknown areas stay as they are.
 void makeRequest(RW_VAR *var, int address)
 {
     switch (var->area) {
@@ -60,38 +60,37 @@ bool isQueued(const QList<RW_VAR> &queue, const RW_VAR &var)
     return false;
 }
 
-/// Makes var piece k of the run that starts at `base`. A block of a bit area is a number of bytes.
-void becomePiece(RW_VAR *var, int base, const varlists::Pieces &pieces, int k)
+/// Makes var the request for block k of the run that starts at `base`. Blocks of a bit area count bytes.
+void setToBlock(RW_VAR *var, int base, const Blocks &blocks, int k)
 {
-    const int addressesPerElement = varlists::isBitArea(var->area) ? 8 : 1;
-    var->startAddress = arithmetic::wrapped(base + qint64(pieces.offset(k)) * addressesPerElement);
-    var->dataLength = pieces.length(k);
+    const int addressesPerElement = isBitArea(var->area) ? 8 : 1;
+    var->startAddress = wrapped(base + qint64(blocks.offset(k)) * addressesPerElement);
+    var->dataLength = blocks.length(k);
 }
 
-void queuePieces(RW_VAR *var, const varlists::Pieces &pieces)
+void queueBlocks(RW_VAR *var, const Blocks &blocks)
 {
     QList<RW_VAR> &queue = PLC_driver.onceReadList;
     const int base = var->startAddress;
-    // A full queue takes no further piece, however many there are.
-    for (int k = 0; k < pieces.count && queue.size() < varlists::queueLimit; ++k) {
-        becomePiece(var, base, pieces, k);
+    for (int k = 0; k < blocks.count && queue.size() < QueueLimit; ++k) {
+        setToBlock(var, base, blocks, k);
         if (!isQueued(queue, *var))
             queue.append(*var);
     }
-    if (pieces.count > 0)
-        becomePiece(var, base, pieces, pieces.count - 1);
+    if (blocks.count > 0)
+        setToBlock(var, base, blocks, blocks.count - 1);
 }
 
 } // namespace
 
 int AddListOnceReadVar(RW_VAR *var, int mode)
 {
-    if (mode == 1) {
+    if (mode == QueueAsIs) {
         QMutexLocker lock(&PLC_driver.listMutex);
         PLC_driver.onceReadList.append(*var);
         return PLC_driver.onceReadList.size();
     }
-    const int address = varlists::addressOf(var->area, var->addressText);
+    const int address = addressOf(var->area, var->addressText);
     if (address < 0)
         return 0;
     const CommSettings &settings = *PLC_driver.comInfo;
@@ -100,8 +99,8 @@ int AddListOnceReadVar(RW_VAR *var, int mode)
     if (settings.multiStation == 0)
         var->station = settings.defaultStation;
     makeRequest(var, address);
-    const varlists::Pieces pieces = varlists::cut(var->dataLength, settings.writeBlockSize);
+    const Blocks blocks = splitIntoBlocks(var->dataLength, settings.writeBlockSize);
     QMutexLocker lock(&PLC_driver.listMutex);
-    queuePieces(var, pieces);
+    queueBlocks(var, blocks);
     return PLC_driver.onceReadList.size();
 }

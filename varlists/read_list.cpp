@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "read_list.h"
-
 #include "address_text.h"
-#include "areas.h"
-#include "pieces.h"
+#include "blocks.h"
 #include "run_merge.h"
 
-#include "../driver/arithmetic.h"
-#include "../driver/driver_object.h"
+#include "../driver/api/host_calls.h"
+#include "../driver/api/steps/driver_object.h"
+#include "../driver/api/steps/list_building.h"
+#include "../driver/base/arithmetic.h"
 
 #include <QtCore/QHash>
 #include <QtCore/QMutexLocker>
@@ -15,60 +14,54 @@
 
 #include <algorithm>
 
-using varlists::isBitArea;
+using namespace modbus_driver;
 
 namespace {
 
-/// A run of bits, or of whole registers, on a request area: what an item asks for, or a piece of it. Kept
-/// small, since there is one for each variable; only requests become records.
+/// A run of bits, or of whole registers, on a request area: what an item asks for, or a block of it. Small, since
+/// there is one for each variable; only requests become records.
 struct Run
 {
     int start, length;
     int item; ///< position in the host's list
 };
 
-/// What may share a request: the runs of one request area, or of one station and area.
+/// Runs that may share a request: those of one request area, or of one station and area.
 typedef QVector<Run> Group;
 
 const int lastArea = AreaHoldingPairs;
 
-bool isBitOfRegister(int area)
-{
-    return area == AreaInputRegisterBit || area == AreaHoldingRegisterBit;
-}
-
 /// No run is longer than a table.
 Run wholeRun(const VAR_ITEM &item, int address, int index)
 {
-    const int table = isBitArea(item.area) ? int(image::bitCount) : int(image::registerCount);
+    const int table = isBitArea(item.area) ? int(ImageBits) : int(ImageRegisters);
     if (!isBitOfRegister(item.area))
         return {address, qMin(item.count, table), index};
-    const qint64 registers = arithmetic::ceilDiv(qint64(address % 16) + item.count, 16);
+    const qint64 registers = ceilDiv(qint64(address % BitsOfRegister) + item.count, BitsOfRegister);
     return {address >> 4, static_cast<int>(qMin<qint64>(registers, table)), index};
 }
 
 /// The most registers, or bits, of one request.
 int requestLimit(int area, int block)
 {
-    return isBitArea(area) ? arithmetic::saturated(qint64(block) * 8) : block;
+    return isBitArea(area) ? saturated(qint64(block) * 8) : block;
 }
 
-void appendPieces(const Run &run, int block, Group *group)
+void appendBlocks(const Run &run, int block, Group *group)
 {
-    const varlists::Pieces pieces = varlists::cut(run.length, block);
-    for (int k = 0; k < pieces.count; ++k)
-        group->append(
-            {arithmetic::wrapped(qint64(run.start) + pieces.offset(k)), pieces.length(k), run.item});
+    const Blocks blocks = splitIntoBlocks(run.length, block);
+    for (int k = 0; k < blocks.count; ++k)
+        group->append({wrapped(qint64(run.start) + blocks.offset(k)), blocks.length(k), run.item});
 }
 
-/// One group for each request area, polled in this order. Runs of no length stay: each is asked for.
+/// One group for each request area, polled in this order. Runs of length 0 are kept: each is requested.
 QVector<Group> groupByArea(const QList<VAR_ITEM> &items, const CommSettings &settings)
 {
     const int order[] = {AreaCoils, AreaDiscreteInputs, AreaInputRegisters, AreaHoldingRegisters};
     QVector<Group> groups(4);
     for (int i = 0; i < items.size(); ++i) {
         const VAR_ITEM &item = items.at(i);
-        const int address = varlists::addressOf(item.area, item.addressText);
+        const int address = addressOf(item.area, item.addressText);
         if (address < 0 || item.area > lastArea)
             continue;
         const int area = getPlcReg(item.area);
@@ -78,7 +71,7 @@ QVector<Group> groupByArea(const QList<VAR_ITEM> &items, const CommSettings &set
         if (run.length <= qMax(0, limit))
             group.append(run);
         else
-            appendPieces(run, limit, &group);
+            appendBlocks(run, limit, &group);
     }
     return groups;
 }
@@ -87,7 +80,8 @@ QVector<Group> groupByArea(const QList<VAR_ITEM> &items, const CommSettings &set
 class StationGroups
 {
 public:
-    /// 255, not 256: station 255 of one area and station 0 of the next share a key, and so a request.
+    /// 255, not 256: station 255 of one area and station 0 of the next share a key, and so may share a request. Hosts
+    /// rely on it.
     Group &of(int station, int area)
     {
         const int key = station + 255 * area;
@@ -99,7 +93,7 @@ public:
         return m_groups[known.value()];
     }
 
-    /// The newest run of a group first.
+    /// The groups, each with its newest run first.
     QVector<Group> take()
     {
         for (int i = 0; i < m_groups.size(); ++i)
@@ -112,38 +106,38 @@ private:
     QVector<Group> m_groups;
 };
 
-/// All runs are cut into pieces of one block, bits too: the merge joins neighbouring pieces again.
+/// Every run is split into blocks, bits too; the merge joins neighbouring blocks again.
 QVector<Group> groupByStation(const QList<VAR_ITEM> &items, const CommSettings &settings)
 {
     StationGroups groups;
     for (int i = 0; i < items.size(); ++i) {
         const VAR_ITEM &item = items.at(i);
-        const int address = varlists::addressOf(item.area, item.addressText);
+        const int address = addressOf(item.area, item.addressText);
         if (address < 0)
             continue;
         Run run = wholeRun(item, address, i);
         if (isBitArea(item.area)) {
             run.start = address & ~7;
-            run.length = arithmetic::saturated(qint64(run.length) + address % 8);
+            run.length = saturated(qint64(run.length) + address % 8);
         }
         if (run.length > 0)
-            appendPieces(run, settings.writeBlockSize, &groups.of(item.station, getPlcReg(item.area)));
+            appendBlocks(run, settings.writeBlockSize, &groups.of(item.station, getPlcReg(item.area)));
     }
     return groups.take();
 }
 
-/// Leaves one run for each request, with the item that opened it. Bits then count from a whole byte on, in
-/// bytes.
-void merge(Group *sorted, varlists::RunMerge merged)
+/// Leaves one run for each request, with the item that opened it. Runs of bits then start at a multiple of 8 and
+/// count bytes.
+void merge(Group *sorted, RunMerge merged)
 {
     Run *requests = sorted->data();
     int count = 0;
     for (int i = 0; i < sorted->size(); ++i) {
         const Run run = requests[i];
-        const varlists::RunMerge::Effect effect = merged.take(run.start, run.length);
-        if (effect == varlists::RunMerge::Opens)
+        const RunMerge::Effect effect = merged.take(run.start, run.length);
+        if (effect == RunMerge::Opens)
             requests[count++] = {merged.start(), merged.length(), run.item};
-        else if (effect == varlists::RunMerge::Widens)
+        else if (effect == RunMerge::Widens)
             requests[count - 1].length = merged.length();
     }
     sorted->resize(count);
@@ -164,7 +158,7 @@ RW_VAR requestFor(const Run &run, const VAR_ITEM &item, const CommSettings &sett
     return request;
 }
 
-/// The items lie scattered over the host's list, so memory is told ahead which come next.
+/// Prefetch: items are visited in sorted, so random, order.
 void appendRequests(const Group &merged, const QList<VAR_ITEM> &items, const CommSettings &settings,
                     QList<RW_VAR> *requests)
 {
@@ -187,9 +181,9 @@ QList<RW_VAR> requestsFor(const QList<VAR_ITEM> &items, const CommSettings &sett
             continue;
         std::stable_sort(group.begin(), group.end(),
                          [](const Run &a, const Run &b) { return a.start < b.start; });
-        const int area = items.at(group.at(0).item).area; // bits or registers, which counts for all
-        merge(&group,
-              varlists::RunMerge(requestLimit(area, settings.writeBlockSize), isBitArea(area) ? 8 : 1));
+        const int area =
+            items.at(group.at(0).item).area; // keys can mix areas; the first run decides the unit
+        merge(&group, RunMerge(requestLimit(area, settings.writeBlockSize), isBitArea(area) ? 8 : 1));
         appendRequests(group, items, settings, &requests);
     }
     return requests;
@@ -197,7 +191,7 @@ QList<RW_VAR> requestsFor(const QList<VAR_ITEM> &items, const CommSettings &sett
 
 } // namespace
 
-// The lock is held for an exchange of two lists, and the former one is freed without it.
+// The new list is prepared before the lock is taken, and the old one is freed after its release.
 int ReCreatReadVarList(QList<VAR_ITEM> *items)
 {
     QList<RW_VAR> requests;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "run_merge.h"
 
-#include "../driver/arithmetic.h"
+#include "../driver/base/arithmetic.h"
 
-namespace varlists {
+namespace modbus_driver {
 
 RunMerge::Effect RunMerge::take(int start, int length)
 {
@@ -13,19 +13,19 @@ RunMerge::Effect RunMerge::take(int start, int length)
     const bool widens = m_open && end - m_start <= m_limit;
     if (!widens)
         m_start = start & ~qint64(m_unit - 1);
-    m_end = m_start + arithmetic::ceilDiv(end - m_start, m_unit) * m_unit;
+    m_end = m_start + ceilDiv(end - m_start, m_unit) * m_unit;
     m_open = true;
     return widens ? Widens : Opens;
 }
 
 int RunMerge::start() const
 {
-    return arithmetic::saturated(m_start);
+    return saturated(m_start);
 }
 
 int RunMerge::length() const
 {
-    return arithmetic::saturated((m_end - m_start) / m_unit);
+    return saturated((m_end - m_start) / m_unit);
 }
 
-} // namespace varlists
+} // namespace modbus_driver

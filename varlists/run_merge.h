@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// How neighbouring runs of bits or registers become one request.
+/// Merges neighbouring runs of bits or registers into requests.
 
 #pragma once
 
 #include <QtCore/QtGlobal>
 
-namespace varlists {
+namespace modbus_driver {
 
-/// Takes runs in order of their starts and says what becomes of each. A request spans at most the limit,
-/// bridging gaps of any size; what lies inside a request needs none of its own.
+/// Takes runs in order of their starts. A request spans at most the limit, bridging gaps of any size; a run that lies
+/// inside the current request needs none of its own.
 class RunMerge
 {
 public:
@@ -33,4 +33,4 @@ private:
     qint64 m_start = 0, m_end = 0; // in elements; 64 bits, so that no end overflows
 };
 
-} // namespace varlists
+} // namespace modbus_driver

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "write_queue.h"
-
-#include "../driver/driver_object.h"
+#include "../driver/api/host_calls.h"
+#include "../driver/api/steps/driver_object.h"
 
 #include <QtCore/QMutexLocker>
 
+using namespace modbus_driver;
+
 namespace {
 
-/// Two writes of the same values; the values and who asked do not count.
+/// Writes to the same place; their values and host identifiers are not compared.
 bool samePlace(const RW_VAR &a, const RW_VAR &b)
 {
     return a.station == b.station && a.area == b.area && a.startAddress == b.startAddress &&
@@ -30,11 +31,11 @@ int AddListWriteVar(RW_VAR *var, int mode)
 {
     QMutexLocker lock(&PLC_driver.listMutex);
     QList<RW_VAR> &queue = PLC_driver.writeList;
-    const bool asItStands = mode == 1;
+    const bool asItStands = mode == QueueAsIs;
     const int merged = asItStands ? -1 : findMergeable(queue, *var);
     if (merged >= 0)
         queue[merged] = *var;
-    else if (asItStands || queue.size() < varlists::queueLimit)
+    else if (asItStands || queue.size() < QueueLimit)
         queue.append(*var);
     return queue.size();
 }

@@ -11,6 +11,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+using namespace modbus_driver;
+
 namespace {
 
 const int patience = 1000; // ms, for a connection and for a whole reply
