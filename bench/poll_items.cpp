@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "poll_items.h"
 
+#include "api/codes.h"
+
 using namespace modbus_driver;
 
 namespace bench {

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "records.h"
+#include "api/records.h"
 
 #include <QtCore/QList>
 
