@@ -7,38 +7,23 @@ using namespace modbus_driver;
 
 namespace {
 
-const int lastShift =
-    StatusCodesOfClass - 1; // hostIds from 1 up to here shift an error code within its class
+const int lastShift = StatusCodesOfClass - 1; // hostIds from 1 up to here shift an error code within its class
 
-int errorOf(StatusCode firstOfClass)
-{
-    return SwitchErrorReturn(firstOfClass - 1);
-}
+/// By ReplyOutcome; of an error the first code of its class.
+const StatusCode codeOf[] = {
+    StatusDone,           StatusLocalBadKind,  StatusLocalNoReply,  StatusLocalWrongLength,
+    StatusRemoteAccepted, StatusRemoteBadKind, StatusRemoteNoReply, StatusRemoteWrongLength,
+};
 
 } // namespace
 
 int GetDriverReturnValue(int outcome)
 {
-    switch (outcome) {
-    case OutcomeDone:
-        return StatusDone;
-    case OutcomeLocalBadKind:
-        return errorOf(StatusLocalBadKind);
-    case OutcomeLocalNoReply:
-        return errorOf(StatusLocalNoReply);
-    case OutcomeLocalWrongLength:
-        return errorOf(StatusLocalWrongLength);
-    case OutcomeRemoteAccepted:
-        return StatusRemoteAccepted;
-    case OutcomeRemoteBadKind:
-        return errorOf(StatusRemoteBadKind);
-    case OutcomeRemoteNoReply:
-        return errorOf(StatusRemoteNoReply);
-    case OutcomeRemoteWrongLength:
-        return errorOf(StatusRemoteWrongLength);
-    default:
+    if (outcome < OutcomeDone || outcome > OutcomeRemoteWrongLength)
         return StatusUnknown;
-    }
+    const StatusCode code = codeOf[outcome];
+    const bool isError = code != StatusDone && code != StatusRemoteAccepted;
+    return isError ? SwitchErrorReturn(code - 1) : code;
 }
 
 int SwitchErrorReturn(int base)
