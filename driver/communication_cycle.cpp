@@ -32,8 +32,8 @@ void buildRead(RW_VAR *var)
         ReadRegister(var);
 }
 
-/// Moves entries of switched-off stations to the end, for good, until the head's station is on. False when every
-/// station is off.
+/// Moves entries of switched-off stations to the end, for good, until the head's station is on. False when
+/// every station is off.
 bool moveEnabledStationToHead(QList<RW_VAR> *queue)
 {
     for (int i = 0; i < queue->size(); ++i) {

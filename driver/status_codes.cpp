@@ -7,7 +7,8 @@ using namespace modbus_driver;
 
 namespace {
 
-const int lastShift = StatusCodesOfClass - 1; // hostIds from 1 up to here shift an error code within its class
+/// hostIds from 1 up to here shift an error code within its class.
+const int lastShift = StatusCodesOfClass - 1;
 
 /// By ReplyOutcome; of an error the first code of its class.
 const StatusCode codeOf[] = {

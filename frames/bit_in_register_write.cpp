@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Writing one bit of a holding register: read the register, change the bit, write the register back. Both halves are
-// built here. completeWriteHalf (driver/base/pending_requests.cpp) puts the changed value into the write half when the
-// reply to the read half is stored.
+// Writing one bit of a holding register: read the register, change the bit, write the register back. Both
+// halves are built here. completeWriteHalf (driver/base/pending_requests.cpp) puts the changed value into the
+// write half when the reply to the read half is stored.
 #include "mbap.h"
 
 #include "../driver/api/codes.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Encodes Modbus TCP requests; the layout is in driver/base/modbus_wire.h. Pure functions: no state, no queue. Station,
-/// address, value and quantity keep only the low bits that fit their field.
+/// Encodes Modbus TCP requests; the layout is in driver/base/modbus_wire.h. Pure functions: no state, no
+/// queue. Station, address, value and quantity keep only the low bits that fit their field.
 
 #pragma once
 
@@ -15,13 +15,13 @@ namespace mbap {
 /// A 12-byte request; `value` is its value or quantity.
 QByteArray request(int station, wire::FunctionCode function, int address, int value);
 
-/// A WriteMultipleRegisters request with the first `registers` registers of `hostData` (low byte first). Quantity
-/// and byte count (modulo 256) follow `registers`; registers that hostData does not hold completely are left out, and
-/// the length field counts the bytes that are sent.
+/// A WriteMultipleRegisters request with the first `registers` registers of `hostData` (low byte first).
+/// Quantity and byte count (modulo 256) follow `registers`; registers that hostData does not hold completely
+/// are left out, and the length field counts the bytes that are sent.
 QByteArray writeRegisters(int station, int address, int registers, const QByteArray &hostData);
 
-/// The same for 32-bit values of two registers each, least significant byte first in `hostData`, most significant
-/// byte first in the request. An odd last register is left out.
+/// The same for 32-bit values of two registers each, least significant byte first in `hostData`, most
+/// significant byte first in the request. An odd last register is left out.
 QByteArray writePairs(int station, int address, int registers, const QByteArray &hostData);
 
 } // namespace mbap

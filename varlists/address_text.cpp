@@ -13,8 +13,8 @@ namespace {
 const int noAddress = -1;
 const int mostDigits = 9; // any nine digits fit 32 bits
 
-/// The number that the text has from `from` up to `end`, or -1 when there is anything but digits. Nearly every
-/// address is plain digits; for them this avoids QString::toInt and its heap allocation.
+/// The number that the text has from `from` up to `end`, or -1 when there is anything but digits. Nearly
+/// every address is plain digits; for them this avoids QString::toInt and its heap allocation.
 int plainNumber(const QString &text, int from, int end)
 {
     if (end == from || end - from > mostDigits)

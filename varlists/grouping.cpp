@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The merging steps as a host may take them on finished records. ReCreatReadVarList (read_list.cpp) merges its own runs.
+// The merging steps as a host may take them on finished records. ReCreatReadVarList (read_list.cpp) merges
+// its own runs.
 #include "blocks.h"
 #include "run_merge.h"
 

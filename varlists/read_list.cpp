@@ -18,8 +18,8 @@ using namespace modbus_driver;
 
 namespace {
 
-/// A run of bits, or of whole registers, on a request area: what an item asks for, or a block of it. Small, since
-/// there is one for each variable; only requests become records.
+/// A run of bits, or of whole registers, on a request area: what an item asks for, or a block of it. Small,
+/// since there is one for each variable; only requests become records.
 struct Run
 {
     int start, length;
@@ -80,8 +80,8 @@ QVector<Group> groupByArea(const QList<VAR_ITEM> &items, const CommSettings &set
 class StationGroups
 {
 public:
-    /// 255, not 256: station 255 of one area and station 0 of the next share a key, and so may share a request. Hosts
-    /// rely on it.
+    /// 255, not 256: station 255 of one area and station 0 of the next share a key, and so may share a
+    /// request. Hosts rely on it.
     Group &of(int station, int area)
     {
         const int key = station + 255 * area;
@@ -126,8 +126,8 @@ QVector<Group> groupByStation(const QList<VAR_ITEM> &items, const CommSettings &
     return groups.take();
 }
 
-/// Leaves one run for each request, with the item that opened it. Runs of bits then start at a multiple of 8 and
-/// count bytes.
+/// Leaves one run for each request, with the item that opened it. Runs of bits then start at a multiple of 8
+/// and count bytes.
 void merge(Group *sorted, RunMerge merged)
 {
     Run *requests = sorted->data();
@@ -146,7 +146,7 @@ void merge(Group *sorted, RunMerge merged)
 RW_VAR requestFor(const Run &run, const VAR_ITEM &item, const CommSettings &settings)
 {
     RW_VAR request;
-    request.hostItem = -1;
+    request.hostItem = HostItemOfPoll;
     request.remoteMode = settings.remoteMode;
     request.linkId = settings.linkId;
     request.tagText = item.tagText;

@@ -8,8 +8,8 @@
 
 namespace modbus_driver {
 
-/// Takes runs in order of their starts. A request spans at most the limit, bridging gaps of any size; a run that lies
-/// inside the current request needs none of its own.
+/// Takes runs in order of their starts. A request spans at most the limit, bridging gaps of any size; a run
+/// that lies inside the current request needs none of its own.
 class RunMerge
 {
 public:

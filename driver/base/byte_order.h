@@ -6,8 +6,8 @@
 
 namespace modbus_driver {
 
-/// Copies `registers` registers of two bytes and swaps the bytes of each. A number below 1 copies nothing. Neither
-/// side need be aligned; the two must not overlap.
+/// Copies `registers` registers of two bytes and swaps the bytes of each. A number below 1 copies nothing.
+/// Neither side need be aligned; the two must not overlap.
 void swapRegisterBytes(void *to, const void *from, int registers);
 
 /// Copies `values` 32-bit values and reverses the four bytes of each.

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The Modbus TCP frame in constants: positions, lengths, function codes. The one home of these facts, for the driver,
-/// its host and its station. All fields are high byte first.
+/// The Modbus TCP frame in constants: positions, lengths, function codes. The one home of these facts, for
+/// the driver, its host and its station. All fields are high byte first.
 ///
-///     0-1 transaction    4-5 number of bytes that follow    7     function code      } request: 8-9 address,
-///     2-3 protocol, 0    6   unit identifier                8..   as the function says } 10-11 value or quantity
+///     0-1 transaction    4-5 number of bytes that follow    7    function code
+///     2-3 protocol, 0    6   unit identifier                8..  as the function says
 ///
-/// A reply to a read has its byte count at 8 and its data from 9 on; a reply to a write repeats bytes 7 to 11 of the
-/// request; an exception reply has 0x80 added to the function code and the exception code at 8.
+/// A request has its address at 8 and its value or quantity at 10. A reply to a read has its byte count at 8
+/// and its data from 9 on; a reply to a write repeats bytes 7 to 11 of the request; an exception reply has
+/// 0x80 added to the function code and the exception code at 8.
 
 #pragma once
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The requests that are built and wait for their replies: pendingList, whose head is in flight. On the communication
-/// thread, listMutex held.
+/// The requests that are built and wait for their replies: pendingList, whose head is in flight. On the
+/// communication thread, listMutex held.
 
 #pragma once
 
@@ -37,10 +37,10 @@ inline const Protocol *requestInFlight()
     return PLC_driver.pendingList.isEmpty() ? nullptr : &PLC_driver.pendingList.at(0);
 }
 
-/// The second half of a bit-in-register write (frames/bit_in_register_write.cpp builds both halves). While the read
-/// half is in flight (subIndex -1) and the write half waits behind it, puts the register's `value` into the frame of
-/// the write half, with the bit of the write at the head of writeList set (first data byte 1), cleared (0) or left
-/// (any other). Does nothing otherwise.
+/// The second half of a bit-in-register write (frames/bit_in_register_write.cpp builds both halves). While
+/// the read half is in flight (subIndex -1) and the write half waits behind it, puts the register's `value`
+/// into the frame of the write half, with the bit of the write at the head of writeList set (first data byte
+/// 1), cleared (0) or left (any other). Does nothing otherwise.
 void completeWriteHalf(quint16 value);
 
 } // namespace modbus_driver
