@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "command_line.h"
 
+#include "fault_text.h"
+
 #include <QtCore/QCommandLineParser>
 
 #include <algorithm>

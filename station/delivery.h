@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// What a connection does with the reply to one request, and what each fault makes of that.
+/// What a connection sends in reply to one request, and how. Faults change it (fault_application.h), the
+/// connection carries it out. Plain data, without a lock.
 
 #pragma once
-
-#include "faults.h"
 
 #include <QtCore/QByteArray>
 
@@ -17,8 +16,5 @@ struct Delivery
     int copies = 1;        ///< sent back to back
     bool heldBack = false; ///< sent together with the connection's next reply
     Ending ending = Stay;  ///< what happens to the connection instead of a reply
-    int refuseSeconds = 0; ///< above 0: the station goes away for so long instead of replying
+    int refuseSeconds = 0; ///< above 0: all connections end and new ones are refused for so long, no reply
 };
-
-/// Makes the fault befall the delivery. An exception is none of these: it is the station's own reply.
-void befall(const Fault &fault, Delivery &delivery);

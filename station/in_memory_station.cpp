@@ -1,41 +1,51 @@
 // SPDX-License-Identifier: MIT
 #include "in_memory_station.h"
 
-#include <QtCore/QtEndian>
+#include "../driver/api/codes.h"
+#include "../driver/base/modbus_wire.h"
+
+namespace wire = modbus_driver::wire;
+using wire::byteAt;
+using wire::wordAt;
 
 namespace {
 
 typedef std::vector<quint16> Table;
 
 enum Exception { IllegalFunction = 1, IllegalAddress = 2, IllegalValue = 3 };
-enum { HeaderLength = 6, UnitAt = 6, PduAt = 7, ShortestRequest = 12 };
-
-quint16 word(const QByteArray &bytes, int at)
-{
-    return qFromBigEndian<quint16>(bytes.constData() + at);
-}
+enum { LongestBitRead = 2000, LongestRegisterRead = 125, LongestRegisterWrite = 123 };
 
 void append(QByteArray *bytes, int value)
 {
-    bytes->append(static_cast<char>(value >> 8 & 0xFF)).append(static_cast<char>(value & 0xFF));
+    char word[2];
+    wire::putWord(word, value);
+    bytes->append(word, sizeof word);
 }
 
-QByteArray refuse(int function, Exception exception)
+// Each function below returns a reply from its function code on.
+QByteArray exceptionReply(int function, Exception exception)
 {
-    return QByteArray(1, static_cast<char>(function | 0x80)).append(static_cast<char>(exception));
+    return QByteArray(1, static_cast<char>(function | wire::ExceptionFlag))
+        .append(static_cast<char>(exception));
 }
 
-bool reaches(const Table &table, int address, int count)
+// What a write repeats of its request: function code, address, value or quantity.
+QByteArray echoOf(const QByteArray &request)
+{
+    return request.mid(wire::FunctionAt, wire::WriteEchoLength - wire::FunctionAt);
+}
+
+bool contains(const Table &table, int address, int count)
 {
     return static_cast<std::size_t>(address) + static_cast<std::size_t>(count) <= table.size();
 }
 
 QByteArray readBits(int function, const Table &table, int address, int count)
 {
-    if (count < 1 || count > 2000)
-        return refuse(function, IllegalValue);
-    if (!reaches(table, address, count))
-        return refuse(function, IllegalAddress);
+    if (count < 1 || count > LongestBitRead)
+        return exceptionReply(function, IllegalValue);
+    if (!contains(table, address, count))
+        return exceptionReply(function, IllegalAddress);
     QByteArray data((count + 7) / 8, '\0');
     const auto first = table.begin() + address;
     for (int i = 0; i < count; ++i)
@@ -45,65 +55,70 @@ QByteArray readBits(int function, const Table &table, int address, int count)
 
 QByteArray readRegisters(int function, const Table &table, int address, int count)
 {
-    if (count < 1 || count > 125)
-        return refuse(function, IllegalValue);
-    if (!reaches(table, address, count))
-        return refuse(function, IllegalAddress);
-    QByteArray pdu(1, static_cast<char>(function));
-    pdu.append(static_cast<char>(2 * count));
+    if (count < 1 || count > LongestRegisterRead)
+        return exceptionReply(function, IllegalValue);
+    if (!contains(table, address, count))
+        return exceptionReply(function, IllegalAddress);
+    QByteArray reply(1, static_cast<char>(function));
+    reply.append(static_cast<char>(2 * count));
     const auto first = table.begin() + address;
     for (int k = 0; k < count; ++k)
-        append(&pdu, first[k]);
-    return pdu;
+        append(&reply, first[k]);
+    return reply;
 }
 
 /// Coils take 0xFF00 and 0, registers anything.
-QByteArray writeOne(const QByteArray &pdu, Table *table, bool isCoil)
+QByteArray writeOne(const QByteArray &request, Table *table, bool isCoil)
 {
-    const int value = word(pdu, 3);
-    if (isCoil && value != 0xFF00 && value != 0)
-        return refuse(pdu.at(0), IllegalValue);
-    if (!reaches(*table, word(pdu, 1), 1))
-        return refuse(pdu.at(0), IllegalAddress);
-    (*table)[word(pdu, 1)] = static_cast<quint16>(isCoil ? value != 0 : value);
-    return pdu.left(5);
+    const int function = byteAt(request, wire::FunctionAt);
+    const int address = wordAt(request, wire::AddressAt);
+    const int value = wordAt(request, wire::ValueAt);
+    if (isCoil && value != wire::CoilOn && value != 0)
+        return exceptionReply(function, IllegalValue);
+    if (!contains(*table, address, 1))
+        return exceptionReply(function, IllegalAddress);
+    (*table)[static_cast<std::size_t>(address)] = static_cast<quint16>(isCoil ? value != 0 : value);
+    return echoOf(request);
 }
 
-QByteArray writeMany(const QByteArray &pdu, Table *table)
+QByteArray writeMany(const QByteArray &request, Table *table)
 {
-    const int count = word(pdu, 3);
-    const int data = 6;
-    if (count < 1 || count > 123 || pdu.size() != data + 2 * count ||
-        static_cast<quint8>(pdu.at(5)) != 2 * count)
-        return refuse(pdu.at(0), IllegalValue);
-    if (!reaches(*table, word(pdu, 1), count))
-        return refuse(pdu.at(0), IllegalAddress);
-    const auto first = table->begin() + word(pdu, 1);
+    const int function = byteAt(request, wire::FunctionAt);
+    const int address = wordAt(request, wire::AddressAt);
+    const int count = wordAt(request, wire::ValueAt);
+    if (count < 1 || count > LongestRegisterWrite || request.size() != wire::WriteDataAt + 2 * count ||
+        byteAt(request, wire::WriteByteCountAt) != 2 * count)
+        return exceptionReply(function, IllegalValue);
+    if (!contains(*table, address, count))
+        return exceptionReply(function, IllegalAddress);
+    const auto first = table->begin() + address;
     for (int k = 0; k < count; ++k)
-        first[k] = word(pdu, data + 2 * k);
-    return pdu.left(5);
+        first[k] = static_cast<quint16>(wordAt(request, wire::WriteDataAt + 2 * k));
+    return echoOf(request);
 }
 
-QByteArray serve(InMemoryStation::Unit *unit, const QByteArray &pdu)
+QByteArray carryOut(InMemoryStation::Unit *unit, const QByteArray &request)
 {
-    const int function = static_cast<quint8>(pdu.at(0));
+    const int function = byteAt(request, wire::FunctionAt);
+    const int address = wordAt(request, wire::AddressAt);
+    const int count = wordAt(request, wire::ValueAt);
     switch (function) {
-    case 1:
-        return readBits(function, unit->coils, word(pdu, 1), word(pdu, 3));
-    case 2:
-        return readBits(function, unit->inputs, word(pdu, 1), word(pdu, 3));
-    case 3:
-        return readRegisters(function, unit->holdingRegisters, word(pdu, 1), word(pdu, 3));
-    case 4:
-        return readRegisters(function, unit->inputRegisters, word(pdu, 1), word(pdu, 3));
-    case 5:
-        return writeOne(pdu, &unit->coils, true);
-    case 6:
-        return writeOne(pdu, &unit->holdingRegisters, false);
-    case 16:
-        return writeMany(pdu, &unit->holdingRegisters);
+    case wire::ReadCoils:
+        return readBits(function, unit->coils, address, count);
+    case wire::ReadDiscreteInputs:
+        return readBits(function, unit->inputs, address, count);
+    case wire::ReadHoldingRegisters:
+        return readRegisters(function, unit->holdingRegisters, address, count);
+    case wire::ReadInputRegisters:
+        return readRegisters(function, unit->inputRegisters, address, count);
+    case wire::WriteSingleCoil:
+        return writeOne(request, &unit->coils, true);
+    case wire::WriteSingleRegister:
+        return writeOne(request, &unit->holdingRegisters, false);
+    case wire::WriteMultipleRegisters:
+        return writeMany(request, &unit->holdingRegisters);
     default:
-        return refuse(function, IllegalFunction);
+        return exceptionReply(function, IllegalFunction);
     }
 }
 
@@ -118,21 +133,20 @@ InMemoryStation::InMemoryStation(std::initializer_list<int> units, int tableSize
 
 QByteArray InMemoryStation::reply(const QByteArray &request)
 {
-    if (request.size() < ShortestRequest || word(request, 2) != 0 ||
-        word(request, 4) != request.size() - HeaderLength)
+    if (request.size() < wire::RequestLength || wordAt(request, wire::ProtocolAt) != 0 ||
+        wordAt(request, wire::LengthAt) != request.size() - wire::LengthFieldEnd)
         return QByteArray();
-    const QByteArray pdu = request.mid(PduAt);
-    const int id = static_cast<quint8>(request.at(UnitAt));
-    if (id == 0) {
+    const int id = byteAt(request, wire::UnitAt);
+    if (id == modbus_driver::StationBroadcast) {
         for (auto &unit : m_units)
-            serve(&unit.second, pdu);
+            carryOut(&unit.second, request);
         return QByteArray();
     }
     const auto unit = m_units.find(id);
     if (unit == m_units.end())
         return QByteArray();
-    const QByteArray answer = serve(&unit->second, pdu);
-    QByteArray reply = request.left(4);
+    const QByteArray answer = carryOut(&unit->second, request);
+    QByteArray reply = request.left(wire::LengthAt);
     append(&reply, answer.size() + 1);
-    return reply.append(request.at(UnitAt)).append(answer);
+    return reply.append(request.at(wire::UnitAt)).append(answer);
 }

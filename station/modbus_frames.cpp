@@ -1,89 +1,83 @@
 // SPDX-License-Identifier: MIT
 #include "modbus_frames.h"
 
-#include <QtCore/QtEndian>
+#include "../driver/base/modbus_wire.h"
+
+namespace wire = modbus_driver::wire;
+using wire::byteAt;
+using wire::wordAt;
 
 namespace {
-const int headerSize = 7;
-const int lengthFieldEnd = 6;
-const int shortestLength = 2;  // unit and function
-const int longestLength = 254; // unit and the longest PDU
+// A request of function 23 describes its read at AddressAt and ValueAt, and its write behind these.
+const int writeAddressAt = 12;
+const int writeQuantityAt = 14;
+const int writeByteCountAt = 16;
 
-int byteAt(const QByteArray &frame, int index)
+// Bytes that the frame must have; -1 for a function that is not served.
+int requestLength(const QByteArray &frame)
 {
-    return index < frame.size() ? static_cast<quint8>(frame.at(index)) : 0;
-}
-
-int wordAt(const QByteArray &frame, int index)
-{
-    return byteAt(frame, index) << 8 | byteAt(frame, index + 1);
-}
-
-// Bytes that the PDU must have; -1 for a function that is not served.
-int pduSize(const QByteArray &frame)
-{
-    switch (byteAt(frame, headerSize)) {
-    case QModbusPdu::ReadCoils:
-    case QModbusPdu::ReadDiscreteInputs:
-    case QModbusPdu::ReadHoldingRegisters:
-    case QModbusPdu::ReadInputRegisters:
-    case QModbusPdu::WriteSingleCoil:
-    case QModbusPdu::WriteSingleRegister:
-        return 5;
-    case QModbusPdu::WriteMultipleCoils:
-    case QModbusPdu::WriteMultipleRegisters:
-        return 6 + byteAt(frame, headerSize + 5);
-    case QModbusPdu::MaskWriteRegister:
-        return 7;
-    case QModbusPdu::ReadWriteMultipleRegisters:
-        return 10 + byteAt(frame, headerSize + 9);
+    switch (byteAt(frame, wire::FunctionAt)) {
+    case wire::ReadCoils:
+    case wire::ReadDiscreteInputs:
+    case wire::ReadHoldingRegisters:
+    case wire::ReadInputRegisters:
+    case wire::WriteSingleCoil:
+    case wire::WriteSingleRegister:
+        return wire::RequestLength;
+    case wire::WriteMultipleCoils:
+    case wire::WriteMultipleRegisters:
+        return wire::WriteDataAt + byteAt(frame, wire::WriteByteCountAt);
+    case wire::MaskWriteRegister:
+        return wire::RequestLength + 2;
+    case wire::ReadWriteMultipleRegisters:
+        return writeByteCountAt + 1 + byteAt(frame, writeByteCountAt);
     default:
         return -1;
     }
 }
 
-// What a frame deserves before its content is looked at; 0 for nothing.
+// The exception for a frame of the wrong function or length; 0 when both are right.
 int structuralException(const QByteArray &frame)
 {
-    const int size = pduSize(frame);
-    if (size < 0)
-        return 1;
-    return frame.size() == headerSize + size ? 0 : 3;
+    const int length = requestLength(frame);
+    if (length < 0)
+        return QModbusPdu::IllegalFunction;
+    return frame.size() == length ? 0 : QModbusPdu::IllegalDataValue;
 }
 
 QByteArray reply(const QByteArray &request, int function, const QByteArray &data)
 {
-    QByteArray frame = request.left(headerSize);
-    qToBigEndian(static_cast<quint16>(data.size() + 2), frame.data() + 4);
+    QByteArray frame = request.left(wire::HeaderLength);
+    wire::putWord(frame.data() + wire::LengthAt, data.size() + 2);
     return frame.append(static_cast<char>(function)).append(data);
 }
 } // namespace
 
 int modbus::frameSize(const QByteArray &stream)
 {
-    if (wordAt(stream, 2) != 0)
+    if (wordAt(stream, wire::ProtocolAt) != 0)
         return -1;
-    if (stream.size() < lengthFieldEnd)
+    if (stream.size() < wire::LengthFieldEnd)
         return 0;
-    const int length = wordAt(stream, 4);
-    if (length < shortestLength || length > longestLength)
+    const int length = wordAt(stream, wire::LengthAt);
+    if (length < wire::ShortestLengthField || length > wire::LongestLengthField)
         return -1;
-    return stream.size() < lengthFieldEnd + length ? 0 : lengthFieldEnd + length;
+    return stream.size() < wire::LengthFieldEnd + length ? 0 : wire::LengthFieldEnd + length;
 }
 
 RequestFacts modbus::facts(const QByteArray &frame)
 {
     RequestFacts facts;
-    facts.unit = byteAt(frame, 6);
-    facts.function = byteAt(frame, headerSize);
+    facts.unit = byteAt(frame, wire::UnitAt);
+    facts.function = byteAt(frame, wire::FunctionAt);
     if (structuralException(frame) != 0)
         return facts;
-    const bool readsAndWrites = facts.function == QModbusPdu::ReadWriteMultipleRegisters;
-    const bool single = facts.function == QModbusPdu::WriteSingleCoil ||
-                        facts.function == QModbusPdu::WriteSingleRegister ||
-                        facts.function == QModbusPdu::MaskWriteRegister;
-    facts.address = wordAt(frame, readsAndWrites ? 12 : 8);
-    facts.count = single ? 1 : wordAt(frame, readsAndWrites ? 14 : 10);
+    const bool readsAndWrites = facts.function == wire::ReadWriteMultipleRegisters;
+    const bool single = facts.function == wire::WriteSingleCoil ||
+                        facts.function == wire::WriteSingleRegister ||
+                        facts.function == wire::MaskWriteRegister;
+    facts.address = wordAt(frame, readsAndWrites ? writeAddressAt : +wire::AddressAt);
+    facts.count = single ? 1 : wordAt(frame, readsAndWrites ? writeQuantityAt : +wire::ValueAt);
     return facts;
 }
 
@@ -92,15 +86,15 @@ QByteArray modbus::carryOut(SimulatedUnit &unit, const QByteArray &frame)
     const int exception = structuralException(frame);
     if (exception != 0)
         return exceptionReply(frame, exception);
-    const QModbusRequest request(QModbusPdu::FunctionCode(byteAt(frame, headerSize)),
-                                 frame.mid(headerSize + 1));
+    const QModbusRequest request(QModbusPdu::FunctionCode(byteAt(frame, wire::FunctionAt)),
+                                 frame.mid(wire::AddressAt));
     const QModbusResponse response = unit.processRequest(request);
-    return reply(frame, response.functionCode() | (response.isException() ? QModbusPdu::ExceptionByte : 0),
+    return reply(frame, response.functionCode() | (response.isException() ? wire::ExceptionFlag : 0),
                  response.data());
 }
 
 QByteArray modbus::exceptionReply(const QByteArray &request, int code)
 {
-    return reply(request, byteAt(request, headerSize) | QModbusPdu::ExceptionByte,
+    return reply(request, byteAt(request, wire::FunctionAt) | wire::ExceptionFlag,
                  QByteArray(1, static_cast<char>(code)));
 }

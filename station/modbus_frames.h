@@ -12,13 +12,13 @@
 
 namespace modbus {
 /// Bytes of the first frame in the stream, header included, by its length field. 0: more bytes are needed.
-/// -1: no Modbus TCP header (protocol identifier not 0, or a length that no frame has), the stream is lost.
+/// -1: no Modbus TCP header (protocol identifier not 0, or a length that no frame has).
 int frameSize(const QByteArray &stream);
 
 /// A complete frame in short. For function 23 the address is that of its write.
 RequestFacts facts(const QByteArray &frame);
 
-/// Carries a complete frame out at a unit. The reply frame: exception 1 for a function that is not served
+/// Carries out a complete frame at a unit. Returns the reply frame: exception 1 for a function that is not served
 /// over TCP (1 to 6, 15, 16, 22 and 23 are), 3 for more or fewer bytes than function and byte count say, and
 /// what the unit says otherwise.
 QByteArray carryOut(SimulatedUnit &unit, const QByteArray &frame);

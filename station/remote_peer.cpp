@@ -1,48 +1,41 @@
 // SPDX-License-Identifier: MIT
 #include "remote_peer.h"
 
+#include "../driver/api/codes.h"
+#include "../driver/base/block_checks.h"
+#include "../driver/base/modbus_wire.h"
+#include "../driver/base/remote_wire.h"
+
 #include <QtCore/QtEndian>
 
-#include <numeric>
+using namespace modbus_driver;
+using remoteWire::ShortestFrame;
+using wire::byteAt;
+using wire::wordAt;
 
 namespace {
-const int fieldsSize = 21;           // up to the value bytes
-const int readSize = fieldsSize + 1; // with the byte sum
-enum Access { Read = 0, Write = 1 };
-enum Area { Coils = 0, DiscreteInputs = 1, HoldingBits = 3, HoldingRegisters = 5, HoldingPairs = 7 };
-
-int byteAt(const QByteArray &frame, int index)
-{
-    return static_cast<quint8>(frame.at(index));
-}
-
-int wordAt(const QByteArray &frame, int index)
-{
-    return qFromBigEndian<quint16>(frame.constData() + index);
-}
-
 int areaOf(const QByteArray &frame)
 {
-    return wordAt(frame, 5);
+    return wordAt(frame, remoteWire::AreaAt);
 }
 int startOf(const QByteArray &frame)
 {
-    return qFromBigEndian<qint32>(frame.constData() + 7);
+    return qFromBigEndian<qint32>(frame.constData() + remoteWire::StartAddressAt);
 }
 int lengthOf(const QByteArray &frame)
 {
-    return wordAt(frame, 11);
+    return wordAt(frame, remoteWire::DataLengthAt);
 }
 
 // Value bytes that a write of this area and length carries; -1 for an area that is not written.
 int valueSize(const QByteArray &frame)
 {
     switch (areaOf(frame)) {
-    case Coils:
-    case HoldingBits:
+    case AreaCoils:
+    case AreaHoldingRegisterBit:
         return lengthOf(frame);
-    case HoldingRegisters:
-    case HoldingPairs:
+    case AreaHoldingRegisters:
+    case AreaHoldingPairs:
         return 2 * lengthOf(frame);
     default:
         return -1;
@@ -51,16 +44,17 @@ int valueSize(const QByteArray &frame)
 
 int writeSize(const QByteArray &stream)
 {
-    const int announced = byteAt(stream, 0);
-    const int expected = readSize + valueSize(stream);
-    if (expected >= readSize && expected % 256 == announced)
+    const int announced = byteAt(stream, remoteWire::LengthAt);
+    const int expected = ShortestFrame + valueSize(stream);
+    if (expected >= ShortestFrame && expected % 256 == announced)
         return expected;
-    return announced < readSize ? announced + 256 : announced;
+    return announced < ShortestFrame ? announced + 256 : announced;
 }
 
-char byteSum(const QByteArray &bytes)
+char byteSumOf(const QByteArray &bytes)
 {
-    return static_cast<char>(std::accumulate(bytes.begin(), bytes.end(), 0u));
+    return static_cast<char>(byteSum(reinterpret_cast<const unsigned char *>(bytes.constData()),
+                                     static_cast<unsigned>(bytes.size())));
 }
 
 // Whether the table has `count` (more than 0) entries from `first` on.
@@ -71,29 +65,30 @@ bool inTable(qint64 first, qint64 count)
 
 QByteArray replyHeader(const QByteArray &frame, int replySize)
 {
-    return QByteArray(1, static_cast<char>(replySize)) + frame.mid(1, 6) + frame.mid(9, 2);
+    return QByteArray(1, static_cast<char>(replySize)) + frame.mid(remoteWire::HostIdAt, 6) +
+           frame.mid(remoteWire::StartAddressAt + 2, 2);
 }
 
 QByteArray readBits(const SimulatedUnit &unit, const QByteArray &frame)
 {
     const int first = startOf(frame);
     const int bits = lengthOf(frame) * 8;
-    if ((areaOf(frame) != Coils && areaOf(frame) != DiscreteInputs) || !inTable(first, bits))
+    if ((areaOf(frame) != AreaCoils && areaOf(frame) != AreaDiscreteInputs) || !inTable(first, bits))
         return QByteArray();
-    const auto table = areaOf(frame) == Coils ? QModbusDataUnit::Coils : QModbusDataUnit::DiscreteInputs;
+    const auto table = areaOf(frame) == AreaCoils ? QModbusDataUnit::Coils : QModbusDataUnit::DiscreteInputs;
     QByteArray data(lengthOf(frame), '\0');
     for (int bit = 0; bit < bits; ++bit) {
         if (unit.at(table, first + bit) != 0)
             data[bit / 8] = static_cast<char>(data.at(bit / 8) | 1 << bit % 8);
     }
-    return replyHeader(frame, 9 + data.size()) + data;
+    return replyHeader(frame, remoteWire::ReadReplyHeader + data.size()) + data;
 }
 
 void setHoldingBit(SimulatedUnit &unit, int bitAddress, bool on)
 {
-    const int mask = 1 << bitAddress % 16;
-    const int old = unit.at(QModbusDataUnit::HoldingRegisters, bitAddress / 16);
-    unit.set(QModbusDataUnit::HoldingRegisters, bitAddress / 16,
+    const int mask = 1 << bitAddress % BitsOfRegister;
+    const int old = unit.at(QModbusDataUnit::HoldingRegisters, bitAddress / BitsOfRegister);
+    unit.set(QModbusDataUnit::HoldingRegisters, bitAddress / BitsOfRegister,
              static_cast<quint16>(on ? old | mask : old & ~mask));
 }
 
@@ -106,69 +101,70 @@ void setRegister(SimulatedUnit &unit, int address, const char *lowByteFirst)
 bool isWritable(const QByteArray &frame)
 {
     const int length = lengthOf(frame);
-    if (frame.size() != readSize + valueSize(frame))
+    if (frame.size() != ShortestFrame + valueSize(frame))
         return false;
-    if (areaOf(frame) == HoldingPairs && length % 2 != 0)
+    if (areaOf(frame) == AreaHoldingPairs && length % 2 != 0)
         return false;
-    if (areaOf(frame) != HoldingBits)
+    if (areaOf(frame) != AreaHoldingRegisterBit)
         return inTable(startOf(frame), length);
     const qint64 lastBit = qint64(startOf(frame)) + length - 1;
-    return length > 0 && startOf(frame) >= 0 && lastBit / 16 < SimulatedUnit::tableSize;
+    return length > 0 && startOf(frame) >= 0 && lastBit / BitsOfRegister < SimulatedUnit::tableSize;
 }
 
 QByteArray write(SimulatedUnit &unit, const QByteArray &frame)
 {
     if (!isWritable(frame))
         return QByteArray();
-    const char *value = frame.constData() + fieldsSize;
+    const char *value = frame.constData() + remoteWire::ValueAt;
     for (int i = 0; i < lengthOf(frame); ++i) {
         const int address = startOf(frame) + i;
         switch (areaOf(frame)) {
-        case Coils:
+        case AreaCoils:
             unit.set(QModbusDataUnit::Coils, address, value[i] == 1);
             break;
-        case HoldingBits:
+        case AreaHoldingRegisterBit:
             setHoldingBit(unit, address, value[i] == 1);
             break;
-        case HoldingRegisters:
+        case AreaHoldingRegisters:
             setRegister(unit, address, value + 2 * i);
             break;
-        case HoldingPairs:
+        case AreaHoldingPairs:
             setRegister(unit, address, value + 2 * (i ^ 1));
             break;
         }
     }
-    const QByteArray reply = replyHeader(frame, 12) + frame.mid(11, 2);
-    return reply + byteSum(reply);
+    const QByteArray reply =
+        replyHeader(frame, remoteWire::WriteReplyLength) + frame.mid(remoteWire::DataLengthAt, 2);
+    return reply + byteSumOf(reply);
 }
 } // namespace
 
 int remote::frameSize(const QByteArray &stream)
 {
-    if (stream.size() > 2 && byteAt(stream, 2) > Write)
+    if (byteAt(stream, remoteWire::AccessAt) > AccessWrite)
         return -1;
-    if (stream.size() < readSize)
+    if (stream.size() < ShortestFrame)
         return 0;
-    const bool isRead = byteAt(stream, 2) == Read;
-    if (isRead && byteAt(stream, 0) != readSize)
+    const bool isRead = byteAt(stream, remoteWire::AccessAt) == AccessRead;
+    if (isRead && byteAt(stream, remoteWire::LengthAt) != ShortestFrame)
         return -1;
-    const int size = isRead ? readSize : writeSize(stream);
+    const int size = isRead ? ShortestFrame : writeSize(stream);
     if (stream.size() < size)
         return 0;
-    return byteSum(stream.left(size - 1)) == stream.at(size - 1) ? size : -1;
+    return byteSumOf(stream.left(size - 1)) == stream.at(size - 1) ? size : -1;
 }
 
 RequestFacts remote::facts(const QByteArray &frame)
 {
     RequestFacts facts;
-    facts.unit = byteAt(frame, 4);
-    facts.function = byteAt(frame, 2);
+    facts.unit = byteAt(frame, remoteWire::StationAt);
+    facts.function = byteAt(frame, remoteWire::AccessAt);
     facts.address = startOf(frame);
-    facts.count = facts.function == Read ? lengthOf(frame) * 8 : lengthOf(frame);
+    facts.count = facts.function == AccessRead ? lengthOf(frame) * 8 : lengthOf(frame);
     return facts;
 }
 
 QByteArray remote::carryOut(SimulatedUnit &unit, const QByteArray &frame)
 {
-    return byteAt(frame, 2) == Read ? readBits(unit, frame) : write(unit, frame);
+    return byteAt(frame, remoteWire::AccessAt) == AccessRead ? readBits(unit, frame) : write(unit, frame);
 }

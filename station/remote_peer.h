@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The other end of the driver's compact frames, which carry a variable access instead of a Modbus request.
+/// The station's side of the driver's remote frames, which carry a variable access instead of a Modbus request.
 /// Functions of bytes and of one unit; the station's thread calls them.
 ///
 /// Requests, all fields high byte first:
@@ -28,7 +28,7 @@
 #include <QtCore/QByteArray>
 
 namespace remote {
-/// Bytes of the first frame in the stream. 0: more bytes are needed. -1: the stream is lost (unknown access,
+/// Bytes of the first frame in the stream. 0: more bytes are needed. -1: no such frame (unknown access,
 /// a read that is not 22 bytes long, a wrong byte sum). The length byte wraps at 256, so the size of a write
 /// follows from area and length where these agree with it; otherwise the value bytes are taken to be fewer
 /// than 256.
@@ -37,7 +37,7 @@ int frameSize(const QByteArray &stream);
 /// A complete frame in short.
 RequestFacts facts(const QByteArray &frame);
 
-/// Carries a complete frame out at a unit. The reply; empty, and nothing done, for what the unit does not
+/// Carries out a complete frame at a unit. Returns the reply; empty, and nothing done, for what the unit does not
 /// have or serve (these frames know no exception), also when the value bytes do not fit area and length.
 QByteArray carryOut(SimulatedUnit &unit, const QByteArray &frame);
 } // namespace remote

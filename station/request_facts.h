@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// What fault selectors may ask of a request, whichever frames the connection carries.
+/// What fault selectors compare: one request in short, from Modbus and remote frames alike. Plain data.
 
 #pragma once
 
-/// One request in short. Written by whoever reads the frame, read by the faults.
+/// Filled by modbus_frames.h and remote_peer.h, read by fault_choice.h.
 struct RequestFacts
 {
     int unit = 0;     ///< 0 is broadcast

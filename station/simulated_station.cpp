@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "simulated_station.h"
 
+#include "../driver/api/codes.h"
+#include "fault_application.h"
+#include "fault_choice.h"
 #include "modbus_frames.h"
 #include "remote_peer.h"
 #include "station_connection.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 const int requestsKept = 1000;
@@ -16,12 +20,13 @@ SimulatedStation::SimulatedStation(const StationOptions &options, QObject *paren
     : QObject(parent), m_options(options), m_port(options.port), m_server(this), m_steps(this),
       m_absence(this)
 {
+    setFaults(options.faults);
     for (const int id : options.units) {
         if (!m_units.contains(id))
             m_units.insert(id, new SimulatedUnit(id, this));
     }
     m_absence.setSingleShot(true);
-    connect(&m_absence, &QTimer::timeout, this, &SimulatedStation::comeBack);
+    connect(&m_absence, &QTimer::timeout, this, &SimulatedStation::acceptAgain);
     connect(&m_server, &QTcpServer::newConnection, this, &SimulatedStation::accept);
     if (options.still)
         return;
@@ -66,6 +71,13 @@ void SimulatedStation::accept()
             socket, frameSize, [this](const QByteArray &request) { return answer(request); }, this);
 }
 
+void SimulatedStation::setFaults(const QList<Fault> &faults)
+{
+    m_options.faults.clear();
+    std::copy_if(faults.begin(), faults.end(), std::back_inserter(m_options.faults),
+                 [this](const Fault &fault) { return !m_options.remote || !needsModbusFrames(fault); });
+}
+
 Delivery SimulatedStation::answer(const QByteArray &request)
 {
     if (m_requests.size() == requestsKept)
@@ -73,37 +85,25 @@ Delivery SimulatedStation::answer(const QByteArray &request)
     m_requests << request;
 
     const RequestFacts facts = m_options.remote ? remote::facts(request) : modbus::facts(request);
-    const QList<Fault> faults = strikingFaults(facts);
+    const QList<Fault> faults = chooseFaults(m_options.faults, facts);
     const auto exception = std::find_if(faults.begin(), faults.end(),
                                         [](const Fault &fault) { return fault.kind == Fault::Exception; });
     Delivery delivery;
     if (exception == faults.end())
         delivery.reply = carryOut(facts, request);
-    else if (facts.unit != 0)
+    else if (facts.unit != modbus_driver::StationBroadcast)
         delivery.reply = modbus::exceptionReply(request, exception->value);
     for (const Fault &fault : faults)
-        befall(fault, delivery);
+        applyFault(fault, delivery);
     if (delivery.refuseSeconds == 0)
         return delivery;
-    stayAway(delivery.refuseSeconds);
+    refuseConnections(delivery.refuseSeconds);
     return Delivery();
-}
-
-QList<Fault> SimulatedStation::strikingFaults(const RequestFacts &facts)
-{
-    QList<Fault> striking;
-    for (Fault &fault : m_options.faults) {
-        if (m_options.remote && needsModbusFrames(fault))
-            continue;
-        if (strikes(fault, facts))
-            striking << fault;
-    }
-    return striking;
 }
 
 QByteArray SimulatedStation::carryOut(const RequestFacts &facts, const QByteArray &request)
 {
-    if (facts.unit != 0) {
+    if (facts.unit != modbus_driver::StationBroadcast) {
         SimulatedUnit *unit = m_units.value(facts.unit);
         return unit ? carryOutAt(*unit, request) : QByteArray();
     }
@@ -117,13 +117,13 @@ QByteArray SimulatedStation::carryOutAt(SimulatedUnit &unit, const QByteArray &r
     return m_options.remote ? remote::carryOut(unit, request) : modbus::carryOut(unit, request);
 }
 
-void SimulatedStation::stayAway(int seconds)
+void SimulatedStation::refuseConnections(int seconds)
 {
     stopListening();
     m_absence.start(seconds * 1000);
 }
 
-void SimulatedStation::comeBack()
+void SimulatedStation::acceptAgain()
 {
     QString error;
     if (!listen(&error))

@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
 /// \file
 /// A simulated Modbus TCP station: any number of units behind one port, as strict as the best devices. It
-/// keeps silent for units it does not have, carries a broadcast (unit 0) out at every unit without a
-/// reply, and closes a connection whose stream is no longer Modbus. Used on one thread with an event loop;
-/// hosts and tests that block use StationThread.
+/// does not answer for units that it does not have, carries out a broadcast (unit 0) at every unit without a
+/// reply, and closes a connection whose bytes are not Modbus. Used on one thread with an event loop; hosts
+/// and tests that block use StationThread.
 
 #pragma once
 
 #include "changing_values.h"
 #include "delivery.h"
+#include "fault.h"
+#include "request_facts.h"
 #include "simulated_unit.h"
 
 #include <QtCore/QMap>
@@ -25,7 +27,7 @@ struct StationOptions
     QList<int> units = {1};                        ///< 1 to 255
     bool still = false;                            ///< values change only when written
     bool remote = false;                           ///< the driver's compact frames instead of Modbus
-    QList<Fault> faults;                           ///< all that strike a request befall it, in order
+    QList<Fault> faults; ///< all that are chosen for a request are applied, in order
 };
 
 class SimulatedStation : public QObject
@@ -42,9 +44,8 @@ public:
     /// The port that is or was listened on; 0 before the first time.
     quint16 port() const { return m_port; }
 
-    /// Replaces the faults; their counting starts anew. In remote mode those that alter Modbus frames do
-    /// nothing.
-    void setFaults(const QList<Fault> &faults) { m_options.faults = faults; }
+    /// Replaces the faults; they count from 0 again. In remote mode those that change Modbus frames are left out.
+    void setFaults(const QList<Fault> &faults);
     /// The unit, owned by the station; nullptr when it has no such unit.
     SimulatedUnit *unit(int id) const { return m_units.value(id); }
     /// The requests received, oldest first, as whole frames: the last thousand, those without a reply too.
@@ -53,11 +54,10 @@ public:
 private:
     void accept();
     Delivery answer(const QByteArray &request);
-    QList<Fault> strikingFaults(const RequestFacts &facts);
     QByteArray carryOut(const RequestFacts &facts, const QByteArray &request);
     QByteArray carryOutAt(SimulatedUnit &unit, const QByteArray &request);
-    void stayAway(int seconds);
-    void comeBack();
+    void refuseConnections(int seconds);
+    void acceptAgain();
 
     StationOptions m_options;
     quint16 m_port = 0;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// One master's connection: cuts the byte stream into requests, has each answered, and sends what becomes of
-/// the reply. Requests are answered in order. Lives on the station's thread and deletes itself when the
+/// One master's connection: splits the byte stream into requests, has each answered, and sends the replies as
+/// the delivery says. Requests are answered in order. Lives on the station's thread and deletes itself when the
 /// connection ends.
 
 #pragma once
@@ -18,7 +18,7 @@ class StationConnection : public QObject
     Q_OBJECT
 
 public:
-    /// Bytes of the first request in the stream; 0: more are needed; -1: the stream is lost.
+    /// Bytes of the first request in the stream; 0: more are needed; -1: no such frame, the connection is closed.
     using FrameSize = int (*)(const QByteArray &stream);
     /// Carries one request out. May drop this connection.
     using Answer = std::function<Delivery(const QByteArray &request)>;

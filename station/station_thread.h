@@ -2,10 +2,11 @@
 /// \file
 /// A simulated station that runs in a thread and event loop of its own, for hosts and tests that block. A
 /// QCoreApplication must exist. Everything here is called by the owner, from one thread, and returns when the
-/// station's thread has done it; what looks at or changes the station needs a started one.
+/// station's thread has done it. What reads or changes the station needs a started one.
 
 #pragma once
 
+#include "fault_text.h"
 #include "simulated_station.h"
 
 #include <thread>
@@ -34,7 +35,7 @@ public:
 
     /// The last thousand requests received, oldest first, as whole frames.
     QList<QByteArray> requests() const;
-    /// Replaces the faults; their counting starts anew.
+    /// Replaces the faults; they count from 0 again.
     void setFaults(const QList<Fault> &faults);
     /// Refuses connections, and ends those there are, until listenAgain. Tables and faults stay.
     void stopListening();

@@ -98,7 +98,7 @@ protected:
     }
     void SetUp() override { start(); }
 
-    void befall(const char *fault) { station->setFaults({*parseFault(QLatin1String(fault), nullptr)}); }
+    void setFault(const char *fault) { station->setFaults({*parseFault(QLatin1String(fault), nullptr)}); }
     std::string ask(const QByteArray &request) { return Master(station->port(), m_probe).ask(request); }
     void expectReply(const Exchange &row)
     {
@@ -159,7 +159,7 @@ TEST_F(Station, CannotShareItsPort)
     EXPECT_TRUE(error.contains(QString::number(options.port))) << qPrintable(error);
 }
 
-// Faults befall the reply; only an exception takes the place of what was asked for.
+// A request is carried out whatever happens to its reply; only an exception replaces it.
 const Exchange faultRows[] = {
     {"cut=5@nth=1", readFive, "0001 0000 00"},
     {"length=+2@nth=1", readFive, "0001 0000 0007 01 03 02 0005"},
@@ -183,14 +183,14 @@ const Exchange faultRows[] = {
 TEST_F(Station, HasFaultsOnDemand)
 {
     for (const Exchange &row : faultRows) {
-        befall(row.name);
+        setFault(row.name);
         expectReply(row);
     }
 }
 
 TEST_F(Station, GluesAReplyToTheNextOne)
 {
-    befall("glue@nth=1");
+    setFault("glue@nth=1");
     Master master(station->port());
     master.send("0001 0000 0006 01 03 0005 0001  0001 0000 0006 03 03 0005 0001");
     EXPECT_FALSE(master.socket.waitForReadyRead(200));
@@ -202,7 +202,7 @@ TEST_F(Station, GluesAReplyToTheNextOne)
 TEST_F(Station, EndsAConnectionInBothWays)
 {
     for (const auto &[fault, error] : {std::pair{"close", 0}, std::pair{"reset", ECONNRESET}}) {
-        befall(fault);
+        setFault(fault);
         Master master(station->port());
         master.send(modbusProbe.request);
         EXPECT_EQ(master.endingError(), error) << fault;
@@ -213,7 +213,7 @@ TEST_F(Station, RefusesConnectionsForAWhile)
 {
     Master bystander(station->port());
     bystander.ask("");
-    befall("refuse=1@nth=1");
+    setFault("refuse=1@nth=1");
     EXPECT_EQ(ask(""), " closed");
     EXPECT_EQ(bystander.endingError(), 0);
     while (!Master(station->port()).connected)

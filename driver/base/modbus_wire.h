@@ -26,6 +26,8 @@ enum FunctionCode {
     WriteSingleRegister = 6,
     WriteMultipleCoils = 15, ///< the driver never sends it
     WriteMultipleRegisters = 16,
+    MaskWriteRegister = 22,          ///< the driver never sends it
+    ReadWriteMultipleRegisters = 23, ///< the driver never sends it
 };
 enum { ExceptionFlag = 0x80 }; ///< added to the function code of an exception reply
 

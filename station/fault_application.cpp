@@ -1,5 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "delivery.h"
+#include "fault_application.h"
+
+#include "../driver/base/modbus_wire.h"
+
+namespace wire = modbus_driver::wire;
 
 namespace {
 // A reply that an earlier fault has cut may end before the field.
@@ -17,11 +21,11 @@ void setWord(QByteArray &reply, int index, int value)
 
 int wrongLength(const Fault &fault, const QByteArray &reply)
 {
-    return fault.relative ? reply.size() - 6 + fault.value : fault.value;
+    return fault.relative ? reply.size() - wire::LengthFieldEnd + fault.value : fault.value;
 }
 } // namespace
 
-void befall(const Fault &fault, Delivery &delivery)
+void applyFault(const Fault &fault, Delivery &delivery)
 {
     switch (fault.kind) {
     case Fault::Silence:
@@ -49,19 +53,19 @@ void befall(const Fault &fault, Delivery &delivery)
         delivery.refuseSeconds = fault.value;
         break;
     case Fault::Unit:
-        setByte(delivery.reply, 6, fault.value);
+        setByte(delivery.reply, wire::UnitAt, fault.value);
         break;
     case Fault::Length:
-        setWord(delivery.reply, 4, wrongLength(fault, delivery.reply));
+        setWord(delivery.reply, wire::LengthAt, wrongLength(fault, delivery.reply));
         break;
     case Fault::Protocol:
-        setWord(delivery.reply, 2, fault.value);
+        setWord(delivery.reply, wire::ProtocolAt, fault.value);
         break;
     case Fault::Transaction:
-        setWord(delivery.reply, 0, fault.value);
+        setWord(delivery.reply, wire::TransactionAt, fault.value);
         break;
     case Fault::Function:
-        setByte(delivery.reply, 7, fault.value);
+        setByte(delivery.reply, wire::FunctionAt, fault.value);
         break;
     case Fault::Exception:
         break;

@@ -1,21 +1,15 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Faults that a station has on demand, and the text in which they are asked for:
-///
-///     FAULT[=VALUE][@SELECTOR=VALUE[,SELECTOR=VALUE...]]      such as  silence@unit=2,every=3
-///
-/// Parsed wherever the text comes from (a command line, a test); judged on the station's thread. A request
-/// is carried out whatever befalls its reply; only `exception` replaces carrying it out.
+/// One fault that a station has on demand: which requests it selects, and what it does to their replies. Read
+/// from text by fault_text.h, chosen for a request by fault_choice.h, applied to the reply by
+/// fault_application.h. A request is carried out whatever happens to its reply; only `exception` replaces
+/// carrying it out. Plain data, without a lock.
 
 #pragma once
 
-#include "request_facts.h"
-
-#include <QtCore/QList>
-#include <QtCore/QStringList>
+#include <QtCore/QString>
 
 #include <limits>
-#include <optional>
 
 struct Fault
 {
@@ -51,19 +45,14 @@ struct Fault
     Range unit;
     Range function;
     Range address; ///< a request is selected when it touches any address of the range
-    int every = 1; ///< strikes the K-th, 2K-th, 3K-th... selected request
-    int nth = 0;   ///< strikes the K-th selected request only; 0: not limited so
+    int every = 1; ///< applies to the K-th, 2K-th, 3K-th... selected request
+    int nth = 0;   ///< applies to the K-th selected request only; 0: not limited so
 
     int selected = 0; ///< requests selected so far
 };
 
-/// Reads one fault. Nothing, with one line in *error, when the text is wrong in any part.
-std::optional<Fault> parseFault(const QString &text, QString *error);
-/// Reads several, likewise.
-std::optional<QList<Fault>> parseFaults(const QStringList &texts, QString *error);
-
-/// Counts the request if the fault selects it, and tells whether the fault strikes.
-bool strikes(Fault &fault, const RequestFacts &request);
-
-/// Whether the fault alters a Modbus TCP frame, and so means nothing in remote frames.
-bool needsModbusFrames(const Fault &fault);
+/// Whether the fault changes a Modbus TCP frame, and so has no meaning in remote frames.
+inline bool needsModbusFrames(const Fault &fault)
+{
+    return fault.kind >= Fault::Unit;
+}

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "faults.h"
+#include "fault_text.h"
 
 #include <QtCore/QSet>
 
@@ -133,11 +133,6 @@ private:
     QSet<QString> m_selectors;
     QString m_complaint;
 };
-
-bool overlaps(const Fault::Range &range, int first, int count)
-{
-    return first <= range.last && qint64(first) + count > range.first;
-}
 } // namespace
 
 std::optional<Fault> parseFault(const QString &text, QString *error)
@@ -155,18 +150,4 @@ std::optional<QList<Fault>> parseFaults(const QStringList &texts, QString *error
         faults << *fault;
     }
     return faults;
-}
-
-bool strikes(Fault &fault, const RequestFacts &request)
-{
-    if (!overlaps(fault.unit, request.unit, 1) || !overlaps(fault.function, request.function, 1) ||
-        !overlaps(fault.address, request.address, request.count))
-        return false;
-    ++fault.selected;
-    return fault.selected % fault.every == 0 && (fault.nth == 0 || fault.selected == fault.nth);
-}
-
-bool needsModbusFrames(const Fault &fault)
-{
-    return fault.kind >= Fault::Unit;
 }

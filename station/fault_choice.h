@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// Decides which faults apply to a request. The station's thread calls this once for each request.
+
+#pragma once
+
+#include "fault.h"
+#include "request_facts.h"
+
+#include <QtCore/QList>
+
+/// The faults that apply to the request, in the order of `faults`. Counts the request in each fault that
+/// selects it.
+QList<Fault> chooseFaults(QList<Fault> &faults, const RequestFacts &request);
