@@ -1,77 +1,14 @@
 // SPDX-License-Identifier: MIT
 // The smallest complete host: polls one holding register of unit 1 and prints it.
 //   smallest-host ADDRESS PORT REGISTER PASSES
-#include <modbus_tcpip_rtu_m.h>
+#include "link.h"
 
-#include <QtCore/QDeadlineTimer>
 #include <QtCore/QThread>
-#include <QtCore/QtEndian>
-#include <QtNetwork/QTcpSocket>
 
 #include <cstdio>
 #include <cstdlib>
 
 using namespace modbus_driver;
-
-namespace {
-
-const int patience = 1000; // ms, for a connection and for a whole reply
-
-// The connection to the station. Any failure drops it: a late reply must not be taken for the next one, since
-// every request carries the same transaction identifier.
-class Link
-{
-public:
-    Link(const QString &address, quint16 port) : address(address), port(port) {}
-
-    // Sends the request. The whole reply; nothing when none is due or none came.
-    QByteArray exchange(const Protocol &request)
-    {
-        if (!connected() || socket.write(request.frame.constData(), request.frameLength) < 0)
-            return dropped();
-        if (request.replyLength == 0)
-            return socket.waitForBytesWritten(patience) ? QByteArray() : dropped();
-        const QDeadlineTimer deadline(patience);
-        const QByteArray head = receive(6, deadline);
-        if (head.isEmpty() || head.mid(2, 2) != QByteArray(2, '\0'))
-            return dropped();
-        const int rest = qFromBigEndian<quint16>(head.constData() + 4);
-        const QByteArray body = rest < 2 || rest > 254 ? QByteArray() : receive(rest, deadline);
-        return body.isEmpty() ? dropped() : head + body;
-    }
-
-private:
-    bool connected()
-    {
-        if (socket.state() == QAbstractSocket::ConnectedState)
-            return true;
-        socket.abort();
-        socket.connectToHost(address, port);
-        return socket.waitForConnected(patience);
-    }
-
-    // Exactly `size` bytes, or nothing when they did not come in time.
-    QByteArray receive(int size, const QDeadlineTimer &deadline)
-    {
-        while (socket.bytesAvailable() < size) {
-            if (!socket.waitForReadyRead(int(deadline.remainingTime())))
-                return QByteArray();
-        }
-        return socket.read(size);
-    }
-
-    QByteArray dropped()
-    {
-        socket.abort();
-        return QByteArray();
-    }
-
-    QString address;
-    quint16 port;
-    QTcpSocket socket;
-};
-
-} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -103,8 +40,11 @@ int main(int argc, char *argv[])
         if (request) {
             QByteArray reply = link.exchange(*request); // empty: no reply came in time
             RW_VAR *done = DataCom(&reply, reply.size());
-            if (done->status == StatusDone) // 0: is asked again; else given up
+            // Two codes mean success. 0: the request will be sent again; any other code: it was given up.
+            if (done->status == StatusDone || done->status == StatusRemoteAccepted) {
+                settings.failCount = 0; // else failures add up over all requests
                 ++good;
+            }
             QByteArray value; // what the last good reply said
             GetRegisterData(0, item.area, item.addressText, item.station, value, item.count);
             std::printf("status %d, value %d\n", done->status, qFromLittleEndian<quint16>(value.constData()));

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+// The connection to a station or gateway, as both hosts of this folder use it. One thread uses it.
+//
+// Every request of the driver carries transaction 0, and the driver judges a reply by its length alone. So this host
+// numbers each request, in its own copy of the frame. A reply with another number, unit or function is that of another
+// request: it never reaches the driver, and the connection is dropped.
+#pragma once
+
+#include <modbus_tcpip_rtu_m.h>
+
+#include <QtCore/QDeadlineTimer>
+#include <QtCore/QtEndian>
+#include <QtNetwork/QTcpSocket>
+
+class Link
+{
+public:
+    Link(const QString &address, quint16 port) : address(address), port(port) {}
+
+    // Sends the request. Returns the whole reply; nothing when none is due or none came.
+    QByteArray exchange(const Protocol &request)
+    {
+        number = quint16(number % 0xFFFF + 1); // not 0: that is what stations send that repeat no number
+        QByteArray frame = request.frame;
+        qToBigEndian(number, frame.data());
+        if (!ready() || socket.write(frame) < 0)
+            return dropped();
+        if (request.replyLength == 0)
+            return socket.waitForBytesWritten(patience) ? QByteArray() : dropped();
+        const QDeadlineTimer deadline(patience);
+        const QByteArray head = receive(6, deadline);
+        const int rest = head.isEmpty() ? 0 : qFromBigEndian<quint16>(head.constData() + 4);
+        const QByteArray reply = rest < 2 || rest > 254 ? QByteArray() : head + receive(rest, deadline);
+        if (reply.size() != 6 + rest || !answers(reply, frame))
+            return dropped();
+        return request.frame.left(2) + reply.mid(2); // the driver's own transaction 0
+    }
+
+private:
+    static const int patience = 1000; // ms, for a connection and for a whole reply
+
+    // Transaction, protocol, unit and function; an exception reply has 0x80 added to the function.
+    static bool answers(const QByteArray &reply, const QByteArray &frame)
+    {
+        return reply.left(4) == frame.left(4) && reply.at(6) == frame.at(6) &&
+               (reply.at(7) & 0x7F) == frame.at(7);
+    }
+
+    // A connection on which nothing is left unread. What is left answers no request to come: it drops the connection.
+    bool ready()
+    {
+        if (!socket.waitForReadyRead(0) && socket.bytesAvailable() == 0 &&
+            socket.state() == QAbstractSocket::ConnectedState)
+            return true;
+        socket.abort();
+        socket.connectToHost(address, port);
+        return socket.waitForConnected(patience);
+    }
+
+    // Exactly `size` bytes, or nothing when they did not come in time.
+    QByteArray receive(int size, const QDeadlineTimer &deadline)
+    {
+        while (socket.bytesAvailable() < size) {
+            if (!socket.waitForReadyRead(int(deadline.remainingTime())))
+                return QByteArray();
+        }
+        return socket.read(size);
+    }
+
+    QByteArray dropped()
+    {
+        socket.abort();
+        return QByteArray();
+    }
+
+    QString address;
+    quint16 port;
+    quint16 number = 0; // of the last request
+    QTcpSocket socket;
+};
