@@ -2,9 +2,9 @@
 /// \file
 /// Modbus TCP master without input or output of its own. A host includes this one header.
 ///
-/// host_calls.h is the contract: what to call, on which thread, with which result. records.h and codes.h hold
-/// the records and numbers that go along. What is in steps/ is exported as well, for hosts that take single
-/// steps of the driver themselves; a usual host needs none of it.
+/// host_calls.h is the contract: what to call, on which thread, with which result. records.h and codes.h
+/// hold the records and numbers that go along. What is in steps/ is exported as well, for hosts that take
+/// single steps of the driver themselves; a usual host needs none of it.
 
 #pragma once
 

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The numbers that host and driver exchange, with names: areas, kinds of access, status codes, outcomes, limits.
-/// The records and calls take and return plain ints. Constants only: any thread.
+/// The numbers that host and driver exchange, with names: areas, kinds of access, status codes, outcomes,
+/// limits. The records and calls take and return plain ints. Constants only: any thread.
 
 #pragma once
 
 namespace modbus_driver {
+
+/// \addtogroup Codes
+/// @{
 
 /// Where a variable is, RW_VAR::area and VAR_ITEM::area. Addresses count from 0 and are sent as they are.
 enum AreaCode {
@@ -48,7 +51,7 @@ enum { StationBroadcast = 0 };
 /// CommSettings::writeMode. Any other value than 2 changes the image only.
 enum { WriteModeToStation = 2 };
 
-/// The write queue and the one-shot reads take no further entry beyond this many, except with QueueAsIs.
+/// The most entries of the write queue, and of the one-shot reads. More are dropped, except with QueueAsIs.
 enum { QueueLimit = 1024 };
 
 /// The mode of AddListWriteVar and AddListOnceReadVar. Any value other than 1 means QueueMerged.
@@ -63,15 +66,15 @@ enum WriteDoneOutcome {
     WriteDoneGivenUp = 2, ///< failed after its retries, and dropped
 };
 
-/// RW_VAR::status of the record that DataCom returns. An error code is the first of its class of twelve plus
-/// the hostId of the request when that is 1 to 11.
+/// RW_VAR::status of the record that DataCom returns. An error code is the first of its class of twelve
+/// plus the hostId of the request when that is 1 to 11.
 enum StatusCode {
     StatusRetry = 0,               ///< the exchange failed; the request will be sent again
     StatusDone = 1,                ///< success
     StatusLocalBadKind = 11,       ///< 11 to 22: the request is neither a read nor a write
     StatusLocalNoReply = 41,       ///< 41 to 52: no bytes, though a reply was expected
     StatusLocalWrongLength = 71,   ///< 71 to 82: not the expected length, such as an exception reply
-    StatusRemoteAccepted = 100,    ///< success of an exchange of another link that stored nothing final
+    StatusRemoteAccepted = 100,    ///< success, of another link: a write, or a read that stores nothing
     StatusRemoteBadKind = 111,     ///< 111 to 122: as StatusLocalBadKind, of another link
     StatusRemoteNoReply = 141,     ///< 141 to 152: as StatusLocalNoReply, of another link
     StatusRemoteWrongLength = 171, ///< 171 to 182: as StatusLocalWrongLength, of another link
@@ -90,5 +93,7 @@ enum ReplyOutcome {
     OutcomeRemoteNoReply = 6,     ///< as OutcomeLocalNoReply
     OutcomeRemoteWrongLength = 7, ///< as OutcomeLocalWrongLength
 };
+
+/// @}
 
 } // namespace modbus_driver

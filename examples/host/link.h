@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The connection to a station or gateway, as both hosts of this folder use it. One thread uses it.
 //
-// Every request of the driver carries transaction 0, and the driver judges a reply by its length alone. So this host
-// numbers each request, in its own copy of the frame. A reply with another number, unit or function is that of another
-// request: it never reaches the driver, and the connection is dropped.
+// Every request of the driver carries transaction 0, and the driver judges a reply by its length alone. So
+// this host numbers each request, in its own copy of the frame. A reply with another number, unit or
+// function is that of another request: it never reaches the driver, and the connection is dropped.
 #pragma once
 
 #include <modbus_tcpip_rtu_m.h>
@@ -46,7 +46,8 @@ private:
                (reply.at(7) & 0x7F) == frame.at(7);
     }
 
-    // A connection on which nothing is left unread. What is left answers no request to come: it drops the connection.
+    // A connection on which nothing is left unread. What is left answers no request to come: it drops the
+    // connection.
     bool ready()
     {
         if (!socket.waitForReadyRead(0) && socket.bytesAvailable() == 0 &&

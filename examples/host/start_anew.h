@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Makes the driver as it was after loading, for a new project in the same process. docs/host-guide.md tells when.
+// Makes the driver as it was after loading, for a new project in the same process. docs/host-guide.md tells
+// when.
 #pragma once
 
 #include <modbus_tcpip_rtu_m.h>
@@ -7,8 +8,8 @@
 #include <algorithm>
 #include <iterator>
 
-// `settings` is the record that SetComInfo got. No other thread may be inside a call of the driver, and none is
-// between ComCommunication and DataCom.
+// `settings` is the record that SetComInfo got. No other thread may be inside a call of the driver, and
+// none is between ComCommunication and DataCom.
 inline void startAnew(Modbus_TCPIP_RTU_M &driver, CommSettings &settings)
 {
     driver.readList.clear();

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// A host with a communication thread and a panel thread, which loads the driver at run time. It polls units 1, 2 and 3
-// behind one address, writes a 32-bit value to unit 1 and a bit of a register to unit 2, and shows what it read back. A
-// unit that does not answer is left out for a while. At the end it starts anew, as for another project.
+// A host with a communication thread and a panel thread, which loads the driver at run time. It polls units
+// 1, 2 and 3 behind one address, writes a 32-bit value to unit 1 and a bit of a register to unit 2, and
+// shows what it read back. A unit that does not answer is left out for a while. At the end it starts anew,
+// as for another project.
 //   two-stations LIBRARY ADDRESS PORT
 #include "link.h"
 #include "start_anew.h"
@@ -21,8 +22,8 @@ using namespace modbus_driver;
 
 namespace {
 
-// What this host uses of the driver, looked up by name. RTLD_LOCAL: no name of the driver gets in the way of others.
-// The library is never unloaded.
+// What this host uses of the driver, looked up by name. RTLD_LOCAL: no name of the driver gets in the way
+// of others. The library is never unloaded.
 struct Driver
 {
     explicit Driver(const char *path) : library(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {}

@@ -7,6 +7,9 @@
 
 #include "../export.h"
 
+/// \addtogroup Steps
+/// @{
+
 /// Sum of `count` bytes, low 16 bits.
 MODBUS_TCPIP_RTU_M_API unsigned short CalSUM(const unsigned char *bytes, unsigned short count);
 
@@ -26,3 +29,5 @@ MODBUS_TCPIP_RTU_M_API int DigitalToASCII(int value);
 /// Character code to digit: up to 47 and 64 give 0, 48..63 give 0..15, from 65 (A) on the code less 55.
 /// Lower case is not folded: a gives 42.
 MODBUS_TCPIP_RTU_M_API int ASCIIToDigital(int ch);
+
+/// @}

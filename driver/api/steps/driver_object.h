@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The one driver object: all state that the driver shares with its host. It is constructed when the library is
-/// loaded and destroyed when the process exits.
+/// The one driver object: all state that the driver shares with its host. It is constructed when the
+/// library is loaded and destroyed when the process exits.
 ///
-/// Locks nest only as listMutex then stationMutex, and listMutex then imageMutex. None is recursive. pendingList, the
-/// counters of the cycle and the words of the settings record belong to the communication thread, the one that calls
-/// ComCommunication and DataCom. Size and member offsets of the object are part of the ABI.
+/// Locks nest only as listMutex then stationMutex, and listMutex then imageMutex. None is recursive.
+/// pendingList, the counters of the cycle and the words of the settings record belong to the communication
+/// thread, the one that calls ComCommunication and DataCom. Size and member offsets of the object are part
+/// of the ABI.
 
 #pragma once
 
@@ -17,6 +18,9 @@
 
 #include "../export.h"
 #include "../records.h"
+
+/// \addtogroup Steps
+/// @{
 
 namespace modbus_driver {
 
@@ -46,22 +50,22 @@ public:
     QList<EXTENDVAR> extendList;     ///< per-station values; imageMutex
     QMap<int, int> disabledStations; ///< the keys are the stations that are passed over; stationMutex
 
-    /// Called with listMutex held when a queued write or one-shot read has ended, see RegistCallBackFuncIntf.
+    /// Called with listMutex held when a queued write or one-shot read has ended.
     void (*writeDoneCallBack)(int hostChannel, int hostId, int hostItem, int outcome) = nullptr;
-    /// Called with listMutex held when a queued write was built or a request given up, likewise.
+    /// Called with listMutex held when a queued write was handled or a request given up.
     void (*itemNotifyCallBack)(QList<RW_VAR> *list, int hostId, int flag) = nullptr;
 
     QMutex listMutex;    ///< the three queues, the bursts, currentKind, the publishing of result.status
     QMutex imageMutex;   ///< the image arrays and extendList
     QMutex stationMutex; ///< disabledStations
 
-    RW_VAR result; ///< what DataCom returns: the queue entry that was retired last, and a status
+    RW_VAR result; ///< what DataCom returns: a status, and the queue entry that was retired last
     int currentKind = modbus_driver::OriginNone; ///< a RequestOrigin
     int writeBurst = 0;                          ///< writes in a row, at most 5
     int onceBurst = 0;                           ///< one-shot reads in a row, at most 5
     int cyclicDone = 0; ///< good local replies counted towards the current pass over readList
 
-    /// The last exchange failed. One byte; written by the communication thread, read by every thread.
+    /// The last exchange failed. One byte. The communication thread writes it, every thread reads it.
     std::atomic<bool> lastFailed{false};
 
     quint8 coilBits[modbus_driver::ImageBitBytes] = {};         ///< area 0, bit b is bit b % 8 of byte b / 8
@@ -74,13 +78,14 @@ public:
 extern MODBUS_TCPIP_RTU_M_API Modbus_TCPIP_RTU_M PLC_driver;
 
 extern "C" {
-// The host's own areas, as FlashLocalRegister got them. The driver only keeps them, for the host to find through the
-// symbol table.
+// The host's own areas, as FlashLocalRegister got them. The driver only keeps them.
 extern MODBUS_TCPIP_RTU_M_API int LB;  ///< the host's local bit area
 extern MODBUS_TCPIP_RTU_M_API int LW;  ///< the host's local word area
 extern MODBUS_TCPIP_RTU_M_API int RWI; ///< the host's third area
 }
 
-/// Copies every field but `data`, which is left empty: value bytes never reach the result record. Needs listMutex
-/// when one of the two is shared.
+/// Copies every field but `data`, which is left empty: value bytes never reach the result record. Needs
+/// listMutex when one of the two is shared.
 MODBUS_TCPIP_RTU_M_API void passRetValue(const RW_VAR &from, RW_VAR &to);
+
+/// @}
