@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Prints size and field offsets of every record that hosts share with the driver, one a line.
+// Prints size and field offsets of the records and of the object that hosts share with the driver, one a line.
 #include "modbus_tcpip_rtu_m.h"
 
 #include <cstddef>
@@ -90,9 +90,10 @@ void printStationValue()
     FIELD(EXTENDVAR, value);
 }
 
-// What stands after holdingRegisters is the driver's own, and so is the size.
+// The size counts as well: a host that is linked and not position-independent has a copy of PLC_driver of that size.
 void printDriver()
 {
+    SIZE(PLC_driver);
     FIELD(Modbus_TCPIP_RTU_M, comInfo);
     FIELD(Modbus_TCPIP_RTU_M, readList);
     FIELD(Modbus_TCPIP_RTU_M, writeList);
