@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A virtual day: millions of exchanges with writes, one-shot reads, failures, rebuilds and switched-off
 // stations mixed in. Nothing may grow. The environment's MODBUS_LONG_RUN says how many exchanges; see
-// scripts/longrun.
+// scripts/test --long.
 #include "driver_checks.h"
 #include "in_memory_station.h"
 
