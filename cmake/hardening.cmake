@@ -18,5 +18,5 @@ if(NOT CMAKE_CXX_FLAGS MATCHES "_FORTIFY_SOURCE")
 endif()
 
 set(released $<OR:$<CONFIG:Release>,$<CONFIG:RelWithDebInfo>,$<CONFIG:MinSizeRel>>)
-target_compile_options(modbus_flags INTERFACE "$<${released}:${hardening}>")
-target_link_options(modbus_flags INTERFACE "$<${released}:-Wl,-z,relro,-z,now>")
+target_compile_options(modbus_tcpip_rtu_m_flags INTERFACE "$<${released}:${hardening}>")
+target_link_options(modbus_tcpip_rtu_m_flags INTERFACE "$<${released}:-Wl,-z,relro,-z,now>")

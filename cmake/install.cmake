@@ -4,9 +4,9 @@
 include(CMakePackageConfigHelpers)
 
 set(modbus_headers ${CMAKE_INSTALL_INCLUDEDIR}/${PROJECT_NAME})
-target_include_directories(driver INTERFACE $<INSTALL_INTERFACE:${modbus_headers}>)
-target_compile_features(driver INTERFACE cxx_std_11)
-install(TARGETS driver EXPORT ${PROJECT_NAME}Targets
+target_include_directories(modbus_tcpip_rtu_m INTERFACE $<INSTALL_INTERFACE:${modbus_headers}>)
+target_compile_features(modbus_tcpip_rtu_m INTERFACE cxx_std_11)
+install(TARGETS modbus_tcpip_rtu_m EXPORT ${PROJECT_NAME}Targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT dev)
 
 # The public headers, relative to driver/. A host includes the first; each of them can be included alone.
@@ -46,7 +46,7 @@ configure_file(cmake/driver.pc.in ${PROJECT_NAME}.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${PROJECT_NAME}.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
 
-if(MODBUS_BUILD_TOOLS)
+if(modbus_top_level AND MODBUS_BUILD_TOOLS)
   file(GLOB modbus_man_pages CONFIGURE_DEPENDS docs/man/*.1)
   install(FILES ${modbus_man_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
 endif()
