@@ -2,7 +2,7 @@
 #include "script.h"
 #include "targets.h"
 
-#include "reply_framing.h"
+#include "../host/link/reply_framing.h"
 
 #include <QtCore/QList>
 

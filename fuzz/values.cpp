@@ -2,7 +2,7 @@
 #include "script.h"
 #include "targets.h"
 
-#include "value_text.h"
+#include "../host/explain/value_text.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "frame_text.h"
+#include "../host/explain/frame_text.h"
 
-#include "frame_dissection.h"
+#include "../host/explain/frame_dissection.h"
 #include "host_words.h"
 
 #include <tuple>
@@ -50,7 +50,7 @@ TEST(Frame, NamesItsOneFault)
         {"odd byte count", reply, "0000 0000 0006 01 03 03 123456", "registers take two bytes each"},
         {"empty reply", reply, "0000 0000 0003 01 01 00", "carries nothing"},
         {"cut in the quantity", request, "0000 0000 0005 01 03 0000 00", "ends in \"quantity\", bytes missing: 1"},
-        {"surplus bytes", reply, "0000 0000 0004 01 83 02 00", "no use for: 1"},
+        {"unused bytes", reply, "0000 0000 0004 01 83 02 00", "does not use: 1"},
         {"exception as request", request, "0000 0000 0003 01 83 02", "that of an exception reply"},
         {"remote checksum", remote, "16 00 00 02 01 0000 00000010 0002 00000000 00000000 2C",
          "checksum is 44, but the bytes before it sum up to 43"},

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The commands as scripts see them: exit code, and one clear line for what is wrong.
 
-#include "commands.h"
-#include "exit_codes.h"
+#include "../host/cli/commands.h"
+#include "../host/cli/exit_codes.h"
 #include "host_words.h"
-#include "standard_output.h"
+#include "../host/cli/standard_output.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -115,7 +115,7 @@ TEST(Commands, ShowWhatWasAskedFor)
         {decodeCommand, "0000 0000 0006 01 03 0000 00FF", ExitFailed, "request, 12 bytes: &  fault: quantity 255"},
         {decodeCommand, "0000 0000 0005 01 03 02 1234", ExitDone, "reply, 11 bytes: "},
         {decodeCommand, "0000 0000 0006 01 10 000A 0002", ExitDone, "reply, 12 bytes: "},
-        {decodeCommand, "0000 0000 0006 01 06 000A 0002", ExitDone, "request, or a reply that reads alike, 12 bytes: "},
+        {decodeCommand, "0000 0000 0006 01 06 000A 0002", ExitDone, "request, or a reply with the same bytes, 12 bytes: "},
         {decodeCommand, "0000 0000 0006 01 01 0305 0008", ExitDone, "request, 12 bytes: &or a reply, 12 bytes: "},
         {decodeCommand, "16 00 00 02 01 0000 00000010 0002 00000000 00000000 FF", ExitFailed, "remote frame, 22 bytes: "},
         {decodeCommand, "01 03 00 64 00 0A 84 12", ExitFailed, "(RTU)&unit 1: read holding registers 100-109"},

@@ -2,7 +2,7 @@
 // Which bytes are a reply, and which replies may answer a request. Cuts of the stream are the fuzzer's.
 
 #include "host_words.h"
-#include "reply_framing.h"
+#include "../host/link/reply_framing.h"
 
 #include <tuple>
 

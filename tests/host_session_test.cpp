@@ -2,10 +2,11 @@
 // The whole host, driver loaded by its path, against the simulated station over TCP.
 
 #include "host_words.h"
-#include "panel_session.h"
-#include "plan.h"
-#include "value_text.h"
-#include "write_outcome.h"
+#include "../host/cli/panel_session.h"
+#include "../host/explain/exchange_text.h"
+#include "../host/explain/plan.h"
+#include "../host/explain/value_text.h"
+#include "../host/explain/write_outcome.h"
 
 #include <functional>
 
@@ -195,7 +196,7 @@ struct SpoiltReply
 {
     const char *fault, *trouble;
     bool waits = false, drains = false;
-    ExitCode ofWrite = ExitOutcomeUnknown;
+    WriteOutcome::End ofWrite = WriteOutcome::Unknown;
 };
 
 const SpoiltReply spoiltReplies[] = {
@@ -205,7 +206,7 @@ const SpoiltReply spoiltReplies[] = {
     {"delay=800", "timed out, late", true, true},
     {"glue", "timed out, reconnected", true},
     {"glue", "timed out, reconnected", true, true},
-    {"double", "late, reconnected", false, false, ExitDone},
+    {"double", "late, reconnected", false, false, WriteOutcome::Done},
     {"close", "closed, reconnected"},
     {"reset", "closed, reconnected"},
     {"unit=9", "other unit, reconnected"},
@@ -214,7 +215,7 @@ const SpoiltReply spoiltReplies[] = {
     {"protocol=1", "other protocol id, reconnected"},
     {"length=300", "bad length field, reconnected"},
     {"length=-2", "wrong byte count, reconnected"},
-    {"exception=2", "illegal data address", false, false, ExitFailed},
+    {"exception=2", "illegal data address", false, false, WriteOutcome::Failed},
 };
 
 // Each place holds a value of its own, and all replies to reads are of one length: the driver would take any for any.
@@ -244,10 +245,10 @@ TEST_F(SessionTest, NothingForeignGetsThroughWhicheverReplyIsSpoilt)
             EXPECT_EQ(valuesOf(now), "60 | 1060 | 400 | 1400");
             for (const ValueState &value : now.values)
                 EXPECT_FALSE(value.hasChanged()) << "another value was shown in the second pass";
-            const ExitCode spoilt = step.writes || row.ofWrite == ExitDone ? row.ofWrite : ExitFailed;
+            const WriteOutcome::End spoilt = step.writes || row.ofWrite == WriteOutcome::Done ? row.ofWrite : WriteOutcome::Failed;
             for (int i = 0; i < items.size(); ++i) {
                 const WriteOutcome outcome = writeOutcome(items.at(i), now.items[i]);
-                EXPECT_EQ(outcome.code, i == step.item ? spoilt : ExitDone) << i << qPrintable(outcome.text);
+                EXPECT_EQ(outcome.end, i == step.item ? spoilt : WriteOutcome::Done) << i << qPrintable(outcome.text);
             }
         }
     }

@@ -2,12 +2,12 @@
 // What the host decides and counts without a socket: the link, units, passes, ages, figures.
 
 #include "host_words.h"
-#include "link_state.h"
-#include "poll_pass.h"
-#include "statistics.h"
-#include "unit_switch.h"
-#include "value_state.h"
-#include "write_outcome.h"
+#include "../host/link/link_state.h"
+#include "../host/link/poll_pass.h"
+#include "../host/explain/statistics.h"
+#include "../host/link/unit_switch.h"
+#include "../host/explain/value_state.h"
+#include "../host/explain/write_outcome.h"
 
 #include <tuple>
 
@@ -126,13 +126,13 @@ TEST(RoundTrips, PercentilesOfTheLastThousand)
 
 TEST(WriteOutcome, ClaimsOnlyWhatWasAcknowledged)
 {
-    using Row = std::tuple<int, int, bool, const char *, ExitCode, const char *>;
+    using Row = std::tuple<int, int, bool, const char *, WriteOutcome::End, const char *>;
     const Row rows[] = {
-        {1, 0, false, "no reply", ExitFailed, "not done: no reply"}, // to the read half of a bit write
-        {1, 0, true, "exception 2: x", ExitOutcomeUnknown,           // to the retry after a time-out
+        {1, 0, false, "no reply", WriteOutcome::Failed, "not done: no reply"}, // to the read half of a bit write
+        {1, 0, true, "exception 2: x", WriteOutcome::Unknown,           // to the retry after a time-out
          "outcome unknown: exception 2: x; it may or may not have been carried out"},
-        {3, 1, false, "exception 2: x", ExitFailed, "1 of 3 requests acknowledged, then refused with exception 2: x"},
-        {1, 0, false, "", ExitFailed, "not done: stopped before it was sent"},
+        {3, 1, false, "exception 2: x", WriteOutcome::Failed, "1 of 3 requests acknowledged, then refused with exception 2: x"},
+        {1, 0, false, "", WriteOutcome::Failed, "not done: stopped before it was sent"},
     };
     for (const auto &[requests, served, mayBeDone, failure, code, text] : rows) {
         WriteItem item;
@@ -141,7 +141,7 @@ TEST(WriteOutcome, ClaimsOnlyWhatWasAcknowledged)
         const bool isEnded = *failure;
         const ItemResult result = {served, isEnded, isEnded, mayBeDone, QString::fromLatin1(failure)};
         const WriteOutcome outcome = writeOutcome(item, result);
-        EXPECT_EQ(outcome.code, code) << text;
+        EXPECT_EQ(outcome.end, code) << text;
         EXPECT_EQ(outcome.text.toStdString(), text);
     }
 }

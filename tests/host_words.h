@@ -4,7 +4,7 @@
 
 #pragma once
 
-#include "variable.h"
+#include "../host/explain/variable.h"
 
 #include <gtest/gtest.h>
 

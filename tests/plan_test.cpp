@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The plan against the driver that is really loaded; DRIVER_PATH names it.
 #include "host_words.h"
-#include "plan.h"
+#include "../host/explain/plan.h"
 
 namespace {
 
@@ -36,7 +36,7 @@ TEST(Plan, ListsEachRequestOnceWithItsGaps)
         {"a block keeps neighbours apart", "hr:8 hr:0*2", 8, "01 03 00 00 00 02, 13 | 01 03 00 08 00 01, 11"},
         {"long variables are cut", "ir:5*12", 8, "01 04 00 05 00 08, 25 | 01 04 00 0d 00 04, 17"},
         {"bits fill whole bytes", "coil:3*4 coil:10", 10, "01 01 00 00 00 10, 11, gaps 0-2 7-9 11-15"},
-        {"bits of registers ride in registers", "hrbit:10.15*2 hr:12", 10, "01 03 00 0a 00 03, 15"},
+        {"bits of registers are read as registers", "hrbit:10.15*2 hr:12", 10, "01 03 00 0a 00 03, 15"},
         {"sixteen bits are one register", "hrbit:10.0*16 hr:12", 10, "01 03 00 0a 00 03, 15, gaps 11-11"},
         {"each unit has its own", "1/hr:0 2/hr:0 1/hr:3", 10, "01 03 00 00 00 04, 17, gaps 1-2 | 02 03 00 00 00 01, 11"},
         {"all tables", "input:0 irbit:0.0 hr:0 coil:0", 10,
@@ -78,7 +78,7 @@ TEST(Plan, WarnsAndSaysWhichBlockCuresIt)
     }
 }
 
-TEST(Plan, NamesWhatRidesInEachRequest)
+TEST(Plan, NamesTheVariablesInEachRequest)
 {
     auto of = variables("2/hr:0*12 2/hrbit:3.1 2/hr:10 2/hr:14");
     of[0].name = QStringLiteral("tank %1");
@@ -93,7 +93,7 @@ unit 2: read holding registers 10-14
   carries   tank %1: registers 10-11, a part of it
   carries   2/hr:10: register 10
   carries   2/hr:14: register 14
-  gap       registers 12-13, which nobody asked for)");
+  gap       registers 12-13, not asked for)");
 }
 
 } // namespace

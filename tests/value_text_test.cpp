@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "value_text.h"
+#include "../host/explain/value_text.h"
 
 #include "host_words.h"
 

@@ -29,6 +29,11 @@ enum FunctionCode {
     MaskWriteRegister = 22,          ///< the driver never sends it
     ReadWriteMultipleRegisters = 23, ///< the driver never sends it
 };
+inline bool isReadFunction(int function)
+{
+    return function >= ReadCoils && function <= ReadInputRegisters;
+}
+
 enum { ExceptionFlag = 0x80 }; ///< added to the function code of an exception reply
 
 /// The first byte of each field.
@@ -58,6 +63,17 @@ enum Length {
     ShortestLengthField = 2,  ///< unit identifier and function code
     LongestLengthField = 254, ///< unit identifier and the longest PDU
 };
+
+/// The protocol's limits of one request. The driver does not check them; its host warns and its station refuses.
+enum Limit {
+    MostBitsRead = 2000,
+    MostRegistersRead = 125,
+    MostBitsWritten = 1968,
+    MostRegistersWritten = 123,
+};
+
+/// Addresses of each table: 0 to 65535.
+enum { AddressesOfTable = 65536 };
 
 /// What a single coil's value field holds for "on".
 enum { CoilOn = 0xFF00 };

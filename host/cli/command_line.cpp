@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#include "command_line.h"
+
+#include <QtCore/QRegularExpression>
+
+#include <cstdio>
+
+CommandLine::CommandLine(const QString &command, const QString &synopsis, const QString &description)
+    : m_command(command), m_synopsis(synopsis)
+{
+    m_parser.setApplicationDescription(description);
+    addOption("help", QStringLiteral("Print this and end."));
+}
+
+void CommandLine::addOption(const char *name, const QString &description, const char *valueName,
+                            const char *defaultValue)
+{
+    QCommandLineOption option(QString::fromLatin1(name), description);
+    if (valueName)
+        option.setValueName(QString::fromLatin1(valueName));
+    if (defaultValue) {
+        option.setDefaultValue(QString::fromLatin1(defaultValue));
+        option.setDescription(
+            QStringLiteral("%1 Default: %2.").arg(description, option.defaultValues().first()));
+    }
+    m_parser.addOption(option);
+}
+
+void CommandLine::makeValueOptional(const char *name)
+{
+    m_optional << QStringLiteral("--") + QLatin1String(name);
+}
+
+std::optional<ExitCode> CommandLine::parse(const QStringList &arguments)
+{
+    QStringList words(m_command);
+    for (const QString &word : arguments)
+        words << (m_optional.contains(word) ? word + QLatin1Char('=') : word);
+    if (!m_parser.parse(words))
+        return fail(ExitUsage, m_parser.errorText());
+    if (!isSet("help"))
+        return std::nullopt;
+    // The parser's help names only the program in its first line, and shows no optional values.
+    QString text = m_parser.helpText();
+    for (const QString &name : m_optional)
+        text.replace(QRegularExpression(name + QStringLiteral(" <(\\w+)>")), name + QStringLiteral("[=\\1]"));
+    std::printf("Usage: modbus-panel %s %s\n%s", qPrintable(m_command), qPrintable(m_synopsis),
+                qPrintable(text.mid(text.indexOf(QLatin1Char('\n')) + 1)));
+    return ExitDone;
+}
+
+int CommandLine::number(const char *name, int lowest, int highest)
+{
+    bool ok = false;
+    const int number = value(name).toInt(&ok);
+    if (!ok || number < lowest || number > highest)
+        complain(QStringLiteral("--%1 takes a number from %2 to %3, not \"%4\"")
+                     .arg(QLatin1String(name))
+                     .arg(lowest)
+                     .arg(highest)
+                     .arg(value(name)));
+    return number;
+}
+
+void CommandLine::complain(const QString &complaint)
+{
+    if (m_complaint.isEmpty())
+        m_complaint = complaint;
+}
+
+ExitCode CommandLine::fail(ExitCode code, const QString &line) const
+{
+    std::fprintf(stderr, "modbus-panel %s: %s\n", qPrintable(m_command), qPrintable(line));
+    return code;
+}

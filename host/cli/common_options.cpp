@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: MIT
+#include "common_options.h"
+
+#include "../../driver/api/codes.h"
+
+using namespace modbus_driver;
+
+namespace {
+
+const int longestMs = 3600000;
+
+/// HOST:PORT, [IPV6]:PORT or HOST; the port is 502 when it is left out.
+void readPeer(CommandLine *line, ConnectionOptions *connection)
+{
+    const QString text = line->value("connect");
+    const int bracket = text.indexOf(QLatin1Char(']'));
+    const int colon = text.indexOf(QLatin1Char(':'), qMax(bracket, 0));
+    bool isPort = true;
+    connection->port = colon < 0 ? 502 : text.mid(colon + 1).toUShort(&isPort);
+    connection->host = text.left(colon);
+    if (connection->host.startsWith(QLatin1Char('[')) && bracket == connection->host.size() - 1)
+        connection->host = connection->host.mid(1, bracket - 1);
+    if (!isPort || connection->port == 0 || connection->host.isEmpty())
+        line->complain(QStringLiteral("--connect takes HOST:PORT, not \"%1\"").arg(text));
+}
+
+void readAfterTimeout(CommandLine *line, ConnectionOptions *connection)
+{
+    const QString policy = line->value("after-timeout");
+    connection->drain = policy == QLatin1String("drain");
+    if (!connection->drain && policy != QLatin1String("reconnect"))
+        line->complain(QStringLiteral("--after-timeout takes reconnect or drain, not \"%1\"").arg(policy));
+}
+
+void readFaults(CommandLine *line, PanelOptions *options)
+{
+    if (line->isSet("fault") && line->isSet("connect"))
+        line->complain(QStringLiteral("--fault is for the built-in station, not for one behind --connect"));
+    QString error;
+    const std::optional<QList<Fault>> faults = parseFaults(line->values("fault"), &error);
+    if (faults)
+        options->faults = *faults;
+    else
+        line->complain(error);
+}
+
+/// Why the variable cannot be read; empty when it can.
+QString whyUnreadable(const Variable &variable, bool remote)
+{
+    if (variable.unit == StationBroadcast)
+        return QStringLiteral("unit 0 is broadcast and sends no reply: it cannot be read");
+    if (remote && !isBitArea(variable.area))
+        return QStringLiteral("with --remote only coil and input are read: the driver sends no other reads");
+    return QString();
+}
+
+} // namespace
+
+void addLinkOptions(CommandLine *line, const char *retries)
+{
+    line->addOption(
+        "connect",
+        QStringLiteral(
+            "The station; port 502 when left out. Without this option a simulated one runs inside."),
+        "HOST:PORT");
+    line->addOption("timeout", QStringLiteral("Milliseconds to wait for a connection or a reply."), "MS",
+                    "1000");
+    line->addOption("retries", QStringLiteral("How often a request without a good reply is sent again."), "N",
+                    retries);
+    line->addOption("after-timeout",
+                    QStringLiteral("What happens before the next request: reconnect, or drain (for serial "
+                                   "gateways): read and throw away until nothing comes for --timeout, and "
+                                   "reconnect only if the late reply was not among it."),
+                    "POLICY", "reconnect");
+    line->addOption("gap", QStringLiteral("Milliseconds between a reply and the next request."), "MS", "0");
+    line->addOption("block",
+                    QStringLiteral("Most registers, or bytes of bits, in a request (the protocol: reads "
+                                   "125 registers or 2000 bits, writes 123 registers)."),
+                    "N", "100");
+    line->addOption("trace",
+                    QStringLiteral("Print each frame on stderr, or with --trace=FILE into a file, as "
+                                   "Wireshark's text import reads it."),
+                    "FILE");
+    line->makeValueOptional("trace");
+    line->addOption("remote", QStringLiteral("The driver's own compact frames instead of Modbus."));
+    addDriverOption(line);
+    line->addOption("fault",
+                    QStringLiteral("A fault of the simulated station, see modbus-station; repeatable."),
+                    "FAULT");
+}
+
+PanelOptions linkOptions(CommandLine *line)
+{
+    PanelOptions options;
+    options.driverPath = line->isSet("driver") ? line->value("driver") : defaultDriverPath();
+    if (line->isSet("connect"))
+        readPeer(line, &options.connection);
+    options.connection.timeoutMs = line->number("timeout", 1, longestMs);
+    options.connection.gapMs = line->number("gap", 0, longestMs);
+    options.connection.remote = line->isSet("remote");
+    readAfterTimeout(line, &options.connection);
+    options.retries = line->number("retries", 0, 100);
+    options.block = line->number("block", 1, 1000);
+    options.trace = line->isSet("trace");
+    options.traceFile = line->value("trace");
+    readFaults(line, &options);
+    return options;
+}
+
+void addDriverOption(CommandLine *line)
+{
+    line->addOption(
+        "driver",
+        QStringLiteral("The driver's library. Default: $MODBUS_DRIVER, else beside the program or "
+                       "in ../lib, else where the dynamic linker finds it."),
+        "PATH");
+}
+
+void addFileOption(CommandLine *line)
+{
+    line->addOption("file", QStringLiteral("Variables from a list, one a line with an optional name."),
+                    "LIST");
+}
+
+void addReadOptions(CommandLine *line)
+{
+    addFileOption(line);
+    line->addOption("format", QStringLiteral("Values as dec, hex, signed or float (32-bit areas)."), "FORMAT",
+                    "dec");
+}
+
+ValueFormat formatOption(CommandLine *line)
+{
+    const QString format = line->value("format");
+    if (format == QLatin1String("hex"))
+        return ValueFormat::Hexadecimal;
+    if (format == QLatin1String("signed"))
+        return ValueFormat::Signed;
+    if (format == QLatin1String("float"))
+        return ValueFormat::Float;
+    if (format != QLatin1String("dec"))
+        line->complain(QStringLiteral("--format takes dec, hex, signed or float, not \"%1\"").arg(format));
+    return ValueFormat::Decimal;
+}
+
+QList<Variable> variablesToRead(CommandLine *line, bool remote)
+{
+    QList<Variable> variables;
+    QString error;
+    for (const QString &word : line->words()) {
+        if (const std::optional<Variable> variable = parseVariable(word, &error))
+            variables << *variable;
+        else
+            line->complain(error);
+    }
+    if (line->isSet("file")) {
+        if (const auto listed = readVariableFile(line->value("file"), &error))
+            variables << *listed;
+        else
+            line->complain(error);
+    }
+    for (const Variable &variable : variables) {
+        const QString why = whyUnreadable(variable, remote);
+        if (!why.isEmpty())
+            line->complain(QStringLiteral("%1: %2").arg(variable.name, why));
+    }
+    if (variables.isEmpty())
+        line->complain(QStringLiteral("no variable is named; --help shows how they are written"));
+    return variables;
+}

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// The options that every command with a link has, and the checks that its variables must pass. On the main
+/// thread.
+
+#pragma once
+
+#include "command_line.h"
+#include "panel_session.h"
+
+#include "../explain/value_text.h"
+
+/// `retries` is the default of --retries.
+void addLinkOptions(CommandLine *line, const char *retries);
+/// Reads them; errors go to line->complain().
+PanelOptions linkOptions(CommandLine *line);
+
+void addDriverOption(CommandLine *line);
+void addFileOption(CommandLine *line);
+/// --file and --format.
+void addReadOptions(CommandLine *line);
+ValueFormat formatOption(CommandLine *line);
+
+/// The variables of the words and of --file. Errors go to line->complain().
+QList<Variable> variablesToRead(CommandLine *line, bool remote);

@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: MIT
+#include "commands.h"
+
+#include "command_line.h"
+
+#include "../explain/byte_orders.h"
+#include "../explain/frame_text.h"
+
+#include "../../driver/base/block_checks.h"
+
+#include <QtCore/QRegularExpression>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+const char description[] = R"(Explains a frame field by field, and finds its faults: length field,
+counts, byte counts, limits, checksum. The kind of frame is found from its
+bytes, unless an option names it; a frame of a serial line (RTU) is recognised,
+and explained as it would be over TCP. Hexadecimal digits may be
+separated by blanks, colons, commas or 0x. Four bytes alone are two
+registers, and are shown as a number in every word and byte order.
+
+Ends with 0 for a correct frame, 1 for a faulty one, 2 when the text is not
+hexadecimal.
+
+Examples:
+  modbus-panel decode 00 00 00 00 00 06 01 03 00 64 00 0A
+  modbus-panel decode --reply 000000000003018302
+  modbus-panel decode --bytes "12 34 56 78")";
+
+const int twoRegisters = 4;   // bytes
+const int shortestSerial = 5; // an exception reply
+
+/// The bytes of all words; nothing, with one line in *error, when one is not hexadecimal.
+std::optional<QByteArray> bytesOf(const QStringList &words, QString *error)
+{
+    const QRegularExpression separators(QStringLiteral("[\\s:,;-]+"));
+    const QRegularExpression digits(QStringLiteral("^[0-9a-fA-F]+$"));
+    QByteArray bytes;
+    for (QString word : words.join(QLatin1Char(' ')).split(separators, Qt::SkipEmptyParts)) {
+        if (word.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
+            word.remove(0, 2);
+        if (word.size() == 1)
+            word.prepend(QLatin1Char('0'));
+        if (!digits.match(word).hasMatch())
+            *error = QStringLiteral("\"%1\" is not hexadecimal").arg(word);
+        else if (word.size() % 2 != 0)
+            *error = QStringLiteral("\"%1\" has an odd number of digits; a byte has two").arg(word);
+        if (!error->isEmpty())
+            return std::nullopt;
+        bytes += QByteArray::fromHex(word.toLatin1());
+    }
+    if (bytes.isEmpty())
+        *error = QStringLiteral("no bytes are given; --help shows how they are written");
+    return error->isEmpty() ? std::optional<QByteArray>(bytes) : std::nullopt;
+}
+
+void print(const QString &line)
+{
+    std::printf("%s\n", qPrintable(line));
+}
+
+QString kindName(FrameKind kind)
+{
+    return kind == FrameKind::Request ? QStringLiteral("request")
+           : kind == FrameKind::Reply ? QStringLiteral("reply")
+                                      : QStringLiteral("remote frame");
+}
+
+/// The kinds that the options ask for, else those that the frame may be.
+QList<FrameKind> kindsToShow(const CommandLine &line, const QByteArray &frame)
+{
+    QList<FrameKind> kinds;
+    if (line.isSet("request"))
+        kinds << FrameKind::Request;
+    if (line.isSet("reply"))
+        kinds << FrameKind::Reply;
+    if (line.isSet("remote"))
+        kinds << FrameKind::Remote;
+    return kinds.isEmpty() ? likelyKinds(frame) : kinds;
+}
+
+void printKind(const QByteArray &frame, FrameKind kind, const QString &title)
+{
+    print(QStringLiteral("%1, %2 bytes: %3").arg(title).arg(frame.size()).arg(frameMeaning(frame, kind)));
+    for (const QString &field : frameFields(frame, kind))
+        print(QStringLiteral("  ") + field);
+    for (const QString &fault : frameFaults(frame, kind))
+        print(QStringLiteral("  fault: ") + fault);
+}
+
+/// Checks the CRC-16 at the end of a serial frame: over a frame with its own checksum it is 0.
+bool isSerialChecksumRight(const QByteArray &bytes)
+{
+    const auto *const first = reinterpret_cast<const unsigned char *>(bytes.constData());
+    return modbus_driver::crc16(first, static_cast<unsigned>(bytes.size())) == 0;
+}
+
+/// The frame as it is sent over TCP, when these bytes are one from a serial line; else nothing.
+QByteArray fromSerial(const QByteArray &bytes)
+{
+    if (bytes.size() < shortestSerial || !isSerialChecksumRight(bytes))
+        return QByteArray();
+    const QByteArray body = bytes.left(bytes.size() - 2);
+    return QByteArray(5, '\0') + static_cast<char>(body.size()) + body;
+}
+
+bool isCorrect(const QByteArray &frame, const QList<FrameKind> &kinds)
+{
+    return std::any_of(kinds.begin(), kinds.end(),
+                       [&frame](FrameKind kind) { return frameFaults(frame, kind).isEmpty(); });
+}
+
+void explain(const QByteArray &frame, const QList<FrameKind> &kinds)
+{
+    const bool looksTheSame =
+        kinds.size() == 2 && frameFields(frame, kinds[0]) == frameFields(frame, kinds[1]);
+    if (looksTheSame)
+        printKind(frame, kinds[0], QStringLiteral("request, or a reply with the same bytes"));
+    for (int i = 0; !looksTheSame && i < kinds.size(); ++i)
+        printKind(frame, kinds[i],
+                  i == 0 ? kindName(kinds[i]) : QStringLiteral("or a ") + kindName(kinds[i]));
+}
+
+} // namespace
+
+int decodeCommand(const QStringList &arguments)
+{
+    CommandLine line(QStringLiteral("decode"), QStringLiteral("[OPTION]... HEX..."),
+                     QString::fromLatin1(description));
+    line.addOption("request", QStringLiteral("It is a request."));
+    line.addOption("reply", QStringLiteral("It is a reply."));
+    line.addOption("remote", QStringLiteral("It is a request in the driver's own compact form."));
+    line.addOption("bytes", QStringLiteral("It is two registers: four bytes."));
+    if (const std::optional<ExitCode> end = line.parse(arguments))
+        return *end;
+    QString error;
+    const std::optional<QByteArray> bytes = bytesOf(line.words(), &error);
+    if (!bytes)
+        return line.fail(ExitUsage, error);
+    const bool isForcedFrame = line.isSet("request") || line.isSet("reply") || line.isSet("remote");
+    if (line.isSet("bytes") && (isForcedFrame || bytes->size() != twoRegisters))
+        return line.fail(ExitUsage, QStringLiteral("--bytes takes four bytes, and no option beside it"));
+    if (bytes->size() == twoRegisters && !isForcedFrame) {
+        for (const QString &row : byteOrderTable(*bytes))
+            print(row);
+        return ExitDone;
+    }
+    const QList<FrameKind> kinds = kindsToShow(line, *bytes);
+    const QByteArray tcpFrame = fromSerial(*bytes);
+    if (isCorrect(*bytes, kinds) || tcpFrame.isEmpty()) {
+        explain(*bytes, kinds);
+        return isCorrect(*bytes, kinds) ? ExitDone : ExitFailed;
+    }
+    print(QStringLiteral(
+        "not a Modbus TCP frame, but one of a serial line (RTU): its checksum is right. Over TCP it is"));
+    explain(tcpFrame, kindsToShow(line, tcpFrame));
+    return ExitFailed;
+}

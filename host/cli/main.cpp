@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+// modbus-panel: a panel on the command line. The first word names the command.
+#include "commands.h"
+#include "exit_codes.h"
+#include "standard_output.h"
+
+#include <QtCore/QCoreApplication>
+
+#include <cstdio>
+
+namespace {
+
+struct Command
+{
+    const char *name;
+    int (*run)(const QStringList &arguments);
+    const char *summary;
+};
+
+const Command commands[] = {
+    {"poll", pollCommand, "poll variables and show values, ages and counts of each unit"},
+    {"read", readCommand, "read variables once"},
+    {"write", writeCommand, "write variables once and tell the outcome of each"},
+    {"plan", planCommand, "print the requests that variables become; touches no device"},
+    {"decode", decodeCommand, "explain a frame field by field"},
+    {"status", statusCommand, "explain a status code of the driver"},
+};
+
+void printHelp(std::FILE *to)
+{
+    std::fputs("Usage: modbus-panel COMMAND [OPTION]... [WORD]...\n"
+               "A host for the Modbus TCP driver, for commissioning and as an example.\n\nCommands:\n",
+               to);
+    for (const Command &command : commands)
+        std::fprintf(to, "  %-8s%s\n", command.name, command.summary);
+    std::fputs(
+        "\nmodbus-panel COMMAND --help explains each. Without --connect a simulated station runs inside.\n"
+        "Exit codes: 0 done, 1 a station refused or did not answer, 2 wrong usage, 3 no connection or no\n"
+        "driver, 4 the outcome of a write is unknown.\n"
+        "\nExample:\n  modbus-panel poll hr:0*4 coil:0*8\n",
+        to);
+}
+
+int run(const QStringList &words)
+{
+    const QString name = words.value(0);
+    if (name == QLatin1String("--help") || name == QLatin1String("-h")) {
+        printHelp(stdout);
+        return ExitDone;
+    }
+    if (name == QLatin1String("--version") || name == QLatin1String("-v")) {
+        std::puts("modbus-panel " MODBUS_VERSION);
+        return ExitDone;
+    }
+    for (const Command &command : commands) {
+        if (name == QLatin1String(command.name))
+            return command.run(words.mid(1));
+    }
+    if (name.isEmpty())
+        std::fputs("modbus-panel: no command is named; modbus-panel --help lists them\n", stderr);
+    else
+        std::fprintf(stderr, "modbus-panel: no command is called \"%s\"; modbus-panel --help lists them\n",
+                     qPrintable(name));
+    return ExitUsage;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    guardStandardStreams();
+    QCoreApplication application(argc, argv);
+    return endOutput(run(QCoreApplication::arguments().mid(1)));
+}

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+#include "panel_session.h"
+
+#include "../../driver/api/codes.h"
+
+using namespace modbus_driver;
+
+namespace {
+
+// The driver keeps a pointer to it, so it lives as long as the driver.
+CommSettings settings;
+
+/// Nothing to do: this host redraws by its own clock. The list is the driver's.
+void itemNotify(QList<RW_VAR> *, int, int) {}
+
+} // namespace
+
+PanelSession::PanelSession(const PanelOptions &options, const QList<Variable> &variables)
+    : m_options(options), m_variables(variables), m_state(variables), m_observer(m_driver, variables, m_state)
+{
+}
+
+/// A write that was not sent must not go out in a later session, to another station.
+PanelSession::~PanelSession()
+{
+    if (!m_loop)
+        return;
+    m_loop->stop();
+    settings.retryLimit = 0;
+    m_driver.enableStation(-1, 1);
+    ::pollVariables(m_driver, {});
+    QByteArray noReply;
+    for (int idleCalls = 0; idleCalls < 2;
+         ++idleCalls) { // a first "nothing to send" may end a burst of writes
+        while (m_driver.nextRequest())
+            m_driver.handReply(&noReply, 0);
+    }
+}
+
+ExitCode PanelSession::prepare(QString *error)
+{
+    const std::optional<DriverLibrary> driver = loadDriver(m_options.driverPath, error);
+    if (!driver)
+        return ExitNoLink;
+    m_driver = *driver;
+    if (m_options.trace && !m_trace.open(m_options.traceFile, m_options.connection.remote, error))
+        return ExitUsage;
+    if (m_options.connection.host.isEmpty() && !startStation(error))
+        return ExitNoLink;
+    configureDriver();
+    m_loop = std::make_unique<CommunicationLoop>(m_driver, m_options.connection, m_options.loop, m_trace,
+                                                 m_observer);
+    return ExitDone;
+}
+
+/// A station with every unit that the variables name, on a free port of this machine.
+bool PanelSession::startStation(QString *error)
+{
+    StationOptions station;
+    station.units.clear();
+    for (int unit : unitsOf(m_variables)) {
+        if (unit != StationBroadcast)
+            station.units << unit;
+    }
+    if (station.units.isEmpty())
+        station.units << 1;
+    station.remote = m_options.connection.remote;
+    station.faults = m_options.faults;
+    m_station = std::make_unique<StationThread>(station);
+    if (!m_station->start(error))
+        return false;
+    m_options.connection.host = station.address;
+    m_options.connection.port = m_station->port();
+    return true;
+}
+
+void PanelSession::configureDriver()
+{
+    settings = pollSettings(m_variables, m_options.block);
+    settings.retryLimit = m_options.retries;
+    settings.remoteMode = m_options.connection.remote ? 1 : 0;
+    settings.writeMode = WriteModeToStation;
+    m_driver.setComInfo(&settings);
+    m_driver.registerCallBacks(&CommunicationLoop::writeDone, &itemNotify);
+    m_driver.flashLocalRegister(0, 0, 0); // this host has no local areas
+    m_driver.enableStation(-1, 1);
+}
+
+bool PanelSession::readVariablesOnce()
+{
+    return queueReads(m_driver, settings, m_variables);
+}
+
+QString PanelSession::peer() const
+{
+    return QStringLiteral("%1:%2").arg(m_options.connection.host).arg(m_options.connection.port);
+}

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#include "commands.h"
+
+#include "common_options.h"
+
+#include "../explain/plan.h"
+
+#include <cstdio>
+
+namespace {
+
+const char description[] = R"(Prints the requests that poll sends for these variables,
+[UNIT/]AREA:ADDRESS[*COUNT], without touching a device: what each request
+reads, its bytes, how long its reply is, which variables it carries, and which
+addresses in the gaps between them are read too, though no variable asks for
+them. A unit that lacks such an address refuses the whole request with
+exception 2. Requests beyond a limit of the protocol are marked, with the block
+to use.
+
+Example: two variables in one request, with a gap of six registers:
+  modbus-panel plan hr:0*2 hr:8)";
+
+void print(const QStringList &lines)
+{
+    for (const QString &line : lines)
+        std::printf("%s\n", qPrintable(line));
+}
+
+QString plural(int count, const char *noun)
+{
+    return QStringLiteral("%1 %2%3").arg(count).arg(QLatin1String(noun),
+                                                    QLatin1String(count == 1 ? "" : "s"));
+}
+
+void printTotals(const QList<PlannedRequest> &requests, const QList<Variable> &variables)
+{
+    int sent = 0;
+    int received = 0;
+    int gaps = 0;
+    for (const PlannedRequest &request : requests) {
+        sent += request.frame.size();
+        received += request.replyLength;
+        gaps += gapsOf(request, variables).size();
+    }
+    print({QStringLiteral("%1, %2 sent and %3 received in each pass, %4")
+               .arg(plural(requests.size(), "request"), plural(sent, "byte"), plural(received, "byte"),
+                    plural(gaps, "gap"))});
+}
+
+} // namespace
+
+int planCommand(const QStringList &arguments)
+{
+    CommandLine line(QStringLiteral("plan"), QStringLiteral("[OPTION]... VARIABLE..."),
+                     QString::fromLatin1(description));
+    line.addOption("block", QStringLiteral("Most registers, or bytes of bits, in a request."), "N", "100");
+    addFileOption(&line);
+    addDriverOption(&line);
+    if (const std::optional<ExitCode> end = line.parse(arguments))
+        return *end;
+    const int block = line.number("block", 1, 1000);
+    const QList<Variable> variables = variablesToRead(&line, false);
+    if (!line.isFine())
+        return line.fail();
+
+    QString error;
+    const auto driver = loadDriver(line.isSet("driver") ? line.value("driver") : defaultDriverPath(), &error);
+    if (!driver)
+        return line.fail(ExitNoLink, error);
+    const QList<PlannedRequest> requests = planRequests(*driver, variables, block);
+    if (requests.isEmpty())
+        return line.fail(ExitNoLink,
+                         QStringLiteral("the driver does not give the requests that it announced"));
+    for (const PlannedRequest &request : requests)
+        print(planLines(request, variables));
+    printTotals(requests, variables);
+    return ExitDone;
+}

@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: MIT
+#include "commands.h"
+#include "common_options.h"
+#include "interrupt.h"
+#include "poll_table.h"
+#include "terminal.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+const char description[] = R"(Polls variables, [UNIT/]AREA:ADDRESS[*COUNT], and shows each value with its age
+and state, and a line of counts for each unit: in place on a terminal,
+otherwise after every pass. Ctrl-C ends it.
+
+A pass is over when the first request comes round again, whether its requests
+were answered or not. While the link is down all requests fail at once, and it
+is opened again after 1 s, 2 s, 4 s... up to 60 s.
+
+Ends with 0 after Ctrl-C; after --passes with 0 when the last read of every
+variable was good, else with 1; with 3 when the first connection cannot be
+opened.
+
+Example: two units, each pass a second after the one before, ten passes:
+  modbus-panel poll --connect 192.0.2.7:502 --passes 10 1/hr:100*4 2/coil:0*8)";
+
+const int redrawMs = 250; // ages change between the passes
+
+struct PollOptions
+{
+    PanelOptions panel;
+    PollView view;
+    bool isJson = false;
+};
+
+void addPollOptions(CommandLine *line)
+{
+    addLinkOptions(line, "1");
+    addReadOptions(line);
+    line->addOption("every", QStringLiteral("Milliseconds from pass to pass; 0: at once."), "MS", "1000");
+    line->addOption("passes", QStringLiteral("End after so many passes; 0: go on."), "N", "0");
+    line->addOption("json", QStringLiteral("One JSON object a line for each pass."));
+    line->addOption(
+        "off-after",
+        QStringLiteral("Switch a unit off after so many unanswered requests in a row, each given up "
+                       "after its retries; 0: never."),
+        "N", "3");
+    line->addOption("retry-off", QStringLiteral("Seconds after which a unit that is off is tried again."),
+                    "SECONDS", "10");
+}
+
+PollOptions pollOptions(CommandLine *line)
+{
+    PollOptions options;
+    options.panel = linkOptions(line);
+    options.panel.loop.everyMs = line->number("every", 0, 3600000);
+    options.panel.loop.passes = line->number("passes", 0, 1000000000);
+    options.panel.loop.offAfter = line->number("off-after", 0, 1000000);
+    options.panel.loop.retryOffMs = 1000 * line->number("retry-off", 1, 86400);
+    options.view.format = formatOption(line);
+    options.view.freshForMs = 2 * options.panel.loop.everyMs + options.panel.connection.timeoutMs;
+    options.isJson = line->isSet("json");
+    return options;
+}
+
+void print(const PanelSnapshot &now, const PollOptions &options)
+{
+    if (options.isJson)
+        std::printf("%s\n", pollJson(now, options.view).constData());
+    else
+        std::printf("%s\n\n", qPrintable(pollTable(now, options.view).join(QLatin1Char('\n'))));
+    std::fflush(stdout);
+}
+
+/// Ended by the communication, by a signal or by a failed output.
+bool mustEnd(const PanelSnapshot &now)
+{
+    return now.isEnded || isInterrupted() || std::ferror(stdout);
+}
+
+/// The last snapshot.
+PanelSnapshot showInPlace(const PanelState &state, const PollOptions &options)
+{
+    FullScreen screen;
+    PanelSnapshot now = state.snapshot();
+    while (!mustEnd(now)) {
+        screen.draw(pollTable(now, options.view));
+        state.waitForNews(now.passes, 0, redrawMs);
+        now = state.snapshot();
+    }
+    return now;
+}
+
+PanelSnapshot showEachPass(const PanelState &state, const PollOptions &options)
+{
+    PanelSnapshot now = state.snapshot();
+    while (!mustEnd(now)) {
+        const int passes = now.passes;
+        state.waitForNews(passes, 0, redrawMs);
+        now = state.snapshot();
+        if (now.passes > passes)
+            print(now, options);
+    }
+    return now;
+}
+
+bool isGood(const PanelSnapshot &now)
+{
+    return std::all_of(now.values.begin(), now.values.end(), [](const ValueState &value) {
+        return value.readAtMs() >= 0 && value.failure().isEmpty();
+    });
+}
+
+} // namespace
+
+int pollCommand(const QStringList &arguments)
+{
+    CommandLine line(QStringLiteral("poll"), QStringLiteral("[OPTION]... VARIABLE..."),
+                     QString::fromLatin1(description));
+    addPollOptions(&line);
+    if (const auto code = line.parse(arguments))
+        return *code;
+    const PollOptions options = pollOptions(&line);
+    const QList<Variable> variables = variablesToRead(&line, options.panel.connection.remote);
+    if (!line.isFine())
+        return line.fail();
+
+    PanelSession session(options.panel, variables);
+    QString error;
+    if (const ExitCode code = session.prepare(&error); code != ExitDone)
+        return line.fail(code, error);
+    session.pollVariables();
+    catchInterrupts();
+    session.start();
+    const bool traceOnScreen = options.panel.trace && options.panel.traceFile.isEmpty();
+    const bool inPlace = isTerminal() && !options.isJson && !traceOnScreen;
+    const PanelSnapshot last =
+        inPlace ? showInPlace(session.state(), options) : showEachPass(session.state(), options);
+    session.stop();
+    if (last.passes == 0 && last.isEnded)
+        return line.fail(ExitNoLink,
+                         QStringLiteral("%1: %2").arg(session.peer(), linkCauseText(last.linkCause)));
+    if (inPlace)
+        print(last, options);
+    return isInterrupted() || std::ferror(stdout) || isGood(last) ? ExitDone : ExitFailed;
+}

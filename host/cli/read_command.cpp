@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#include "commands.h"
+#include "common_options.h"
+#include "interrupt.h"
+#include "poll_table.h"
+
+#include <cstdio>
+
+namespace {
+
+const char description[] = R"(Reads variables, [UNIT/]AREA:ADDRESS[*COUNT], once. Each has a request of its
+own, so a failure affects no other variable.
+
+Prints VARIABLE = VALUE for each that was read, and a line on stderr with the
+reason for each that was not. Ends with 0 when all were read, 1 when any was
+not, 3 without a connection.
+
+Example: four registers and a bit of register 10, from unit 2:
+  modbus-panel read --connect 192.0.2.7:502 2/hr:100*4 2/hrbit:10.5)";
+
+const int lookMs = 100; // for Ctrl-C
+
+/// Prints a value or an error. True when there was a value.
+bool report(const CommandLine &line, const ValueState &value, ValueFormat format)
+{
+    const Variable &variable = value.variable();
+    if (value.readAtMs() >= 0 && value.failure().isEmpty()) {
+        std::printf("%s = %s\n", qPrintable(variable.name),
+                    qPrintable(valueText(variable, value.value(), format)));
+        return true;
+    }
+    const QString why = value.failure().isEmpty() ? QStringLiteral("not read") : value.failure();
+    line.fail(ExitFailed, QStringLiteral("%1: %2").arg(variable.name, why));
+    return false;
+}
+
+} // namespace
+
+int readCommand(const QStringList &arguments)
+{
+    CommandLine line(QStringLiteral("read"), QStringLiteral("[OPTION]... VARIABLE..."),
+                     QString::fromLatin1(description));
+    addLinkOptions(&line, "1");
+    addReadOptions(&line);
+    if (const auto code = line.parse(arguments))
+        return *code;
+    const PanelOptions options = linkOptions(&line);
+    const ValueFormat format = formatOption(&line);
+    const QList<Variable> variables = variablesToRead(&line, options.connection.remote);
+    if (!line.isFine())
+        return line.fail();
+
+    PanelSession session(options, variables);
+    QString error;
+    if (const ExitCode code = session.prepare(&error); code != ExitDone)
+        return line.fail(code, error);
+    if (!session.readVariablesOnce())
+        return line.fail(ExitUsage,
+                         QStringLiteral("too many variables to read at once; poll takes any number"));
+    catchInterrupts();
+    session.start();
+    PanelSnapshot now = session.state().snapshot();
+    while (!now.isEnded && now.itemsEnded() < variables.size() && !isInterrupted()) {
+        session.state().waitForNews(0, now.itemsEnded(), lookMs);
+        now = session.state().snapshot();
+    }
+    session.stop();
+    if (now.isEnded)
+        return line.fail(ExitNoLink,
+                         QStringLiteral("%1: %2").arg(session.peer(), linkCauseText(now.linkCause)));
+    bool isGood = true;
+    for (const ValueState &value : now.values)
+        isGood = report(line, value, format) && isGood;
+    return isGood ? ExitDone : ExitFailed;
+}

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#include "commands.h"
+
+#include "command_line.h"
+
+#include "../explain/status_text.h"
+
+#include <cstdio>
+
+namespace {
+
+const char description[] = R"(Explains status codes of the driver, which stand in the record that DataCom
+returns: the class of the code, the hostId that is added to it, usual cause and
+cure. Without a code, all classes are listed.
+
+Example:
+  modbus-panel status 74)";
+
+void print(const QStringList &lines)
+{
+    for (const QString &line : lines)
+        std::printf("%s\n", qPrintable(line));
+}
+
+} // namespace
+
+int statusCommand(const QStringList &arguments)
+{
+    CommandLine line(QStringLiteral("status"), QStringLiteral("[CODE...]"), QString::fromLatin1(description));
+    if (const std::optional<ExitCode> end = line.parse(arguments))
+        return *end;
+    if (line.words().isEmpty())
+        print(statusTable());
+    for (const QString &word : line.words()) {
+        bool isNumber = false;
+        const QStringList explanation = statusExplanation(word.toInt(&isNumber));
+        if (!isNumber || explanation.isEmpty())
+            return line.fail(ExitUsage, QStringLiteral("\"%1\" is no status code of the driver; "
+                                                       "without a code, all are listed")
+                                            .arg(word));
+        print(explanation);
+    }
+    return ExitDone;
+}

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// Every frame with time, direction and bytes in the form that Wireshark's text import reads, its meaning
+/// ahead as a comment:
+///
+///     # unit 1: ...
+///     I 12:00:01.123456
+///     000000 00 00 00 00 00 06 01 03 00 00 00 03
+///
+/// I goes to the station, O comes from it. Used on the communication thread only.
+
+#pragma once
+
+#include "../link/link_trace.h"
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
+#include <cstdio>
+#include <memory>
+
+class Trace : public LinkTrace
+{
+public:
+    /// A trace that writes nothing.
+    Trace() = default;
+
+    /// To a file, or to stderr for an empty path. False, with one line in *error, when that cannot be opened.
+    bool open(const QString &path, bool remote, QString *error);
+
+    void request(const QByteArray &frame) const override;
+    void reply(const QByteArray &frame, const QString &remark) const override;
+    /// The import passes over it.
+    void comment(const QString &text) const override;
+
+private:
+    void frame(char direction, const QByteArray &bytes) const;
+
+    struct CloseFile
+    {
+        void operator()(std::FILE *file) const
+        {
+            if (file != stderr)
+                std::fclose(file);
+        }
+    };
+    std::unique_ptr<std::FILE, CloseFile> m_file;
+    bool m_remote = false;
+};

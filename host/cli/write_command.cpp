@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: MIT
+#include "commands.h"
+#include "common_options.h"
+#include "interrupt.h"
+
+#include "../explain/write_outcome.h"
+
+#include "../../driver/api/codes.h"
+
+#include <algorithm>
+#include <cstdio>
+
+using namespace modbus_driver;
+
+namespace {
+
+const char description[] = R"(Writes variables, [UNIT/]AREA:ADDRESS[*COUNT]=VALUE[,VALUE...], once, in the
+given order. Areas coil, hrbit, hr and hr32; unit 0 writes to all units (not
+hrbit). Values are decimal, negative, 0x hexadecimal, or for hr32 a decimal
+fraction. A bit of a register is written by reading the register and writing it
+back, so another master's change of its other bits in between is lost.
+
+Prints one line for each: acknowledged, refused, merged, dropped, or outcome
+unknown after a time-out. A write without a reply is not sent again unless
+--retries says so, since it may have been carried out. Ends with 0 when all was
+acknowledged, 1 when anything was refused, dropped or not done, 4 when an
+outcome is unknown, 3 without a connection.
+
+Example: a register, a bit of register 10 and a 32-bit float:
+  modbus-panel write --connect 192.0.2.7:502 2/hr:100=-5 2/hrbit:10.5=1 2/hr32:20=21.5)";
+
+const int lookMs = 100;     // for Ctrl-C
+const int longestText = 60; // of a word in the report
+
+bool isWritable(int area)
+{
+    return area == AreaCoils || area == AreaHoldingRegisterBit || area == AreaHoldingRegisters ||
+           area == AreaHoldingPairs;
+}
+
+/// Why the variable cannot be written; empty when it can.
+QString whyUnwritable(const Variable &variable, int block)
+{
+    if (!isWritable(variable.area))
+        return QStringLiteral("%1 is read-only").arg(areaName(variable.area));
+    if (variable.unit == StationBroadcast && variable.area == AreaHoldingRegisterBit)
+        return QStringLiteral("a bit of a register cannot be broadcast: the register has to be read first");
+    if (variable.area == AreaHoldingPairs && block < 2)
+        return QStringLiteral("a 32-bit value needs a --block of at least 2");
+    return QString();
+}
+
+std::optional<WriteItem> parseItem(const QString &word, int block, QString *error)
+{
+    const int equals = word.indexOf(QLatin1Char('='));
+    if (equals < 0) {
+        *error = QStringLiteral("\"%1\" names no value; it takes VARIABLE=VALUE").arg(word);
+        return std::nullopt;
+    }
+    const std::optional<Variable> variable = parseVariable(word.left(equals), error);
+    if (!variable)
+        return std::nullopt;
+    const QString why = whyUnwritable(*variable, block);
+    if (!why.isEmpty()) {
+        *error = QStringLiteral("%1: %2").arg(variable->name, why);
+        return std::nullopt;
+    }
+    const std::optional<QByteArray> value = parseValues(*variable, word.mid(equals + 1), error);
+    if (!value)
+        return std::nullopt;
+    WriteItem item;
+    item.variable = *variable;
+    item.value = *value;
+    item.text = word.size() > longestText ? word.left(longestText - 3) + QStringLiteral("...") : word;
+    return item;
+}
+
+QList<WriteItem> readItems(CommandLine *line, int block)
+{
+    QList<WriteItem> items;
+    for (const QString &word : line->words()) {
+        QString error;
+        if (const std::optional<WriteItem> item = parseItem(word, block, &error))
+            items << *item;
+        else
+            line->complain(error);
+    }
+    if (items.isEmpty())
+        line->complain(QStringLiteral("no variable is named; --help shows how they are written"));
+    return items;
+}
+
+QList<Variable> variablesOf(const QList<WriteItem> &items)
+{
+    QList<Variable> variables;
+    for (const WriteItem &item : items)
+        variables << item.variable;
+    return variables;
+}
+
+/// Waits until no item has anything queued.
+PanelSnapshot waitForAll(const PanelState &state, int expected)
+{
+    PanelSnapshot now = state.snapshot();
+    while (!now.isEnded && now.itemsEnded() < expected && !isInterrupted()) {
+        state.waitForNews(0, now.itemsEnded(), lookMs);
+        now = state.snapshot();
+    }
+    return now;
+}
+
+ExitCode exitCodeOf(WriteOutcome::End end)
+{
+    return end == WriteOutcome::Done     ? ExitDone
+           : end == WriteOutcome::Failed ? ExitFailed
+                                         : ExitOutcomeUnknown;
+}
+
+int report(const QList<WriteItem> &items, PanelSnapshot now)
+{
+    ExitCode worst = ExitDone;
+    for (int i = 0; i < items.size(); ++i) {
+        const WriteOutcome outcome = writeOutcome(items.at(i), now.items[i]);
+        std::printf("%s: %s\n", qPrintable(items.at(i).text), qPrintable(outcome.text));
+        worst = std::max(worst, exitCodeOf(outcome.end)); // the codes rise: done, failed, outcome unknown
+    }
+    return worst;
+}
+
+} // namespace
+
+int writeCommand(const QStringList &arguments)
+{
+    CommandLine line(QStringLiteral("write"), QStringLiteral("[OPTION]... VARIABLE=VALUE..."),
+                     QString::fromLatin1(description));
+    addLinkOptions(&line, "0");
+    if (const auto code = line.parse(arguments))
+        return *code;
+    const PanelOptions options = linkOptions(&line);
+    QList<WriteItem> items = readItems(&line, options.block);
+    if (!line.isFine())
+        return line.fail();
+
+    PanelSession session(options, variablesOf(items));
+    QString error;
+    if (const ExitCode code = session.prepare(&error); code != ExitDone)
+        return line.fail(code, error);
+    queueWrites(session.driver(), options.block, &items);
+    const auto inQueue =
+        std::count_if(items.begin(), items.end(), [](const WriteItem &item) { return item.queued > 0; });
+    catchInterrupts();
+    session.start();
+    waitForAll(session.state(), static_cast<int>(inQueue));
+    session.stop();
+    const PanelSnapshot last = session.state().snapshot();
+    if (last.items.empty() && last.linkCause != LinkCause::None)
+        return line.fail(ExitNoLink,
+                         QStringLiteral("%1: %2").arg(session.peer(), linkCauseText(last.linkCause)));
+    return report(items, last);
+}

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// What the communication thread has found and the main thread shows. One mutex, held only for copying and
+/// counting. The communication thread reports, the main thread takes snapshots; any thread may call.
+
+#pragma once
+
+#include "statistics.h"
+#include "value_state.h"
+
+#include <QtCore/QElapsedTimer>
+
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <vector>
+
+/// The result of the requests that one item of the command line had queued.
+struct ItemResult
+{
+    int served = 0;         ///< queue entries that ended well
+    bool isEnded = false;   ///< the driver has called back: nothing of it is queued any more
+    bool isGivenUp = false; ///< with isEnded: an entry failed, and the rest was dropped with it
+    bool mayBeDone = false; ///< a write was sent and has got no reply: it may have been carried out
+    QString failure;        ///< of the last exchange that failed
+};
+
+struct PanelSnapshot
+{
+    std::vector<ValueState> values;
+    std::map<int, UnitStatistics> units;
+    std::map<int, ItemResult> items; ///< by hostItem
+    int passes = 0;                  ///< over the poll list, ended so far
+    LinkState::State link = LinkState::Connecting;
+    LinkCause linkCause = LinkCause::None;
+    bool isEnded = false; ///< the communication thread has ended by itself
+    qint64 elapsedMicroseconds = 0;
+
+    qint64 nowMs() const { return elapsedMicroseconds / 1000; }
+    /// Items of which nothing is queued any more.
+    int itemsEnded() const;
+};
+
+class PanelState
+{
+public:
+    explicit PanelState(const QList<Variable> &variables);
+
+    PanelSnapshot snapshot() const;
+    /// Waits until a pass beyond `passes` or the communication has ended, or items have; no longer than `ms`.
+    void waitForNews(int passes, int itemsEnded, int ms) const;
+
+    /// From the communication thread.
+    void noteExchange(int unit, const Exchange &exchange);
+    void noteValue(std::size_t index, const Span &read, const QByteArray &value);
+    void noteFailure(const Span &read, const QString &why);
+    void noteItem(int item, const ItemResult &result);
+    void noteUnitOff(int unit, bool isOff);
+    void noteLink(LinkState::State link, LinkCause cause);
+    void notePass();
+    void noteEnd();
+
+private:
+    qint64 elapsedMicroseconds() const { return m_clock.nsecsElapsed() / 1000; }
+
+    mutable std::mutex m_mutex;
+    mutable std::condition_variable m_news;
+    PanelSnapshot m_now;
+    QElapsedTimer m_clock; ///< started once, then only read
+};

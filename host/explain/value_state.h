@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// The age and state of a shown value: when it was read, whether it changed, why its last read failed. The image keeps a value for ever, so only the host knows its age. Plain data; whoever shares it
+/// locks it.
+
+#pragma once
+
+#include "span.h"
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
+#include <vector>
+
+class ValueState
+{
+public:
+    explicit ValueState(const Variable &variable);
+
+    const Variable &variable() const { return m_variable; }
+    const Span &span() const { return m_span; }
+    /// As last stored, in the driver's host-side layout.
+    const QByteArray &value() const { return m_value; }
+    /// The value differs from the one before.
+    bool hasChanged() const { return m_changed; }
+    /// Why the last read failed; empty when it was good.
+    const QString &failure() const { return m_failure; }
+    /// When the oldest part of the value was read; -1 while any part never was.
+    qint64 readAtMs() const;
+
+    /// A read that overlaps this variable was answered; `value` is what the image now holds for it.
+    void store(const Span &read, const QByteArray &value, qint64 nowMs);
+    void fail(const QString &why) { m_failure = why; }
+
+    /// "fresh", "old 12.4 s", "never", after a failure with "failed: ..." in front.
+    QString ageText(qint64 nowMs, qint64 freshForMs) const;
+
+private:
+    Variable m_variable;
+    Span m_span;
+    std::vector<qint64> m_readAtMs; ///< of each bit or register; a long variable takes several requests
+    QByteArray m_value;
+    QString m_failure;
+    bool m_changed = false;
+};

@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: MIT
+#include "communication_loop.h"
+
+#include "../../driver/api/codes.h"
+
+#include <chrono>
+
+using namespace modbus_driver;
+
+namespace {
+
+enum { GatewayPathUnavailable = 10, GatewayTargetFailed = 11 }; // exception codes
+
+const int pauseMs = 20; // between two looks at a driver with nothing to send, or at a link that is down
+
+CommunicationLoop *running = nullptr; // for the call-back, which has no other way to find its loop
+
+bool isGood(int status)
+{
+    return status == StatusDone || status == StatusRemoteAccepted;
+}
+
+/// The unit is not there, as its gateway or its silence tells. Any other exception comes from the unit itself.
+bool isUnanswered(const Exchange &exchange)
+{
+    const int exception = exceptionCode(exchange.reply);
+    return exchange.end == Exchange::NoReply || exception == GatewayPathUnavailable ||
+           exception == GatewayTargetFailed;
+}
+
+} // namespace
+
+CommunicationLoop::CommunicationLoop(const DriverLibrary &driver, const ConnectionOptions &connection,
+                                     const LoopOptions &options, const LinkTrace &trace,
+                                     LoopObserver &observer)
+    : m_driver(driver), m_connectionOptions(connection), m_options(options), m_trace(trace),
+      m_observer(observer), m_units(options.offAfter, options.retryOffMs)
+{
+    m_clock.start();
+}
+
+CommunicationLoop::~CommunicationLoop()
+{
+    stop();
+}
+
+void CommunicationLoop::start()
+{
+    m_thread = std::thread(&CommunicationLoop::run, this);
+}
+
+void CommunicationLoop::stop()
+{
+    {
+        std::lock_guard<std::mutex> lock(m_restMutex);
+        m_stop = true;
+    }
+    m_wake.notify_all();
+    if (m_thread.joinable())
+        m_thread.join();
+}
+
+void CommunicationLoop::run()
+{
+    Connection connection(m_connectionOptions, m_trace, m_stop);
+    m_connection = &connection;
+    running = this;
+    if (!connection.open())
+        m_stop = true;
+    m_observer.linkIs(connection.state(), connection.cause());
+    m_passStartMs = m_clock.elapsed();
+    while (!m_stop)
+        communicate();
+    running = nullptr;
+    m_connection = nullptr;
+    m_observer.loopEnded();
+}
+
+/// One call of the driver's cycle, with the exchange that it asks for.
+void CommunicationLoop::communicate()
+{
+    for (int unit : m_units.due(m_clock.elapsed()))
+        switchUnit(unit, true);
+    const Protocol *request = m_driver.nextRequest();
+    if (!request)
+        return idle();
+    m_idleCalls = 0;
+    if (!m_isRetry && request->var.hostItem == HostItemOfPoll && m_pass.isOverAt(request->var))
+        nextPass();
+    if (!m_stop)
+        serve(*request);
+}
+
+/// One request, one reply or none. While the link is down every request is handed back as unanswered: writes
+/// end with their retries instead of piling up, to go out minutes after somebody entered them.
+void CommunicationLoop::serve(const Protocol &request)
+{
+    const Protocol asked = request; // the driver's record may end with handReply
+    const Exchange exchange = m_connection->exchange(asked);
+    QByteArray reply = exchange.reply;
+    const int status = m_driver.handReply(&reply, reply.size())->status;
+    m_isRetry = status == StatusRetry;
+    m_hasPolled = m_hasPolled || asked.var.hostItem == HostItemOfPoll;
+    m_observer.linkIs(m_connection->state(), m_connection->cause());
+    m_observer.exchangeEnded(asked.var, exchange, status);
+    judgeUnit(asked.var.station, exchange, status);
+    if (exchange.end == Exchange::NotSent)
+        rest(m_clock.elapsed() + pauseMs);
+}
+
+void CommunicationLoop::writeDone(int, int, int hostItem, int outcome)
+{
+    if (running)
+        running->m_observer.entryLeft(hostItem, outcome);
+}
+
+void CommunicationLoop::judgeUnit(int unit, const Exchange &exchange, int status)
+{
+    if (exchange.end == Exchange::NotSent || exchange.cause == LinkCause::Stopped || m_isRetry)
+        return;
+    if (!isUnanswered(exchange))
+        m_units.answered(unit);
+    else if (!isGood(status) && m_units.gaveUp(unit, m_clock.elapsed()))
+        switchUnit(unit, false);
+}
+
+/// Requests for a unit that is off stay in the driver's queues.
+void CommunicationLoop::switchUnit(int unit, bool on)
+{
+    m_driver.enableStation(unit, on ? 1 : 0);
+    m_observer.unitSwitched(unit, on);
+}
+
+/// The first request of the next pass is already built; it waits here until the pass is due.
+void CommunicationLoop::nextPass()
+{
+    m_observer.passEnded();
+    ++m_passes;
+    if (m_options.passes > 0 && m_passes >= m_options.passes) {
+        m_stop = true;
+        return;
+    }
+    rest(m_passStartMs + m_options.everyMs);
+    m_passStartMs = m_clock.elapsed();
+}
+
+/// A first "nothing to send" may only end a burst of writes; so the driver is asked again at once.
+void CommunicationLoop::idle()
+{
+    if (++m_idleCalls < 2)
+        return;
+    if (m_hasPolled) { // every unit is off: a pass without requests
+        m_pass.restart();
+        nextPass();
+    }
+    rest(m_clock.elapsed() + pauseMs);
+}
+
+void CommunicationLoop::rest(qint64 untilMs)
+{
+    std::unique_lock<std::mutex> lock(m_restMutex);
+    m_wake.wait_for(lock, std::chrono::milliseconds(untilMs - m_clock.elapsed()),
+                    [this] { return m_stop.load(); });
+}

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// The communication thread: asks the driver what to send, sends it, waits, and hands back what came, in
+/// exactly the order that the driver wants. It owns the connection; nobody else calls nextRequest and
+/// handReply. The driver is one object per process, and so is a running loop.
+
+#pragma once
+
+#include "connection.h"
+#include "driver_library.h"
+#include "loop_observer.h"
+#include "poll_pass.h"
+#include "unit_switch.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+struct LoopOptions
+{
+    int everyMs = 0;        ///< from the start of a pass over the poll list to that of the next
+    int passes = 0;         ///< passes after which the loop ends; 0: it goes on
+    int offAfter = 0;       ///< requests of a unit given up in a row before it is switched off; 0: never
+    int retryOffMs = 10000; ///< until a unit that is off is tried again
+};
+
+class CommunicationLoop
+{
+public:
+    /// The driver is set up and its poll list handed over. All references must outlive the loop.
+    CommunicationLoop(const DriverLibrary &driver, const ConnectionOptions &connection,
+                      const LoopOptions &options, const LinkTrace &trace, LoopObserver &observer);
+    ~CommunicationLoop(); ///< stops
+
+    /// Starts the thread. It ends by itself when the first connection fails or the passes are done.
+    void start();
+    /// Ends it within a fraction of a second, and waits for that. A request in flight gets "no reply".
+    void stop();
+
+    /// The driver's call-back for an entry that has left its queue; registered by whoever sets the driver up.
+    static void writeDone(int hostChannel, int hostId, int hostItem, int outcome);
+
+private:
+    void run();
+    void communicate();
+    void serve(const Protocol &request);
+    void judgeUnit(int unit, const Exchange &exchange, int status);
+    void switchUnit(int unit, bool on);
+    void nextPass();
+    void idle();
+    void rest(qint64 untilMs);
+
+    const DriverLibrary &m_driver;
+    const ConnectionOptions m_connectionOptions;
+    const LoopOptions m_options;
+    const LinkTrace &m_trace;
+    LoopObserver &m_observer;
+
+    std::thread m_thread;
+    std::atomic<bool> m_stop{false};
+    std::mutex m_restMutex;
+    std::condition_variable m_wake;
+
+    // The members below belong to the communication thread.
+    Connection *m_connection = nullptr;
+    QElapsedTimer m_clock;
+    UnitSwitch m_units;
+    PollPass m_pass;
+    int m_passes = 0;
+    qint64 m_passStartMs = 0;
+    bool m_isRetry = false;   ///< the driver will hand the same request out again
+    bool m_hasPolled = false; ///< there is a poll list
+    int m_idleCalls = 0;      ///< times in a row that the driver had nothing to send
+};

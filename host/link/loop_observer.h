@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// What the communication loop reports to the host around it. All calls come from the communication thread, one at
+/// a time; an implementation locks what it shares with other threads.
+
+#pragma once
+
+#include "exchange.h"
+
+#include "../../driver/api/records.h"
+
+class LoopObserver
+{
+public:
+    virtual ~LoopObserver() = default;
+
+    /// The connection was opened or dropped, or is still as it was; called after every exchange.
+    virtual void linkIs(LinkState::State state, LinkCause cause) = 0;
+    /// The driver has judged the exchange with `status`, a StatusCode. After a good read the driver's image holds its
+    /// values; now is the moment to fetch them, while value and age belong together.
+    virtual void exchangeEnded(const RW_VAR &access, const Exchange &exchange, int status) = 0;
+    /// The driver's writeDone call-back: an entry of this hostItem has left its queue. Comes before the exchangeEnded
+    /// of the same exchange, with the driver's listMutex held: it must not call the driver. `outcome` is a
+    /// WriteDoneOutcome.
+    virtual void entryLeft(int hostItem, int outcome) = 0;
+    virtual void unitSwitched(int unit, bool isOn) = 0;
+    /// All requests of the poll list were served once.
+    virtual void passEnded() = 0;
+    /// The communication thread is about to end.
+    virtual void loopEnded() = 0;
+};
