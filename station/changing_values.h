@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Values of a unit that change by themselves, ten times a second, so that a first poll shows changes in every
-/// area. The station's thread calls this. In the holding registers and in the input registers:
+/// Values of a unit that change by themselves, ten times a second, so that a first poll shows changes in
+/// every area. The station's thread calls this. In the holding registers and in the input registers:
 ///
 ///     0    counter, one more each step            4-5  32-bit counter, a thousand more each step
 ///     1    sine, -1000 to 1000 in 10 s            6-7  the sine as IEEE 754 single, -100 to 100

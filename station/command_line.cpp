@@ -29,11 +29,15 @@ const char description[] =
     "Faults: FAULT[=VALUE][@SELECTOR=VALUE[,SELECTOR=VALUE...]]\n"
     "  silence           no reply               unit=N          wrong unit in the reply\n"
     "  delay=MS          late reply             length=N|+N|-N  wrong length field\n"
-    "  cut=BYTES         only its first bytes   protocol=N      wrong protocol identifier\n"
-    "  double            reply sent twice       transaction=N   wrong transaction identifier\n"
-    "  glue              sent with the next     function=N      wrong function code\n"
-    "  close, reset      connection ended       exception=N     exception reply, nothing carried out\n"
+    "  late=MS           late, others first     protocol=N      wrong protocol identifier\n"
+    "  cut=BYTES         only its first bytes   transaction=N   wrong transaction identifier\n"
+    "  double            reply sent twice       function=N      wrong function code\n"
+    "  double=MS         sent again so late     exception=N     exception reply, nothing carried out\n"
+    "  flood=SECONDS     sent on and on         behind          the reply to the request before\n"
+    "  glue              sent with the next     greet=N         at connect, a reply of N registers\n"
+    "  close, reset      connection ended\n"
     "  refuse=SECONDS    all connections ended and new ones refused for so long\n"
+    "MS may be FIRST-LAST: each time 1 ms more, then FIRST again.\n"
     "Selectors: unit, function, address (N or FIRST-LAST; address: any that the request touches),\n"
     "every=K (each K-th selected request), nth=K (only the K-th).";
 
@@ -97,9 +101,10 @@ QString readStation(const QCommandLineParser &parser, StationOptions *station)
     if (!faults)
         return error;
     station->faults = *faults;
-    if (station->remote && std::any_of(faults->begin(), faults->end(), needsModbusFrames))
-        return QStringLiteral(
-            "--remote allows silence, delay, cut, double, glue, close, reset and refuse only");
+    const auto changing = std::find_if(faults->begin(), faults->end(), needsModbusFrames);
+    if (station->remote && changing != faults->end())
+        return QStringLiteral("--remote allows no fault that changes Modbus frames, such as %1")
+            .arg(changing->text);
     return QString();
 }
 } // namespace

@@ -34,11 +34,20 @@ void applyFault(const Fault &fault, Delivery &delivery)
     case Fault::Delay:
         delivery.delay += fault.value;
         break;
+    case Fault::Late:
+        delivery.late += fault.value;
+        break;
     case Fault::Cut:
         delivery.reply.truncate(fault.value);
         break;
     case Fault::Double:
         delivery.copies = 2;
+        break;
+    case Fault::Repeat:
+        delivery.repeatAfter = fault.value;
+        break;
+    case Fault::Flood:
+        delivery.floodSeconds = fault.value;
         break;
     case Fault::Glue:
         delivery.heldBack = true;
@@ -51,6 +60,9 @@ void applyFault(const Fault &fault, Delivery &delivery)
         break;
     case Fault::Refuse:
         delivery.refuseSeconds = fault.value;
+        break;
+    case Fault::Behind:
+        delivery.reply = delivery.replyBefore;
         break;
     case Fault::Unit:
         setByte(delivery.reply, wire::UnitAt, fault.value);
@@ -68,6 +80,7 @@ void applyFault(const Fault &fault, Delivery &delivery)
         setByte(delivery.reply, wire::FunctionAt, fault.value);
         break;
     case Fault::Exception:
+    case Fault::Greet:
         break;
     }
 }

@@ -7,5 +7,6 @@
 #include "delivery.h"
 #include "fault.h"
 
-/// Applies the fault to the delivery. `exception` changes nothing here: the station has made its reply already.
+/// Applies the fault to the delivery. `exception` and `greet` change nothing here: the station makes these
+/// replies itself.
 void applyFault(const Fault &fault, Delivery &delivery);

@@ -7,14 +7,32 @@ bool overlaps(const Fault::Range &range, int first, int count)
     return first <= range.last && qint64(first) + count > range.first;
 }
 
-// Counts the request if the fault selects it, and tells whether the fault applies to it.
+bool matches(const Fault &fault, const RequestFacts &request)
+{
+    return overlaps(fault.unit, request.unit, 1) && overlaps(fault.function, request.function, 1) &&
+           overlaps(fault.address, request.address, request.count);
+}
+
+// Counts what the fault selects, and tells whether the fault applies to it.
+bool countAndDecide(Fault &fault)
+{
+    ++fault.selected;
+    if (fault.selected % fault.every != 0 || (fault.nth != 0 && fault.selected != fault.nth))
+        return false;
+    ++fault.applied;
+    return true;
+}
+
 bool matchesAndCounts(Fault &fault, const RequestFacts &request)
 {
-    if (!overlaps(fault.unit, request.unit, 1) || !overlaps(fault.function, request.function, 1) ||
-        !overlaps(fault.address, request.address, request.count))
-        return false;
-    ++fault.selected;
-    return fault.selected % fault.every == 0 && (fault.nth == 0 || fault.selected == fault.nth);
+    return fault.kind != Fault::Greet && matches(fault, request) && countAndDecide(fault);
+}
+
+Fault withValueOfThisTime(Fault fault)
+{
+    if (fault.lastValue > fault.value)
+        fault.value += (fault.applied - 1) % (fault.lastValue - fault.value + 1);
+    return fault;
 }
 } // namespace
 
@@ -23,6 +41,16 @@ QList<Fault> chooseFaults(QList<Fault> &faults, const RequestFacts &request)
     QList<Fault> chosen;
     for (Fault &fault : faults) {
         if (matchesAndCounts(fault, request))
+            chosen << withValueOfThisTime(fault);
+    }
+    return chosen;
+}
+
+QList<Fault> chooseGreetings(QList<Fault> &faults)
+{
+    QList<Fault> chosen;
+    for (Fault &fault : faults) {
+        if (fault.kind == Fault::Greet && countAndDecide(fault))
             chosen << fault;
     }
     return chosen;

@@ -4,30 +4,61 @@
 #include <QtCore/QSet>
 
 namespace {
+enum ValueForm { NoValue, Number, FirstToLast };
+
 struct KindRow
 {
     const char *name;
     Fault::Kind kind;
-    int lowest; // above highest: the fault takes no value
+    ValueForm form;
+    int lowest;
     int highest;
 };
 
+const int longestWait = 3600000; // milliseconds
+
+// A name that stands twice is told apart by whether a value is given.
 const KindRow kindRows[] = {
-    {"silence", Fault::Silence, 1, 0},
-    {"delay", Fault::Delay, 1, 3600000},
-    {"cut", Fault::Cut, 0, 65535},
-    {"double", Fault::Double, 1, 0},
-    {"glue", Fault::Glue, 1, 0},
-    {"close", Fault::Close, 1, 0},
-    {"reset", Fault::Reset, 1, 0},
-    {"refuse", Fault::Refuse, 1, 3600},
-    {"unit", Fault::Unit, 0, 255},
-    {"length", Fault::Length, -65535, 65535},
-    {"protocol", Fault::Protocol, 0, 65535},
-    {"transaction", Fault::Transaction, 0, 65535},
-    {"function", Fault::Function, 0, 255},
-    {"exception", Fault::Exception, 1, 255},
+    {"silence", Fault::Silence, NoValue, 0, 0},
+    {"delay", Fault::Delay, FirstToLast, 1, longestWait},
+    {"late", Fault::Late, FirstToLast, 1, longestWait},
+    {"cut", Fault::Cut, Number, 0, 65535},
+    {"double", Fault::Double, NoValue, 0, 0},
+    {"double", Fault::Repeat, FirstToLast, 0, longestWait},
+    {"flood", Fault::Flood, Number, 1, 3600},
+    {"glue", Fault::Glue, NoValue, 0, 0},
+    {"close", Fault::Close, NoValue, 0, 0},
+    {"reset", Fault::Reset, NoValue, 0, 0},
+    {"refuse", Fault::Refuse, Number, 1, 3600},
+    {"behind", Fault::Behind, NoValue, 0, 0},
+    {"unit", Fault::Unit, Number, 0, 255},
+    {"length", Fault::Length, Number, -65535, 65535},
+    {"protocol", Fault::Protocol, Number, 0, 65535},
+    {"transaction", Fault::Transaction, Number, 0, 65535},
+    {"function", Fault::Function, Number, 0, 255},
+    {"exception", Fault::Exception, Number, 1, 255},
+    {"greet", Fault::Greet, Number, 1, 125},
 };
+
+// The row of the name; of two rows the one that fits whether a value is given. nullptr: no such name.
+const KindRow *findKind(const QString &name, bool hasValue)
+{
+    const KindRow *found = nullptr;
+    for (const KindRow &row : kindRows) {
+        if (name == QLatin1String(row.name) && (!found || (row.form != NoValue) == hasValue))
+            found = &row;
+    }
+    return found;
+}
+
+QString knownKinds()
+{
+    QStringList names;
+    for (const KindRow &row : kindRows)
+        names << QLatin1String(row.name);
+    names.removeDuplicates();
+    return names.join(QStringLiteral(", "));
+}
 
 // Collects the first complaint about one fault text.
 class Reader
@@ -55,27 +86,32 @@ private:
     {
         const int equals = part.indexOf(QLatin1Char('='));
         const QString name = part.left(equals);
-        QStringList known;
-        for (const KindRow &row : kindRows) {
-            known << QLatin1String(row.name);
-            if (name == known.last())
-                return readKindValue(row, equals < 0 ? QString() : part.mid(equals + 1), equals >= 0);
-        }
-        complain(QStringLiteral("no fault is called \"%1\"; there are %2")
-                     .arg(name, known.join(QStringLiteral(", "))));
+        const QString value = equals < 0 ? QString() : part.mid(equals + 1);
+        const KindRow *row = findKind(name, equals >= 0);
+        if (!row)
+            return complain(
+                QStringLiteral("no fault is called \"%1\"; there are %2").arg(name, knownKinds()));
+        m_fault.kind = row->kind;
+        if (row->form == NoValue && equals >= 0)
+            complain(QStringLiteral("%1 takes no value").arg(name));
+        else if (row->form == Number)
+            readNumber(*row, value);
+        else if (row->form == FirstToLast)
+            readFirstToLast(*row, value);
     }
 
-    void readKindValue(const KindRow &row, const QString &value, bool given)
+    void readNumber(const KindRow &row, const QString &value)
     {
-        m_fault.kind = row.kind;
-        if (row.lowest > row.highest) {
-            if (given)
-                complain(QStringLiteral("%1 takes no value").arg(QLatin1String(row.name)));
-            return;
-        }
         m_fault.relative = row.kind == Fault::Length &&
                            (value.startsWith(QLatin1Char('+')) || value.startsWith(QLatin1Char('-')));
         m_fault.value = number(QLatin1String(row.name), value, row.lowest, row.highest);
+    }
+
+    void readFirstToLast(const KindRow &row, const QString &value)
+    {
+        const Fault::Range values = range(QLatin1String(row.name), value, row.lowest, row.highest);
+        m_fault.value = values.first;
+        m_fault.lastValue = values.last;
     }
 
     void readSelector(const QString &selector)
@@ -87,11 +123,11 @@ private:
             return complain(QStringLiteral("selector %1 is given twice").arg(name));
         m_selectors << name;
         if (name == QLatin1String("unit"))
-            m_fault.unit = range(name, value, 255);
+            m_fault.unit = range(name, value, 0, 255);
         else if (name == QLatin1String("function"))
-            m_fault.function = range(name, value, 255);
+            m_fault.function = range(name, value, 0, 255);
         else if (name == QLatin1String("address"))
-            m_fault.address = range(name, value, std::numeric_limits<int>::max());
+            m_fault.address = range(name, value, 0, std::numeric_limits<int>::max());
         else if (name == QLatin1String("every"))
             m_fault.every = number(name, value, 1, std::numeric_limits<int>::max());
         else if (name == QLatin1String("nth"))
@@ -112,12 +148,12 @@ private:
         return value;
     }
 
-    Fault::Range range(const QString &name, const QString &text, int highest)
+    Fault::Range range(const QString &name, const QString &text, int lowest, int highest)
     {
         const int dash = text.indexOf(QLatin1Char('-'));
         Fault::Range range;
-        range.first = number(name, text.left(dash), 0, highest);
-        range.last = dash < 0 ? range.first : number(name, text.mid(dash + 1), 0, highest);
+        range.first = number(name, text.left(dash), lowest, highest);
+        range.last = dash < 0 ? range.first : number(name, text.mid(dash + 1), lowest, highest);
         if (range.last < range.first)
             complain(QStringLiteral("%1 takes FIRST-LAST, not the other way round").arg(name));
         return range;

@@ -98,3 +98,14 @@ QByteArray modbus::exceptionReply(const QByteArray &request, int code)
     return reply(request, byteAt(request, wire::FunctionAt) | wire::ExceptionFlag,
                  QByteArray(1, static_cast<char>(code)));
 }
+
+QByteArray modbus::request(int unit, int function, int address, int count)
+{
+    QByteArray frame(wire::RequestLength, '\0');
+    wire::putWord(frame.data() + wire::LengthAt, wire::RequestLength - wire::LengthFieldEnd);
+    frame[wire::UnitAt] = static_cast<char>(unit);
+    frame[wire::FunctionAt] = static_cast<char>(function);
+    wire::putWord(frame.data() + wire::AddressAt, address);
+    wire::putWord(frame.data() + wire::ValueAt, count);
+    return frame;
+}

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The station's side of the driver's remote frames, which carry a variable access instead of a Modbus request.
-/// Functions of bytes and of one unit; the station's thread calls them.
+/// The station's side of the driver's remote frames, which carry a variable access instead of a Modbus
+/// request. Functions of bytes and of one unit; the station's thread calls them.
 ///
 /// Requests, all fields high byte first:
 ///
@@ -37,7 +37,7 @@ int frameSize(const QByteArray &stream);
 /// A complete frame in short.
 RequestFacts facts(const QByteArray &frame);
 
-/// Carries out a complete frame at a unit. Returns the reply; empty, and nothing done, for what the unit does not
-/// have or serve (these frames know no exception), also when the value bytes do not fit area and length.
+/// Carries out a complete frame at a unit. Returns the reply; empty, and nothing done, for what the unit does
+/// not have or serve (these frames know no exception), also when the value bytes do not fit area and length.
 QByteArray carryOut(SimulatedUnit &unit, const QByteArray &frame);
 } // namespace remote

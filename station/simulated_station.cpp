@@ -2,6 +2,7 @@
 #include "simulated_station.h"
 
 #include "../driver/api/codes.h"
+#include "../driver/base/modbus_wire.h"
 #include "fault_application.h"
 #include "fault_choice.h"
 #include "modbus_frames.h"
@@ -9,11 +10,16 @@
 #include "station_connection.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <iterator>
+#include <sys/socket.h>
+#include <utility>
+
+namespace wire = modbus_driver::wire;
 
 namespace {
 const int requestsKept = 1000;
-const int retryMilliseconds = 200;
+const int retryMilliseconds = 200; // after a port that is taken, and after the last descriptor is used
 } // namespace
 
 SimulatedStation::SimulatedStation(const StationOptions &options, QObject *parent)
@@ -27,7 +33,6 @@ SimulatedStation::SimulatedStation(const StationOptions &options, QObject *paren
     }
     m_absence.setSingleShot(true);
     connect(&m_absence, &QTimer::timeout, this, &SimulatedStation::acceptAgain);
-    connect(&m_server, &QTcpServer::newConnection, this, &SimulatedStation::accept);
     if (options.still)
         return;
     for (SimulatedUnit *unit : qAsConst(m_units))
@@ -49,6 +54,9 @@ bool SimulatedStation::listen(QString *error)
         return false;
     }
     m_port = m_server.serverPort();
+    m_server.pauseAccepting();
+    m_arrivals = new QSocketNotifier(m_server.socketDescriptor(), QSocketNotifier::Read, this);
+    connect(m_arrivals, &QSocketNotifier::activated, this, &SimulatedStation::accept);
     if (!m_options.still)
         m_steps.start(ChangingValues::stepMilliseconds);
     return true;
@@ -57,18 +65,63 @@ bool SimulatedStation::listen(QString *error)
 void SimulatedStation::stopListening()
 {
     m_absence.stop();
+    if (m_arrivals) {
+        m_arrivals->setEnabled(false);
+        m_arrivals->deleteLater();
+        m_arrivals = nullptr;
+    }
     m_server.close();
     const QList<StationConnection *> connections = findChildren<StationConnection *>();
     for (StationConnection *connection : connections)
         connection->drop();
 }
 
+// QTcpServer would try again at once, for ever, when no descriptor is left.
 void SimulatedStation::accept()
 {
-    const auto frameSize = m_options.remote ? remote::frameSize : modbus::frameSize;
-    while (QTcpSocket *socket = m_server.nextPendingConnection())
-        new StationConnection(
-            socket, frameSize, [this](const QByteArray &request) { return answer(request); }, this);
+    while (m_server.isListening()) {
+        const int descriptor =
+            accept4(static_cast<int>(m_server.socketDescriptor()), nullptr, nullptr, SOCK_CLOEXEC);
+        if (descriptor >= 0)
+            addConnection(descriptor);
+        else if (errno == EAGAIN)
+            return;
+        else
+            return pauseAccepting();
+    }
+}
+
+void SimulatedStation::pauseAccepting()
+{
+    m_arrivals->setEnabled(false);
+    QTimer::singleShot(retryMilliseconds, this, [this] {
+        if (m_arrivals)
+            m_arrivals->setEnabled(true);
+    });
+}
+
+void SimulatedStation::addConnection(int descriptor)
+{
+    auto *socket = new QTcpSocket;
+    socket->setSocketDescriptor(descriptor);
+    greet(*new StationConnection(
+        socket, m_options.remote ? remote::frameSize : modbus::frameSize,
+        [this](const QByteArray &request) {
+            record(request);
+            return answer(request);
+        },
+        this));
+}
+
+// A greeting is the answer to a read that nobody sent, with the other faults applied to it.
+void SimulatedStation::greet(StationConnection &connection)
+{
+    const QList<Fault> greetings = chooseGreetings(m_options.faults);
+    for (const Fault &fault : greetings) {
+        const int unit = fault.unit.firstOr(m_options.units.first());
+        const int function = fault.function.firstOr(wire::ReadHoldingRegisters);
+        connection.deliver(answer(modbus::request(unit, function, fault.address.firstOr(0), fault.value)));
+    }
 }
 
 void SimulatedStation::setFaults(const QList<Fault> &faults)
@@ -78,12 +131,15 @@ void SimulatedStation::setFaults(const QList<Fault> &faults)
                  [this](const Fault &fault) { return !m_options.remote || !needsModbusFrames(fault); });
 }
 
-Delivery SimulatedStation::answer(const QByteArray &request)
+void SimulatedStation::record(const QByteArray &request)
 {
     if (m_requests.size() == requestsKept)
         m_requests.removeFirst();
     m_requests << request;
+}
 
+Delivery SimulatedStation::answer(const QByteArray &request)
+{
     const RequestFacts facts = m_options.remote ? remote::facts(request) : modbus::facts(request);
     const QList<Fault> faults = chooseFaults(m_options.faults, facts);
     const auto exception = std::find_if(faults.begin(), faults.end(),
@@ -93,6 +149,8 @@ Delivery SimulatedStation::answer(const QByteArray &request)
         delivery.reply = carryOut(facts, request);
     else if (facts.unit != modbus_driver::StationBroadcast)
         delivery.reply = modbus::exceptionReply(request, exception->value);
+    if (facts.unit != modbus_driver::StationBroadcast)
+        delivery.replyBefore = std::exchange(m_replyBefore, delivery.reply);
     for (const Fault &fault : faults)
         applyFault(fault, delivery);
     if (delivery.refuseSeconds == 0)

@@ -14,11 +14,13 @@
 #include "simulated_unit.h"
 
 #include <QtCore/QMap>
+#include <QtCore/QSocketNotifier>
 #include <QtCore/QTimer>
 #include <QtNetwork/QTcpServer>
 
-#include <memory>
 #include <vector>
+
+class StationConnection;
 
 struct StationOptions
 {
@@ -44,7 +46,8 @@ public:
     /// The port that is or was listened on; 0 before the first time.
     quint16 port() const { return m_port; }
 
-    /// Replaces the faults; they count from 0 again. In remote mode those that change Modbus frames are left out.
+    /// Replaces the faults; they count from 0 again. In remote mode those that change Modbus frames are left
+    /// out.
     void setFaults(const QList<Fault> &faults);
     /// The unit, owned by the station; nullptr when it has no such unit.
     SimulatedUnit *unit(int id) const { return m_units.value(id); }
@@ -53,6 +56,10 @@ public:
 
 private:
     void accept();
+    void pauseAccepting();
+    void addConnection(int descriptor);
+    void greet(StationConnection &connection);
+    void record(const QByteArray &request);
     Delivery answer(const QByteArray &request);
     QByteArray carryOut(const RequestFacts &facts, const QByteArray &request);
     QByteArray carryOutAt(SimulatedUnit &unit, const QByteArray &request);
@@ -62,9 +69,11 @@ private:
     StationOptions m_options;
     quint16 m_port = 0;
     QTcpServer m_server;
+    QSocketNotifier *m_arrivals = nullptr; ///< while listening; new connections are accepted here
     QTimer m_steps;
     QTimer m_absence;
     QMap<int, SimulatedUnit *> m_units;
     std::vector<ChangingValues> m_changing;
     QList<QByteArray> m_requests;
+    QByteArray m_replyBefore;
 };

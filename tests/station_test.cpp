@@ -1,17 +1,22 @@
 // SPDX-License-Identifier: MIT
 // The simulated station over real sockets, bytes in hexadecimal on both sides.
 
+#include "fault_choice.h"
 #include "station_thread.h"
 
 #include <gtest/gtest.h>
 
+#include <QtCore/QCoreApplication>
+#include <QtCore/QFile>
 #include <QtCore/QProcess>
 #include <QtCore/QThread>
 #include <QtNetwork/QTcpSocket>
 
 #include <cerrno>
 #include <csignal>
+#include <list>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 
 namespace {
@@ -70,6 +75,13 @@ struct Master
         return said.toHex(' ').toStdString();
     }
 
+    // The next bytes that the station says; fewer when it says no more.
+    QByteArray hear(int size)
+    {
+        while (socket.bytesAvailable() < size && socket.waitForReadyRead(patience)) {}
+        return socket.read(size);
+    }
+
     // The error with which the connection ends, 0 for an orderly end. For Qt both are the same.
     int endingError()
     {
@@ -98,7 +110,10 @@ protected:
     }
     void SetUp() override { start(); }
 
-    void setFault(const char *fault) { station->setFaults({*parseFault(QLatin1String(fault), nullptr)}); }
+    void setFaults(const char *texts)
+    {
+        station->setFaults(*parseFaults(QString(QLatin1String(texts)).split(QLatin1Char(' ')), nullptr));
+    }
     std::string ask(const QByteArray &request) { return Master(station->port(), m_probe).ask(request); }
     void expectReply(const Exchange &row)
     {
@@ -178,19 +193,25 @@ const Exchange faultRows[] = {
     {"exception=4@function=6", "0001 0000 0006 01 06 0064 0008  0002 0000 0006 01 03 0064 0001",
      "0001 0000 0003 01 86 04  0002 0000 0005 01 03 02 0007"},
     {"exception=4@unit=0", "0001 0000 0006 00 06 0005 0001", ""},
+    {"transaction=0@nth=1", "0005 0000 0006 01 03 FFFF 0002", "0000 0000 0003 01 83 02"},
+    {"behind@unit=2", "0001 0000 0006 01 03 0005 0001  0002 0000 0006 02 03 0006 0001  0003 0000 0006 02 03 0007 0001",
+     "0001 0000 0005 01 03 02 0005  0001 0000 0005 01 03 02 0005  0002 0000 0005 02 03 02 0006"},
+    {"behind@unit=2,every=2 transaction=0@unit=2", "0001 0000 0006 02 03 0005 0001  0002 0000 0006 02 03 0006 0001",
+     "0000 0000 0005 02 03 02 0005  0000 0000 0005 02 03 02 0005"},
+    {"behind@unit=0", "0001 0000 0006 01 03 0005 0001  0002 0000 0006 00 03 0006 0001", "0001 0000 0005 01 03 02 0005"},
 };
 
 TEST_F(Station, HasFaultsOnDemand)
 {
     for (const Exchange &row : faultRows) {
-        setFault(row.name);
+        setFaults(row.name);
         expectReply(row);
     }
 }
 
 TEST_F(Station, GluesAReplyToTheNextOne)
 {
-    setFault("glue@nth=1");
+    setFaults("glue@nth=1");
     Master master(station->port());
     master.send("0001 0000 0006 01 03 0005 0001  0001 0000 0006 03 03 0005 0001");
     EXPECT_FALSE(master.socket.waitForReadyRead(200));
@@ -199,10 +220,74 @@ TEST_F(Station, GluesAReplyToTheNextOne)
     EXPECT_EQ(master.socket.readAll(), bytes("0001 0000 0005 01 03 02 0005 0002 0000 0005 01 03 02 0006"));
 }
 
+// What a request for register 5 and one for register 6, sent together, are answered with.
+const Exchange laterRows[] = {
+    {"late=500@nth=1", "", "0002 0000 0005 01 03 02 0006  0001 0000 0005 01 03 02 0005"},
+    {"delay=20@nth=1", "", "0001 0000 0005 01 03 02 0005  0002 0000 0005 01 03 02 0006"},
+    {"double=500@nth=1", "", "0001 0000 0005 01 03 02 0005  0002 0000 0005 01 03 02 0006  0001 0000 0005 01 03 02 0005"},
+    {"double=0@nth=2", "", "0001 0000 0005 01 03 02 0005  0002 0000 0005 01 03 02 0006  0002 0000 0005 01 03 02 0006"},
+    {"double=500@nth=1 transaction=0", "",
+     "0000 0000 0005 01 03 02 0005  0000 0000 0005 01 03 02 0006  0000 0000 0005 01 03 02 0005"},
+};
+
+TEST_F(Station, SendsRepliesLaterAndAgain)
+{
+    for (const Exchange &row : laterRows) {
+        setFaults(row.name);
+        Master master(station->port());
+        master.send(QByteArray(readFive) + "0002 0000 0006 01 03 0006 0001");
+        EXPECT_EQ(master.hear(bytes(row.reply).size()), bytes(row.reply)) << row.name;
+    }
+}
+
+TEST_F(Station, SendsAReplyUnaskedAtConnect)
+{
+    setFaults("greet=2@unit=2,function=4,address=5,every=2 transaction=7@unit=2");
+    EXPECT_EQ(ask(""), "") << "every second connection only";
+    EXPECT_EQ(ask(""), text("0007 0000 0007 02 04 04 2715 2716"));
+    EXPECT_FALSE(station->requests().contains(bytes("0000 0000 0006 02 04 0005 0002"))) << "not a request";
+}
+
+TEST_F(Station, FloodsAMasterUntilItLeaves)
+{
+    setFaults("flood=3600@nth=1");
+    Master master(station->port());
+    master.send(readFive);
+    const QByteArray reply = bytes("0001 0000 0005 01 03 02 0005");
+    EXPECT_EQ(master.hear(100000 * reply.size()), reply.repeated(100000));
+    EXPECT_EQ(ask(""), "") << "others are served";
+}
+
+TEST(Faults, TakeTheValuesOfARangeInTurn)
+{
+    QList<Fault> faults{*parseFault(QStringLiteral("delay=10-12@every=2"), nullptr)};
+    QList<int> values;
+    for (int request = 0; request < 8; ++request) {
+        for (const Fault &fault : chooseFaults(faults, RequestFacts{1, 3, 0, 1}))
+            values << fault.value;
+    }
+    EXPECT_EQ(values, (QList<int>{10, 11, 12, 10}));
+}
+
+// All requests wait in the sockets before the station's first turn.
+TEST(StationInThisThread, ServesItsMastersInTurn)
+{
+    SimulatedStation station({QStringLiteral("127.0.0.1"), 0, {1}, true, false, {}});
+    QString error;
+    ASSERT_TRUE(station.listen(&error)) << qPrintable(error);
+    Master first(station.port()), pipelining(station.port()), last(station.port());
+    pipelining.send(QByteArray(readFive).repeated(900));
+    first.send(modbusProbe.request);
+    last.send(modbusProbe.request);
+    while (first.socket.bytesAvailable() == 0 || last.socket.bytesAvailable() == 0)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    EXPECT_LT(station.requests().lastIndexOf(bytes(modbusProbe.request)), 10);
+}
+
 TEST_F(Station, EndsAConnectionInBothWays)
 {
     for (const auto &[fault, error] : {std::pair{"close", 0}, std::pair{"reset", ECONNRESET}}) {
-        setFault(fault);
+        setFaults(fault);
         Master master(station->port());
         master.send(modbusProbe.request);
         EXPECT_EQ(master.endingError(), error) << fault;
@@ -213,7 +298,7 @@ TEST_F(Station, RefusesConnectionsForAWhile)
 {
     Master bystander(station->port());
     bystander.ask("");
-    setFault("refuse=1@nth=1");
+    setFaults("refuse=1@nth=1");
     EXPECT_EQ(ask(""), " closed");
     EXPECT_EQ(bystander.endingError(), 0);
     while (!Master(station->port()).connected)
@@ -223,9 +308,29 @@ TEST_F(Station, RefusesConnectionsForAWhile)
 
 TEST(Faults, AreRefusedWhenAnyPartIsWrong)
 {
-    for (const char *wrong : {"", "nope", "silence=1", "delay", "delay=", "delay=-1", "delay=1x", "cut=0x", "unit=256",
-                              "exception=0", "silence@", "silence@unit", "silence@unit=1,unit=2", "silence@unit=3-2",
-                              "silence@colour=3", "silence@every=0", "silence@unit=1,", "silence @unit=1"}) {
+    for (const char *wrong : {"",
+                              "nope",
+                              "silence=1",
+                              "delay",
+                              "delay=",
+                              "delay=-1",
+                              "delay=1x",
+                              "cut=0x",
+                              "unit=256",
+                              "exception=0",
+                              "delay=9-8",
+                              "double=",
+                              "double=x",
+                              "greet",
+                              "greet=126",
+                              "silence@",
+                              "silence@unit",
+                              "silence@unit=1,unit=2",
+                              "silence@unit=3-2",
+                              "silence@colour=3",
+                              "silence@every=0",
+                              "silence@unit=1,",
+                              "silence @unit=1"}) {
         QString error;
         EXPECT_FALSE(parseFault(QLatin1String(wrong), &error)) << wrong;
         EXPECT_TRUE(error.startsWith(QStringLiteral("fault \"%1\": ").arg(QLatin1String(wrong)))) << wrong;
@@ -290,6 +395,26 @@ TEST(ChangingValues, MoveUntilSomeoneElseWrites)
     EXPECT_EQ(unit.at(QModbusDataUnit::HoldingRegisters, 0), 26);
 }
 
+// Has no more than so many descriptors.
+struct LimitedProcess : QProcess
+{
+    void setupChildProcess() override
+    {
+        const rlimit limit = {descriptors, descriptors};
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+    rlim_t descriptors = 20;
+};
+
+// Hundredths of a second of processor time, as a rule.
+int ticksOf(const QProcess &process)
+{
+    QFile file(QStringLiteral("/proc/%1/stat").arg(process.processId()));
+    file.open(QIODevice::ReadOnly);
+    const QList<QByteArray> words = file.readAll().split(' ');
+    return words.value(13).toInt() + words.value(14).toInt();
+}
+
 // The program, behind an emulator where its machine is another one.
 void run(QProcess &program, const char *arguments)
 {
@@ -314,6 +439,25 @@ TEST(StationProgram, ServesUntilItIsTold)
         ASSERT_TRUE(process.waitForFinished(patience));
         EXPECT_EQ(process.exitCode(), 0);
     }
+}
+
+TEST(StationProgram, WaitsWhenDescriptorsRunOut)
+{
+    LimitedProcess process;
+    run(process, "--listen 127.0.0.1:0");
+    ASSERT_TRUE(process.waitForReadyRead(patience));
+    const quint16 port = process.readLine().trimmed().split(':').last().toUShort();
+    std::list<Master> masters;
+    for (rlim_t i = 0; i < process.descriptors; ++i)
+        masters.emplace_back(port);
+    EXPECT_EQ(masters.front().ask(""), "");
+    const int before = ticksOf(process);
+    EXPECT_FALSE(masters.back().socket.waitForReadyRead(1000));
+    EXPECT_LT(ticksOf(process) - before, 30) << "it tries again and again";
+    masters.erase(masters.begin(), std::prev(masters.end()));
+    EXPECT_EQ(masters.back().ask(""), "");
+    process.terminate();
+    EXPECT_TRUE(process.waitForFinished(patience));
 }
 
 TEST(StationProgram, RefusesAWrongCommandLineInOneLine)
