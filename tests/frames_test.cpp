@@ -4,6 +4,8 @@
 
 #include <climits>
 
+typedef DriverFixture Frames;
+
 namespace {
 
 struct Built
@@ -26,46 +28,49 @@ RW_VAR remote(int hostId, int rwFlag, const RW_VAR &var)
 
 } // namespace
 
-TEST_F(Driver, FramesByteForByte)
+TEST_F(Frames, FramesByteForByte)
 {
     const Built rows[] = {
-        {"coils", ReadRegister, access(0, 4660, 2), "0000 0000 0006 01 01 1234 0010", 11, 9, 2},
-        {"discrete inputs", ReadRegister, access(1, 8, 32), "0000 0000 0006 01 02 0008 0100", 41, 9, 32},
-        {"input registers", ReadRegister, access(4, 7, 3), "0000 0000 0006 01 04 0007 0003", 15, 9, 6},
-        {"holding registers", ReadRegister, access(5, 100, 10, "", 3), "0000 0000 0006 03 03 0064 000A", 29, 9, 20},
-        {"broadcast read", ReadRegister, access(4, 0, 1, "", 0), "0000 0000 0006 00 04 0000 0001", 0, 0, 0},
-        {"low bits only", ReadRegister, access(0, 65536 + 8, 8192, "", 258), "0000 0000 0006 02 01 0008 0000", 8201, 9, 8192},
-        {"length past 32 bits", ReadRegister, access(5, 0, INT_MAX), "0000 0000 0006 01 03 0000 FFFF", 7, 9, -2},
-        {"a derived area", ReadRegister, access(3, 0, 1), nullptr, 0, 0, 0},
-        {"bits asked of registers", ReadBool, access(5, 0, 1), nullptr, 0, 0, 0},
-        {"registers asked of bits", ReadAnalog, access(0, 0, 1), nullptr, 0, 0, 0},
-        {"coil on", WriteBool, access(0, 17, 1, "01"), "0000 0000 0006 01 05 0011 FF00", 12, 0, 0},
-        {"coil, byte of 2", WriteBool, access(0, 17, 1, "02"), "0000 0000 0006 01 05 0011 0000", 12, 0, 0},
-        {"coil, no byte", WriteBool, access(0, 17, 1), "0000 0000 0006 01 05 0011 0000", 12, 0, 0},
-        {"broadcast coil", WriteBool, access(0, 1, 1, "01", 0), "0000 0000 0006 00 05 0001 FF00", 0, 0, 0},
-        {"two registers", WriteAnalog_10, access(5, 10, 2, "34127856"), "0000 0000 000B 01 10 000A 0002 04 1234 5678", 12, 0, 0},
-        {"32-bit values, one too many", WriteAnalog_10, access(7, 0, 4, "78563412F0DEBC9A99999999"),
+        {"coils", ReadRegister, access(Coils, 4660, 2), "0000 0000 0006 01 01 1234 0010", 11, 9, 2},
+        {"discrete inputs", ReadRegister, access(Inputs, 8, 32), "0000 0000 0006 01 02 0008 0100", 41, 9, 32},
+        {"input registers", ReadRegister, access(InputRegisters, 7, 3), "0000 0000 0006 01 04 0007 0003", 15, 9, 6},
+        {"holding registers", ReadRegister, access(Registers, 100, 10, "", 3), "0000 0000 0006 03 03 0064 000A", 29, 9, 20},
+        {"broadcast read", ReadRegister, access(InputRegisters, 0, 1, "", 0), "0000 0000 0006 00 04 0000 0001", 0, 0, 0},
+        {"low bits only", ReadRegister, access(Coils, 65536 + 8, 8192, "", 258), "0000 0000 0006 02 01 0008 0000", 8201, 9, 8192},
+        {"length past 32 bits", ReadRegister, access(Registers, 0, INT_MAX), "0000 0000 0006 01 03 0000 FFFF", 7, 9, -2},
+        {"a derived area", ReadRegister, access(RegisterBit, 0, 1), nullptr, 0, 0, 0},
+        {"bits asked of registers", ReadBool, access(Registers, 0, 1), nullptr, 0, 0, 0},
+        {"registers asked of bits", ReadAnalog, access(Coils, 0, 1), nullptr, 0, 0, 0},
+        {"coil on", WriteBool, access(Coils, 17, 1, "01"), "0000 0000 0006 01 05 0011 FF00", 12, 0, 0},
+        {"coil, byte of 2", WriteBool, access(Coils, 17, 1, "02"), "0000 0000 0006 01 05 0011 0000", 12, 0, 0},
+        {"coil, no byte", WriteBool, access(Coils, 17, 1), "0000 0000 0006 01 05 0011 0000", 12, 0, 0},
+        {"broadcast coil", WriteBool, access(Coils, 1, 1, "01", 0), "0000 0000 0006 00 05 0001 FF00", 0, 0, 0},
+        {"two registers", WriteAnalog_10, access(Registers, 10, 2, "34127856"), "0000 0000 000B 01 10 000A 0002 04 1234 5678", 12,
+         0, 0},
+        {"32-bit values, one too many", WriteAnalog_10, access(Pairs, 0, 4, "78563412F0DEBC9A99999999"),
          "0000 0000 000F 01 10 0000 0004 08 1234 5678 9ABC DEF0", 12, 0, 0},
-        {"half a 32-bit value", WriteAnalog_10, access(7, 0, 1, "7856"), "0000 0000 0007 01 10 0000 0001 02", 12, 0, 0},
-        {"data too short", WriteAnalog_10, access(5, 0, 3, "34127856"), "0000 0000 000B 01 10 0000 0003 06 1234 5678", 12, 0, 0},
-        {"odd 32-bit length", WriteAnalog_10, access(7, 0, 3, "785634120000"), "0000 0000 000B 01 10 0000 0003 06 1234 5678", 12,
+        {"half a 32-bit value", WriteAnalog_10, access(Pairs, 0, 1, "7856"), "0000 0000 0007 01 10 0000 0001 02", 12, 0, 0},
+        {"data too short", WriteAnalog_10, access(Registers, 0, 3, "34127856"), "0000 0000 000B 01 10 0000 0003 06 1234 5678", 12,
          0, 0},
-        {"byte count wraps", WriteAnalog_10, access(5, 0, 129), "0000 0000 0007 01 10 0000 0081 02", 12, 0, 0},
-        {"broadcast registers", WriteAnalog_10, access(5, 0, 1, "3412", 0), "0000 0000 0009 00 10 0000 0001 02 1234", 0, 0, 0},
-        {"one register", WriteAnalog, access(5, 16, 1, "3412"), "0000 0000 0006 01 06 0010 1234", 12, 0, 0},
-        {"one register, one byte", WriteAnalog, access(5, 16, 1, "34"), "0000 0000 0006 01 06 0010 0034", 12, 0, 0},
-        {"one register, no data", WriteAnalog, access(5, 16, 1), "0000 0000 0006 01 06 0010 0000", 12, 0, 0},
-        {"two by the other builder", WriteAnalog, access(5, 0, 2, "34127856"), "0000 0000 000B 01 10 0000 0002 04 1234 5678", 12,
+        {"odd 32-bit length", WriteAnalog_10, access(Pairs, 0, 3, "785634120000"), "0000 0000 000B 01 10 0000 0003 06 1234 5678",
+         12, 0, 0},
+        {"byte count wraps", WriteAnalog_10, access(Registers, 0, 129), "0000 0000 0007 01 10 0000 0081 02", 12, 0, 0},
+        {"broadcast registers", WriteAnalog_10, access(Registers, 0, 1, "3412", 0), "0000 0000 0009 00 10 0000 0001 02 1234", 0,
          0, 0},
-        {"remote read", Remote_ReadVar, remote(0, 0, access(0, 16, 2)), "16 00 00 02 01 0000 00000010 0002 00000000 00000000 2B",
-         11, 9, 2},
-        {"remote write", Remote_WriteVar, remote(5, 1, access(5, 100, 1, "3412")),
+        {"one register", WriteAnalog, access(Registers, 16, 1, "3412"), "0000 0000 0006 01 06 0010 1234", 12, 0, 0},
+        {"one register, one byte", WriteAnalog, access(Registers, 16, 1, "34"), "0000 0000 0006 01 06 0010 0034", 12, 0, 0},
+        {"one register, no data", WriteAnalog, access(Registers, 16, 1), "0000 0000 0006 01 06 0010 0000", 12, 0, 0},
+        {"two by the other builder", WriteAnalog, access(Registers, 0, 2, "34127856"),
+         "0000 0000 000B 01 10 0000 0002 04 1234 5678", 12, 0, 0},
+        {"remote read", Remote_ReadVar, remote(0, 0, access(Coils, 16, 2)),
+         "16 00 00 02 01 0000 00000010 0002 00000000 00000000 2B", 11, 9, 2},
+        {"remote write", Remote_WriteVar, remote(5, 1, access(Registers, 100, 1, "3412")),
          "18 05 01 02 01 0005 00000064 0001 00000000 00000000 3412 D1", 12, 0, 0},
-        {"remote, low bits only", Remote_ReadVar, remote(300, 0, access(1, -1, 65537)),
+        {"remote, low bits only", Remote_ReadVar, remote(300, 0, access(Inputs, -1, 65537)),
          "16 2C 00 02 01 0001 FFFFFFFF 0001 00000000 00000000 43", 65546, 9, 65537},
-        {"remote broadcast", Remote_ReadVar, remote(0, 0, access(0, 0, 1, "", 0)),
+        {"remote broadcast", Remote_ReadVar, remote(0, 0, access(Coils, 0, 1, "", 0)),
          "16 00 00 02 00 0000 00000000 0001 00000000 00000000 19", 0, 0, 0},
-        {"remote registers are not read", Remote_ReadVar, remote(0, 0, access(5, 0, 1)), nullptr, 0, 0, 0},
+        {"remote registers are not read", Remote_ReadVar, remote(0, 0, access(Registers, 0, 1)), nullptr, 0, 0, 0},
     };
     for (const Built &row : rows) {
         SCOPED_TRACE(row.what);
@@ -90,10 +95,10 @@ TEST_F(Driver, FramesByteForByte)
     }
 }
 
-TEST_F(Driver, RemoteWriteReachesTheImageAtOnceAndWrapsItsLength)
+TEST_F(Frames, RemoteWriteReachesTheImageAtOnceAndWrapsItsLength)
 {
     for (int size : {300, 70000}) {
-        RW_VAR var = access(5, 100, 150);
+        RW_VAR var = access(Registers, 100, 150);
         var.data = QByteArray(size, '\x01');
         Remote_WriteVar(&var);
         const QByteArray frame = PLC_driver.pendingList.takeFirst().frame;
@@ -104,64 +109,62 @@ TEST_F(Driver, RemoteWriteReachesTheImageAtOnceAndWrapsItsLength)
     }
 }
 
-TEST_F(Driver, BitOfRegisterIsReadThenWrittenBack)
+TEST_F(Frames, BitOfRegisterIsReadThenWrittenBack)
 {
-    RW_VAR var = access(3, 35, 1, "01");
+    RW_VAR var = access(RegisterBit, 35, 1, "01");
     var.rwFlag = var.subIndex = 7;
     WriteBool_WordOfBit(&var);
     ASSERT_EQ(PLC_driver.pendingList.size(), 2);
     const Protocol &read = PLC_driver.pendingList.at(0), &writeBack = PLC_driver.pendingList.at(1);
-    EXPECT_EQ(hex(read.frame), hex("0000 0000 0006 01 03 0002 0001"));
+    EXPECT_EQ(hex(read.frame) + hex(writeBack.frame), hex("0000 0000 0006 01 03 0002 0001 0000 0000 0006 01 06 0002 3030"));
     EXPECT_EQ(read.replyLength, 11);
-    EXPECT_EQ(origin(read.var), "0 0 0 0 0 -1 0  ");
-    EXPECT_EQ(read.var.startAddress, 2);
-    EXPECT_EQ(hex(writeBack.frame), hex("0000 0000 0006 01 06 0002 3030"));
     EXPECT_EQ(writeBack.replyLength, 12);
+    EXPECT_EQ(origin(read.var), "0 0 0 0 0 -1 0  ");
     EXPECT_EQ(origin(writeBack.var), "0 0 1 0 0 0 0  ");
-    EXPECT_EQ(writeBack.var.startAddress, 35);
+    EXPECT_EQ(listed(QList<RW_VAR>() << read.var << writeBack.var), "3:2*1 3:35*1");
     EXPECT_EQ(settings.repliesExpected, 2);
     PLC_driver.pendingList.clear();
     var.station = 0;
     WriteBool_WordOfBit(&var);
     EXPECT_TRUE(PLC_driver.pendingList.isEmpty()) << "no broadcast can be read";
-    var = access(3, -1, 1, "01");
+    var = access(RegisterBit, -1, 1, "01");
     WriteBool_WordOfBit(&var);
-    EXPECT_EQ(hex(PLC_driver.pendingList.at(0).frame), hex("0000 0000 0006 01 03 0000 0001"));
+    EXPECT_EQ(hex(PLC_driver.pendingList.at(0).frame), hex("0000 0000 0006 01 03 0000 0001")) << "rounded towards 0";
 }
 
-TEST_F(Driver, EveryWriteIsNotifiedAndMirroredUnlessItMayNotBe)
+TEST_F(Frames, EveryWriteIsNotifiedAndMirroredUnlessItMayNotBe)
 {
     const struct
     {
         const char *what;
         int area;
         bool failed;
-        int queued;
-        const char *register0;
+        const char *call, *register0;
     } rows[] = {
-        {"registers", 5, false, 1, "3412"},
-        {"after a failure", 5, true, 1, "0000"},
-        {"a bit of a register", 3, false, 2, "0000"},
-        {"read-only area", 4, false, 0, "0000"},
-        {"no area", 8, false, 0, "0000"},
+        {"registers", Registers, false, "notify 6 1, 1 0", "3412"},
+        {"after a failure", Registers, true, "notify 6 1, 1 0", "5555"},
+        {"a bit of a register", RegisterBit, false, "notify 6 1, 2 0", "5555"},
+        {"read-only area", InputRegisters, false, "notify 6 1, 0 0", "5555"},
+        {"no area", NoArea, false, "notify 6 1, 0 0", "5555"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.what);
-        PLC_driver.holdingRegisters[0] = 0;
+        PLC_driver.holdingRegisters[0] = 0x5555; // bit 0 is set, and byte 34 would clear it
         PLC_driver.pendingList.clear();
         PLC_driver.lastFailed = row.failed;
         RW_VAR var = access(row.area, 0, 1, "3412");
         var.hostId = 6;
+        PLC_driver.listMutex.lock(); // as the cycle holds it
         WriteRegister(&var);
-        EXPECT_EQ(PLC_driver.pendingList.size(), row.queued);
-        EXPECT_EQ(takeCalls(), Calls{"notify 6 1"});
-        EXPECT_EQ(value(5, "0", 1), row.register0);
+        PLC_driver.listMutex.unlock();
+        EXPECT_EQ(takeCalls(), Calls{row.call});
+        EXPECT_EQ(value(Registers, "0", 1), row.register0);
     }
 }
 
-TEST_F(Driver, CallBacksThatAreNotRegisteredAreSkipped)
+TEST_F(Frames, CallBacksThatAreNotRegisteredAreSkipped)
 {
     RegistCallBackFuncIntf(nullptr, nullptr);
-    write(5, "0", 1, "3412");
+    write(Registers, "0", 1, "3412");
     exchange("0000 0000 0009 01 10 0000 0001 02 1234", "", 41);
 }

@@ -4,9 +4,11 @@
 
 #include <climits>
 
+typedef DriverFixture Queues;
+
 namespace {
 
-int addWrite(const RW_VAR &var, int mode = 0)
+int addWrite(const RW_VAR &var, int mode = modbus_driver::QueueMerged)
 {
     RW_VAR copy = var;
     return AddListWriteVar(&copy, mode);
@@ -20,73 +22,41 @@ RW_VAR onceRead(int area, const char *address, int length, int hostId = 1)
     return var;
 }
 
-/// Requests in readList, for a block size, mode and list of items.
-struct Grouped
-{
-    const char *what;
-    int block;
-    std::vector<Item> items;
-    const char *requests;
-};
-
-const Grouped sharedRequests[] = {
-    {"a gap within the block", 10, {{5, "8", 2}, {5, "0", 2}, {5, "20", 1}, {5, "5", 2}}, "5:0*10 5:20*1"},
-    {"one inside another", 10, {{5, "0", 10}, {5, "3", 2}}, "5:0*10"},
-    {"ends inside, starts outside", 10, {{5, "0", 10}, {5, "3", 8}}, "5:0*10 5:3*8"},
-    {"coils in whole bytes", 10, {{0, "3", 4}, {0, "10", 2}, {0, "100", 1}}, "0:0*2 0:96*1"},
-    {"bits of a register", 10, {{3, "10.5", 3}, {3, "10.15", 2}}, "5:10*2"},
-    {"a run longer than a block", 32, {{0, "13", 500}}, "0:8*33 0:264*32"},
-    {"registers longer than a block", 10, {{5, "0", 25}}, "5:0*10 5:10*10 5:20*5"},
-    {"the order of areas", 10, {{5, "0", 1}, {0, "0", 1}, {6, "0", 2}, {1, "0", 1}, {7, "4", 2}}, "0:0*1 1:0*1 4:0*2 5:0*6"},
-    {"nothing usable", 10, {{9, "0", 1}, {2, "5", 1}, {5, "-1", 1}}, ""},
-    {"no limit, no merging", 0, {{5, "0", 300}, {5, "300", 1}, {5, "290", 10}, {5, "301", 0}}, "5:0*300 5:300*1 5:301*0"},
-    {"negative block is no limit", -1, {{5, "0", 300}, {5, "300", 1}}, "5:0*300 5:300*1"},
-    {"an empty variable", 10, {{5, "4", 0}}, "5:4*0"},
-    {"the same address twice", 10, {{5, "4", 1}, {5, "4", 3}}, "5:4*3"},
-    {"no count passes a table", 0, {{4, "0", INT_MAX}}, "4:0*65536"},
-};
-
 } // namespace
 
-TEST_F(Driver, HeadOfQueueIsNeverMerged)
+TEST_F(Queues, WritesMergeIntoTheFirstOfTheSamePlaceButTheHead)
 {
-    EXPECT_EQ(addWrite(access(5, 0, 1, "0100")), 1);
-    EXPECT_EQ(addWrite(access(5, 0, 1, "0200")), 2);
-    EXPECT_EQ(addWrite(access(5, 0, 1, "0300")), 2);
-    EXPECT_EQ(hex(PLC_driver.writeList.at(0).data), "0100");
-    EXPECT_EQ(hex(PLC_driver.writeList.at(1).data), "0300");
-}
-
-TEST_F(Driver, WritesMergeOnlyIntoTheSamePlace)
-{
-    addWrite(access(5, 9, 1));
-    addWrite(access(5, 0, 1, "0100"));
-    const RW_VAR others[] = {access(5, 0, 1, "", 2), access(3, 0, 1), access(5, 1, 1), access(5, 0, 2)};
+    const RW_VAR place = access(Registers, 0, 1, "0100");
+    EXPECT_EQ(addWrite(place), 1);
+    EXPECT_EQ(addWrite(place), 2) << "the head is never merged";
+    const RW_VAR others[] = {access(Registers, 0, 1, "", 2), access(RegisterBit, 0, 1), access(Registers, 1, 1),
+                             access(Registers, 0, 2)};
     int count = 2;
     for (const RW_VAR &other : others)
-        EXPECT_EQ(addWrite(other), ++count) << listed({other});
-    addWrite(access(5, 0, 1, "0200"), 1);
-    EXPECT_EQ(addWrite(access(5, 0, 1, "0300")), 7);
+        EXPECT_EQ(addWrite(other), ++count) << listed(QList<RW_VAR>() << other);
+    addWrite(access(Registers, 0, 1, "0200"), modbus_driver::QueueAsIs);
+    EXPECT_EQ(addWrite(access(Registers, 0, 1, "0300")), 7);
+    EXPECT_EQ(hex(PLC_driver.writeList.at(0).data), "0100");
     EXPECT_EQ(hex(PLC_driver.writeList.at(1).data), "0300") << "the first match is overwritten";
     EXPECT_EQ(hex(PLC_driver.writeList.at(6).data), "0200") << "and no other";
 }
 
-TEST_F(Driver, FullQueuesDropAndModeOneDoesNot)
+TEST_F(Queues, FullQueuesDropButQueueAsIsDoesNot)
 {
-    RW_VAR read = onceRead(5, "0", 1);
+    RW_VAR read = onceRead(Registers, "0", 1);
     for (int i = 0; i < 1100; ++i) {
-        EXPECT_EQ(addWrite(access(5, i, 1)), qMin(i + 1, 1024));
+        EXPECT_EQ(addWrite(access(Registers, i, 1)), qMin(i + 1, 1024));
         read.dataLength = 1;
         read.addressText = QString::number(i);
         EXPECT_EQ(AddListOnceReadVar(&read, 0), qMin(i + 1, 1024));
     }
-    EXPECT_EQ(addWrite(access(5, 5000, 1), 1), 1025);
+    EXPECT_EQ(addWrite(access(Registers, 5000, 1), 1), 1025);
     EXPECT_EQ(AddListOnceReadVar(&read, 1), 1025);
-    EXPECT_EQ(addWrite(access(5, 7, 1, "0700")), 1025);
+    EXPECT_EQ(addWrite(access(Registers, 7, 1, "0700")), 1025);
     EXPECT_EQ(hex(PLC_driver.writeList.at(7).data), "0700") << "a full queue still merges";
 }
 
-TEST_F(Driver, OneShotReadsInPieces)
+TEST_F(Queues, OneShotReadsInBlocks)
 {
     const struct
     {
@@ -94,20 +64,19 @@ TEST_F(Driver, OneShotReadsInPieces)
         int block, area;
         const char *address;
         int length;
-        const char *pieces;
-        const char *left = nullptr; ///< in the host's record, when that is not the last piece
+        const char *blocks, *left; ///< what of the host's record is left
     } rows[] = {
-        {"coils in bytes", 2, 0, "13", 30, "0:8*2 0:24*2 0:40*1"},
-        {"bits of registers", 1, 3, "10.5", 20, "5:10*1 5:11*1"},
-        {"bits in one input register", 10, 2, "10.5", 3, "4:10*1"},
-        {"32-bit values", 2, 7, "100", 5, "5:100*2 5:102*2 5:104*1"},
-        {"full last piece", 2, 4, "100", 4, "4:100*2 4:102*2"},
-        {"no limit", 0, 5, "0", 500, "5:0*500"},
-        {"negative block", -3, 5, "0", 500, "5:0*500"},
-        {"nothing asked", 10, 5, "0", 0, "", "5:0*0"},
-        {"less than nothing", 10, 0, "7", -20, "", "0:0*-1"},
-        {"unknown area keeps its own address", 10, 9, "50", 2, "9:-7*2"},
-        {"huge length", 0, 0, "7", INT_MAX, "0:0*268435457"},
+        {"coils in bytes", 2, Coils, "13", 30, "0:8*2 0:24*2 0:40*1", "0:40*1"},
+        {"bits of registers", 1, RegisterBit, "10.5", 20, "5:10*1 5:11*1", "5:11*1"},
+        {"bits in one input register", 10, InputBit, "10.5", 3, "4:10*1", "4:10*1"},
+        {"32-bit values", 2, Pairs, "100", 5, "5:100*2 5:102*2 5:104*1", "5:104*1"},
+        {"full last block", 2, InputRegisters, "100", 4, "4:100*2 4:102*2", "4:102*2"},
+        {"no limit", 0, Registers, "0", 500, "5:0*500", "5:0*500"},
+        {"negative block", -3, Registers, "0", 500, "5:0*500", "5:0*500"},
+        {"nothing asked", 10, Registers, "0", 0, "", "5:0*0"},
+        {"less than nothing", 10, Coils, "7", -20, "", "0:0*-1"},
+        {"unknown area keeps its own address", 10, 9, "50", 2, "9:-7*2", "9:-7*2"},
+        {"huge length", 0, Coils, "7", INT_MAX, "0:0*268435457", "0:0*268435457"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.what);
@@ -116,17 +85,22 @@ TEST_F(Driver, OneShotReadsInPieces)
         RW_VAR var = onceRead(row.area, row.address, row.length);
         var.subIndex = var.aux = 5;
         AddListOnceReadVar(&var, 0);
-        EXPECT_EQ(listed(PLC_driver.onceReadList), row.pieces);
+        EXPECT_EQ(listed(PLC_driver.onceReadList), row.blocks);
+        EXPECT_EQ(listed(QList<RW_VAR>() << var), row.left);
         EXPECT_EQ(var.subIndex, 0);
         EXPECT_EQ(var.aux, 0);
-        EXPECT_EQ(listed({var}), row.left ? row.left : listed({PLC_driver.onceReadList.last()}));
     }
+    settings.writeBlockSize = 1;
+    RW_VAR var = onceRead(Registers, "0", INT_MAX);
+    EXPECT_EQ(AddListOnceReadVar(&var, 0), 1024);
+    EXPECT_EQ(listed(QList<RW_VAR>() << var), "5:2147483646*1") << "the last block, also where the queue is full";
 }
 
-TEST_F(Driver, OneShotReadsAreNotQueuedTwiceByOneItem)
+TEST_F(Queues, OneShotReadsAreNotQueuedTwiceByOneItem)
 {
     settings.defaultStation = 4;
-    RW_VAR read = onceRead(5, "0", 15), again = read, other = onceRead(5, "0", 15, 2), many = read, bad = onceRead(2, "3", 1);
+    RW_VAR read = onceRead(Registers, "0", 15), again = read, other = onceRead(Registers, "0", 15, 2), many = read,
+           bad = onceRead(InputBit, "3", 1);
     EXPECT_EQ(AddListOnceReadVar(&read, 0), 2);
     EXPECT_EQ(AddListOnceReadVar(&again, 0), 2);
     EXPECT_EQ(AddListOnceReadVar(&other, 0), 4);
@@ -135,21 +109,59 @@ TEST_F(Driver, OneShotReadsAreNotQueuedTwiceByOneItem)
     EXPECT_EQ(listed(PLC_driver.onceReadList), "4/5:0*10 4/5:10*5 4/5:0*10 4/5:10*5 5:0*10 5:10*5");
     bad.aux = 5;
     EXPECT_EQ(AddListOnceReadVar(&bad, 0), 0);
-    EXPECT_EQ(listed({bad}) + origin(bad), "2:-7*11 0 0 0 0 0 5  3") << "a bad address leaves the host's record alone";
+    EXPECT_EQ(listed(QList<RW_VAR>() << bad) + origin(bad), "2:-7*11 0 0 0 0 0 5  3") << "the host's record is left alone";
 }
 
-TEST_F(Driver, OneShotReadOfMoreThanAQueueEndsAtTheLastPiece)
+TEST_F(Queues, NeighboursShareARequest)
 {
-    settings.writeBlockSize = 1;
-    RW_VAR var = onceRead(5, "0", INT_MAX);
-    EXPECT_EQ(AddListOnceReadVar(&var, 0), 1024);
-    EXPECT_EQ(listed({var}), "5:2147483646*1");
-}
-
-TEST_F(Driver, NeighboursShareARequestAtOneStation)
-{
-    for (const Grouped &row : sharedRequests) {
+    const struct
+    {
+        const char *what;
+        int perStation, block;
+        std::vector<Item> items;
+        const char *requests;
+    } rows[] = {
+        {"a gap within the block",
+         0,
+         10,
+         {{Registers, "8", 2}, {Registers, "0", 2}, {Registers, "20", 1}, {Registers, "5", 2}},
+         "5:0*10 5:20*1"},
+        {"one inside another", 0, 10, {{Registers, "0", 10}, {Registers, "3", 2}}, "5:0*10"},
+        {"ends inside, starts outside", 0, 10, {{Registers, "0", 10}, {Registers, "3", 8}}, "5:0*10 5:3*8"},
+        {"coils in whole bytes", 0, 10, {{Coils, "3", 4}, {Coils, "10", 2}, {Coils, "100", 1}}, "0:0*2 0:96*1"},
+        {"bits of a register", 0, 10, {{RegisterBit, "10.5", 3}, {RegisterBit, "10.15", 2}}, "5:10*2"},
+        {"a run longer than a block", 0, 32, {{Coils, "13", 500}}, "0:8*33 0:264*32"},
+        {"registers longer than a block", 0, 10, {{Registers, "0", 25}}, "5:0*10 5:10*10 5:20*5"},
+        {"the order of areas",
+         0,
+         10,
+         {{Registers, "0", 1}, {Coils, "0", 1}, {InputPairs, "0", 2}, {Inputs, "0", 1}, {Pairs, "4", 2}},
+         "0:0*1 1:0*1 4:0*2 5:0*6"},
+        {"nothing usable", 0, 10, {{9, "0", 1}, {InputBit, "5", 1}, {Registers, "-1", 1}}, ""},
+        {"no limit, no merging",
+         0,
+         0,
+         {{Registers, "0", 300}, {Registers, "300", 1}, {Registers, "290", 10}, {Registers, "301", 0}},
+         "5:0*300 5:300*1 5:301*0"},
+        {"negative block is no limit", 0, -1, {{Registers, "0", 300}, {Registers, "300", 1}}, "5:0*300 5:300*1"},
+        {"an empty variable", 0, 10, {{Registers, "4", 0}}, "5:4*0"},
+        {"the same address twice", 0, 10, {{Registers, "4", 1}, {Registers, "4", 3}}, "5:4*3"},
+        {"no count passes a table", 0, 0, {{InputRegisters, "0", INT_MAX}}, "4:0*65536"},
+        {"of one station each", 1, 10, {{Registers, "0", 2, 1}, {Registers, "0", 2, 2}, {Registers, "4", 2, 1}}, "5:0*6 2/5:0*2"},
+        {"255 of one area is 0 of the next", 1, 10, {{Coils, "16", 1, 255}, {Inputs, "0", 1, 0}}, "0/1:0*3"},
+        {"an unknown area", 1, 10, {{9, "0", 25}}, "9:0*10 9:10*10 9:20*5"},
+        {"bits in blocks of whole bytes", 1, 10, {{Coils, "27", 200}}, "0:24*10 0:104*10 0:184*6"},
+        {"what asks for nothing opens no group",
+         1,
+         10,
+         {{Registers, "0", 0, 2}, {RegisterBit, "1", 1}, {Registers, "-1", 1}, {Registers, "0", 1, 1}, {Registers, "0", 1, 2}},
+         "5:0*1 2/5:0*1"},
+        {"equal addresses, the newest first", 1, 0, {{Registers, "0", 2}, {Registers, "0", 3}}, "5:0*3"},
+        {"the newest is the shorter", 1, 0, {{Registers, "0", 3}, {Registers, "0", 2}}, "5:0*2 5:0*3"},
+    };
+    for (const auto &row : rows) {
         SCOPED_TRACE(row.what);
+        settings.multiStation = row.perStation;
         settings.writeBlockSize = row.block;
         const int count = poll(row.items);
         EXPECT_EQ(listed(PLC_driver.readList), row.requests);
@@ -157,70 +169,34 @@ TEST_F(Driver, NeighboursShareARequestAtOneStation)
     }
 }
 
-TEST_F(Driver, NeighboursShareARequestAtManyStations)
-{
-    settings.multiStation = 1;
-    poll({{5, "0", 2, 1}, {5, "0", 2, 2}, {5, "4", 2, 1}});
-    EXPECT_EQ(listed(PLC_driver.readList), "5:0*6 2/5:0*2");
-    poll({{0, "16", 1, 255}, {1, "0", 1, 0}});
-    EXPECT_EQ(listed(PLC_driver.readList), "0/1:0*3") << "255 of one area is 0 of the next";
-    poll({{9, "0", 25}});
-    EXPECT_EQ(listed(PLC_driver.readList), "9:0*10 9:10*10 9:20*5");
-    poll({{0, "27", 200}});
-    EXPECT_EQ(listed(PLC_driver.readList), "0:24*10 0:104*10 0:184*6");
-    poll({{5, "0", 0, 2}, {3, "1", 1}, {5, "-1", 1}, {5, "0", 1, 1}, {5, "0", 1, 2}});
-    EXPECT_EQ(listed(PLC_driver.readList), "5:0*1 2/5:0*1") << "what asks for nothing opens no group";
-}
-
-TEST_F(Driver, EqualAddressesOfAStationAreTakenNewestFirst)
-{
-    settings.multiStation = 1;
-    settings.writeBlockSize = 0;
-    poll({{5, "0", 2}, {5, "0", 3}});
-    EXPECT_EQ(listed(PLC_driver.readList), "5:0*3");
-    poll({{5, "0", 3}, {5, "0", 2}});
-    EXPECT_EQ(listed(PLC_driver.readList), "5:0*2 5:0*3");
-}
-
-TEST_F(Driver, PolledRequestsCarryTheTemplate)
+TEST_F(Queues, PolledRequestsCarryTheTemplate)
 {
     settings.remoteMode = 3;
     VAR_ITEM item;
-    item.area = 5;
+    item.area = Registers;
     item.count = 1;
     item.addressText = QString::number(7);
     item.tagText = QString::fromLatin1("tag");
-    QList<VAR_ITEM> items = {item};
+    QList<VAR_ITEM> items = QList<VAR_ITEM>() << item;
     ReCreatReadVarList(&items);
     EXPECT_EQ(origin(PLC_driver.readList.at(0)), "0 -1 0 3 2 0 0 tag 7");
 }
 
-TEST_F(Driver, OnlyARealRebuildStartsThePassAfresh)
+TEST_F(Queues, OnlyARealRebuildStartsThePassAfresh)
 {
-    poll({{5, "0", 1}});
-    settings.cycleDone = 1;
-    PLC_driver.cyclicDone = 1;
+    poll({{Registers, "0", 1}});
+    settings.cycleDone = PLC_driver.cyclicDone = 1;
     EXPECT_EQ(poll({}), 0);
-    EXPECT_EQ(settings.cycleDone, 1);
-    EXPECT_EQ(PLC_driver.cyclicDone, 1);
+    EXPECT_EQ(settings.cycleDone + PLC_driver.cyclicDone, 2);
     EXPECT_TRUE(PLC_driver.readList.isEmpty());
-    poll({{5, "0", 1}});
-    EXPECT_EQ(settings.cycleDone, 0);
-    EXPECT_EQ(PLC_driver.cyclicDone, 0);
+    poll({{Registers, "0", 1}});
+    EXPECT_EQ(settings.cycleDone + PLC_driver.cyclicDone, 0);
 }
 
-TEST_F(Driver, SortIsStableAndAscending)
+TEST_F(Queues, StepsOnFinishedRecords)
 {
-    QList<RW_VAR> list = {access(5, 3, 1), access(5, -1, 1), access(5, 3, 2), access(5, 0, 1), access(5, 3, 3)};
-    QList<RW_VAR> two = list.mid(0, 2);
-    Bubble_Sort(&list);
-    Bubble_Sort(&two);
-    EXPECT_EQ(listed(list + two), "5:-1*1 5:0*1 5:3*1 5:3*2 5:3*3 5:-1*1 5:3*1");
-}
-
-TEST_F(Driver, MergeStepsOnFinishedRecords)
-{
-    const QList<RW_VAR> neighbours = {access(5, 0, 1), access(5, 1, 1)};
+    const QList<RW_VAR> neighbours = QList<RW_VAR>() << access(Registers, 0, 1) << access(Registers, 1, 1);
+    const QList<RW_VAR> bits = QList<RW_VAR>() << access(Coils, 3, 4) << access(Coils, 12, 4) << access(Coils, 40, 9);
     const struct
     {
         const char *what;
@@ -233,35 +209,40 @@ TEST_F(Driver, MergeStepsOnFinishedRecords)
         {"an entry that is not there is not widened", WordVarReCreat, neighbours, 10, 90, 91, "5:90*1 5:0*1"},
         {"nor one ahead of the first", WordVarReCreat, neighbours, 10, -1, 0, "5:90*1 5:0*1"},
         {"the first one is", WordVarReCreat, neighbours, 10, 0, 1, "5:90*2 5:0*1"},
-        {"bits", BitVarReCreat, {access(0, 3, 4), access(0, 12, 4), access(0, 40, 9)}, 16, 1, 3, "5:90*1 0:0*2 0:40*2"},
-        {"no limit is less than 1", WordVarReCreat, {access(5, 0, 0), access(5, 0, 1)}, 0, 1, 3, "5:90*1 5:0*0 5:0*1"},
-        {"no limit", WordVarReCreat, {access(5, 0, 2), access(5, 1, 1), access(5, 2, 1)}, 0, 1, 3, "5:90*1 5:0*2 5:2*1"},
+        {"bits", BitVarReCreat, bits, 16, 1, 3, "5:90*1 0:0*2 0:40*2"},
+        {"no limit", WordVarReCreat, neighbours, 0, 1, 3, "5:90*1 5:0*1 5:1*1"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.what);
-        PLC_driver.readList = QList<RW_VAR>() << access(5, 90, 1);
+        PLC_driver.readList = QList<RW_VAR>() << access(Registers, 90, 1);
         QList<RW_VAR> sorted = row.sorted;
         EXPECT_EQ(row.step(&sorted, row.limit, row.count), row.result);
         EXPECT_EQ(listed(PLC_driver.readList), row.list);
     }
+    QList<RW_VAR> list = QList<RW_VAR>() << access(Registers, 3, 1) << access(Registers, -1, 1) << access(Registers, 3, 2);
+    QList<RW_VAR> two = list.mid(0, 2);
+    Bubble_Sort(&list);
+    Bubble_Sort(&two);
+    EXPECT_EQ(listed(list + two), "5:-1*1 5:3*1 5:3*2 5:-1*1 5:3*1") << "ascending, equal ones in their order";
 }
 
-TEST_F(Driver, RunsAreCutIntoPieces)
+TEST_F(Queues, RunsAreSplitIntoBlocks)
 {
     const struct
     {
         int length, limit;
-        const char *list, *left; ///< what of the record is left when it was cut
+        const char *list, *left; ///< what of the record is left when it was split
     } rows[] = {
-        {10, 10, "5:100*99", "5:100*99"}, {25, 10, "5:100*10 5:110*10 5:120*5", "5:120*5"},
-        {1, 0, "5:100*1", "5:100*1"},     {24, 0, "5:100*24", "5:100*24"},
+        {10, 10, "5:100*99", "5:100*99"},
+        {25, 10, "5:100*10 5:110*10 5:120*5", "5:120*5"},
+        {24, 0, "5:100*24", "5:100*24"},
         {-2, -3, "5:100*99", "5:100*99"},
     };
     for (const auto &row : rows) {
         QList<RW_VAR> list;
-        RW_VAR var = access(5, 100, 99);
+        RW_VAR var = access(Registers, 100, 99);
         WhetherGroup(row.length, row.limit, &var, &list);
         EXPECT_EQ(listed(list), row.list) << row.length;
-        EXPECT_EQ(listed({var}), row.left) << row.length;
+        EXPECT_EQ(listed(QList<RW_VAR>() << var), row.left) << row.length;
     }
 }

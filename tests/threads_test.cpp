@@ -2,7 +2,7 @@
 // Panel threads write, read, rebuild the poll list and switch a station off and on while the cycle runs.
 // Under ThreadSanitizer this shows races; without it, wrong results.
 #include "driver_checks.h"
-#include "in_memory_station.h"
+#include "memory_station.h"
 
 #include <gtest/gtest.h>
 
@@ -76,7 +76,7 @@ protected:
     }
     int registerOf(int writer, int address)
     {
-        return station.unit(unitOf(writer)).holdingRegisters[static_cast<std::size_t>(address)];
+        return station.table(unitOf(writer), AreaHoldingRegisters)[static_cast<std::size_t>(address)];
     }
     void rebuild(int areas);
     void exchange();
@@ -86,7 +86,7 @@ protected:
     void showAndSwitch();
 
     CommSettings settings;
-    InMemoryStation station{{1, 2, switched}, 128};
+    MemoryStation station;
     std::atomic<bool> panelsDone{false};
     std::atomic<int> torn{0};
 };
@@ -117,7 +117,7 @@ void Threads::exchange()
     const bool lost = ++counts.exchanges % lossesEvery < 2 && !panelsDone;
     counts.lost += lost;
     for (int unit = 1; unit <= units; ++unit) { // both halves of every 32-bit input change at once
-        for (quint16 &input : station.unit(unit).inputRegisters)
+        for (quint16 &input : station.table(unit, AreaInputRegisters))
             input = static_cast<quint16>(counts.exchanges);
     }
     QByteArray reply = lost ? QByteArray() : station.reply(request->frame);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A host in verbs: every test starts with a driver as it is after loading, and a settings record of
-// its own. Bytes are hexadecimal on both sides; blanks group them as the reader likes.
+// A host in verbs: every test starts with a driver as it is after loading, and a settings record of its own. Bytes are
+// hexadecimal on both sides; blanks group them as the reader likes.
 
 #pragma once
 
@@ -11,6 +11,9 @@
 #include <string>
 #include <vector>
 
+// The areas, short enough for rows.
+enum { Coils, Inputs, InputBit, RegisterBit, InputRegisters, Registers, InputPairs, Pairs, NoArea };
+
 inline QByteArray bytes(const char *hex)
 {
     return QByteArray::fromHex(hex);
@@ -18,7 +21,7 @@ inline QByteArray bytes(const char *hex)
 
 inline std::string hex(const QByteArray &data)
 {
-    return data.toHex().toUpper().toStdString();
+    return data.toHex().toUpper().constData();
 }
 
 /// The same digits as hex() gives, without the author's blanks.
@@ -35,11 +38,15 @@ struct Item
     int station = 1;
 };
 
-class Driver : public testing::Test
+typedef std::vector<std::string> Calls;
+
+class DriverFixture : public testing::Test
 {
 protected:
-    Driver();
+    DriverFixture() { restart(0); }
 
+    /// Everything as at the start of a test, with this CommSettings::multiStation.
+    void restart(int multiStation);
     int poll(const std::vector<Item> &items);
     int write(int area, const char *address, int count, const char *value, int hostId = 0, int hostItem = 0, int station = 1);
     void expectRequest(const char *frame);
@@ -51,13 +58,12 @@ protected:
     int noReply() { return DataCom(nullptr, 0)->status; }
     /// What GetRegisterData gives.
     std::string value(int area, const char *address, int count, int station = 1);
-    /// The call-backs since the last look: "done CHANNEL ID ITEM OUTCOME", "notify ID FLAG".
-    std::vector<std::string> takeCalls();
+    /// The call-backs since the last look, each with the numbers of pending requests and of queued writes and one-shot
+    /// reads at that moment: "done CHANNEL ID ITEM OUTCOME, PENDING QUEUED", "notify ID FLAG, PENDING QUEUED".
+    Calls takeCalls();
 
     CommSettings settings;
 };
-
-typedef std::vector<std::string> Calls;
 
 RW_VAR access(int area, int start, int length, const char *data = "", int station = 1);
 /// "area:start*length" for each entry, with "station/" ahead when that is not 1.

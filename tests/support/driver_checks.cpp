@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "driver_checks.h"
 
+#include "base/block_checks.h"
 #include "base/modbus_wire.h"
 #include "base/remote_wire.h"
 
@@ -12,26 +13,24 @@ namespace {
 
 bool isModbusFrame(const QByteArray &frame, const RW_VAR &var)
 {
-    if (frame.size() < wire::RequestLength || frame.left(4) != QByteArray(4, '\0') ||
-        wire::wordAt(frame, wire::LengthAt) != ((frame.size() - wire::LengthFieldEnd) & 0xFFFF) ||
-        frame.at(wire::UnitAt) != static_cast<char>(var.station))
+    const int size = frame.size(), function = wire::byteAt(frame, wire::FunctionAt);
+    if (frame.left(wire::LengthAt) != QByteArray(wire::LengthAt, '\0') ||
+        wire::wordAt(frame, wire::LengthAt) != ((size - wire::LengthFieldEnd) & 0xFFFF) ||
+        wire::byteAt(frame, wire::UnitAt) != (var.station & 0xFF))
         return false;
-    const int function = wire::byteAt(frame, wire::FunctionAt);
     if (function != wire::WriteMultipleRegisters)
-        return function >= wire::ReadCoils && function <= wire::WriteSingleRegister && frame.size() == wire::RequestLength;
-    return frame.size() >= wire::WriteDataAt &&
-           frame.at(wire::WriteByteCountAt) == static_cast<char>(2 * wire::wordAt(frame, wire::ValueAt)) &&
-           (frame.size() - wire::WriteDataAt) / 2 <= qMax(0, var.dataLength);
+        return function >= wire::ReadCoils && function <= wire::WriteSingleRegister && size == wire::RequestLength;
+    return size >= wire::WriteDataAt && (size - wire::WriteDataAt) / 2 <= qMax(0, var.dataLength) &&
+           wire::byteAt(frame, wire::WriteByteCountAt) == (2 * wire::wordAt(frame, wire::ValueAt) & 0xFF);
 }
 
 bool isRemoteFrame(const QByteArray &frame, const RW_VAR &var)
 {
-    unsigned sum = 0;
-    for (int i = 0; i + 1 < frame.size(); ++i)
-        sum += static_cast<quint8>(frame.at(i));
-    return frame.size() >= remoteWire::ShortestFrame && frame.at(0) == static_cast<char>(frame.size()) &&
-           frame.at(remoteWire::StationAt) == static_cast<char>(var.station) &&
-           frame.at(frame.size() - 1) == static_cast<char>(sum);
+    const int last = frame.size() - 1;
+    const uchar *const bytes = reinterpret_cast<const uchar *>(frame.constData());
+    return last + 1 >= remoteWire::ShortestFrame && bytes[remoteWire::LengthAt] == ((last + 1) & 0xFF) &&
+           bytes[remoteWire::StationAt] == (var.station & 0xFF) &&
+           bytes[last] == (byteSum(bytes, static_cast<unsigned>(last)) & 0xFF);
 }
 
 const char *brokenRequest(const Protocol &request)
@@ -40,19 +39,8 @@ const char *brokenRequest(const Protocol &request)
         return "frameLength is not the frame's size";
     if (!isModbusFrame(request.frame, request.var) && !isRemoteFrame(request.frame, request.var))
         return "a frame is malformed";
-    if ((request.var.station == 0) != (request.replyLength == 0) && request.replyDataLength >= 0)
+    if ((request.var.station == StationBroadcast) != (request.replyLength == 0) && request.replyDataLength >= 0)
         return "a broadcast expects a reply, or another request expects none";
-    return nullptr;
-}
-
-const char *brokenPending(const QList<Protocol> &pending)
-{
-    if (pending.size() > 2 || (pending.size() == 2 && pending.at(0).var.subIndex != -1))
-        return "more is in flight than one request and its second half";
-    for (const Protocol &request : pending) {
-        if (const char *broken = brokenRequest(request))
-            return broken;
-    }
     return nullptr;
 }
 
@@ -86,7 +74,12 @@ const char *violatedInvariant(int forced)
         return "a queue passed its limit";
     if (!driver.result.data.isEmpty())
         return "value bytes reached the result record";
-    if (const char *broken = brokenPending(driver.pendingList))
-        return broken;
+    const QList<Protocol> &pending = driver.pendingList;
+    if (pending.size() > 2 || (pending.size() == 2 && pending.at(0).var.subIndex != SubIndexReadHalf))
+        return "more is in flight than one request and its second half";
+    for (const Protocol &request : pending) {
+        if (const char *broken = brokenRequest(request))
+            return broken;
+    }
     return brokenCounter(driver, *driver.comInfo);
 }

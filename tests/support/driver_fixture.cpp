@@ -1,41 +1,51 @@
 // SPDX-License-Identifier: MIT
 #include "driver_fixture.h"
 
-#include <new>
+#include "driver_checks.h"
+
+#include <QtCore/QStringList>
 
 namespace {
 
 Calls calls;
 
+/// `call` has all but the last two numbers. The driver must hold listMutex, which a host relies on.
+void record(const QString &call)
+{
+    EXPECT_FALSE(PLC_driver.listMutex.tryLock());
+    const int queued = PLC_driver.writeList.size() + PLC_driver.onceReadList.size();
+    calls.push_back(qPrintable(call + QString::fromLatin1(", %1 %2").arg(PLC_driver.pendingList.size()).arg(queued)));
+}
+
 void writeDone(int channel, int id, int item, int outcome)
 {
-    calls.push_back(QString::fromLatin1("done %1 %2 %3 %4").arg(channel).arg(id).arg(item).arg(outcome).toStdString());
+    record(QString::fromLatin1("done %1 %2 %3 %4").arg(channel).arg(id).arg(item).arg(outcome));
 }
 
 void itemNotify(QList<RW_VAR> *list, int id, int flag)
 {
     EXPECT_TRUE(list->isEmpty());
     list->append(RW_VAR()); // the driver throws away what the host puts in
-    calls.push_back(QString::fromLatin1("notify %1 %2").arg(id).arg(flag).toStdString());
+    record(QString::fromLatin1("notify %1 %2").arg(id).arg(flag));
 }
 
 } // namespace
 
-Driver::Driver()
+void DriverFixture::restart(int multiStation)
 {
-    PLC_driver.~Modbus_TCPIP_RTU_M();
-    new (&PLC_driver) Modbus_TCPIP_RTU_M();
+    settings = CommSettings();
+    settings.multiStation = multiStation;
     settings.writeBlockSize = 10;
     settings.defaultStation = 1;
-    settings.writeMode = 2;
+    settings.writeMode = modbus_driver::WriteModeToStation;
     settings.linkId = 2;
     settings.hostChannel = 9;
-    SetComInfo(&settings);
+    freshDriver(&settings);
     RegistCallBackFuncIntf(writeDone, itemNotify);
     calls.clear();
 }
 
-int Driver::poll(const std::vector<Item> &items)
+int DriverFixture::poll(const std::vector<Item> &items)
 {
     QList<VAR_ITEM> list;
     for (const Item &item : items) {
@@ -49,13 +59,13 @@ int Driver::poll(const std::vector<Item> &items)
     return ReCreatReadVarList(&list);
 }
 
-int Driver::write(int area, const char *address, int count, const char *value, int hostId, int hostItem, int station)
+int DriverFixture::write(int area, const char *address, int count, const char *value, int hostId, int hostItem, int station)
 {
     QByteArray data = bytes(value);
     return SetRegisterData(QString(), area, QString::fromLatin1(address), station, data, count, hostId, hostItem);
 }
 
-void Driver::expectRequest(const char *frame)
+void DriverFixture::expectRequest(const char *frame)
 {
     const Protocol *request = ComCommunication();
     ASSERT_NE(request, nullptr) << "nothing to send instead of " << frame;
@@ -63,26 +73,26 @@ void Driver::expectRequest(const char *frame)
     EXPECT_EQ(request->frameLength, request->frame.size());
 }
 
-void Driver::exchange(const char *request, const char *replied, int status)
+void DriverFixture::exchange(const char *request, const char *replied, int status)
 {
     expectRequest(request);
     EXPECT_EQ(*replied ? reply(replied) : noReply(), status);
 }
 
-int Driver::reply(const char *frame)
+int DriverFixture::reply(const char *frame)
 {
     QByteArray data = bytes(frame);
     return DataCom(&data, data.size())->status;
 }
 
-std::string Driver::value(int area, const char *address, int count, int station)
+std::string DriverFixture::value(int area, const char *address, int count, int station)
 {
     QByteArray out;
     EXPECT_EQ(GetRegisterData(0, area, QString::fromLatin1(address), station, out, count), 1);
     return hex(out);
 }
 
-std::vector<std::string> Driver::takeCalls()
+Calls DriverFixture::takeCalls()
 {
     Calls taken;
     taken.swap(calls);
@@ -104,24 +114,17 @@ std::string listed(const QList<RW_VAR> &list)
 {
     QStringList texts;
     for (const RW_VAR &var : list) {
-        QString text = QString::fromLatin1("%1:%2*%3").arg(var.area).arg(var.startAddress).arg(var.dataLength);
-        if (var.station != 1)
-            text.prepend(QString::fromLatin1("%1/").arg(var.station));
-        texts.append(text);
+        const QString station = var.station == 1 ? QString() : QString::fromLatin1("%1/").arg(var.station);
+        texts << station + QString::fromLatin1("%1:%2*%3").arg(var.area).arg(var.startAddress).arg(var.dataLength);
     }
-    return texts.join(QLatin1Char(' ')).toStdString();
+    return qPrintable(texts.join(QString::fromLatin1(" ")));
 }
 
 std::string origin(const RW_VAR &var)
 {
-    return QString::fromLatin1("%1 %2 %3 %4 %5 %6 %7 %8 %9")
-        .arg(var.hostId)
-        .arg(var.hostItem)
-        .arg(var.rwFlag)
-        .arg(var.remoteMode)
-        .arg(var.linkId)
-        .arg(var.subIndex)
-        .arg(var.aux)
-        .arg(var.tagText, var.addressText)
-        .toStdString();
+    const int numbers[] = {var.hostId, var.hostItem, var.rwFlag, var.remoteMode, var.linkId, var.subIndex, var.aux};
+    QString text;
+    for (int number : numbers)
+        text += QString::fromLatin1("%1 ").arg(number);
+    return qPrintable(text + var.tagText + QLatin1Char(' ') + var.addressText);
 }
