@@ -19,98 +19,33 @@ const Lock list = &Modbus_TCPIP_RTU_M::listMutex, image = &Modbus_TCPIP_RTU_M::i
 RW_VAR var;
 QByteArray shown;
 
-void queueWrite()
-{
-    AddListWriteVar(&var, QueueMerged);
-}
-void queueRead()
-{
-    AddListOnceReadVar(&var, QueueMerged);
-}
-void appendRead()
-{
-    AddListOnceReadVar(&var, QueueAsIs);
-}
-void show()
-{
-    GetRegisterData(0, Registers, QString::number(0), 1, shown, 1);
-}
-void enter()
-{
-    SetRegisterData(QString(), Registers, QString::number(0), 1, var.data, 1, 0, 0);
-}
-void writeBit()
-{
-    SetRegisterData(QString(), RegisterBit, QString::fromLatin1("0.0"), 1, var.data, 1, 0, 0);
-}
-void mirror()
-{
-    WriteDataToLocal(&var);
-}
-void ask()
-{
-    ComCommunication();
-}
-void switchOff()
-{
-    EnCommStation(1, 0);
-}
-void switchOn()
-{
-    EnCommStation(1, 1);
-}
-void isOff()
-{
-    shown.append(Ethernetcontains(1) ? '1' : '0');
-}
-void toImageOnly()
-{
-    PLC_driver.comInfo->writeMode = 0;
-}
-void failed()
-{
-    PLC_driver.lastFailed = true;
-}
-void nothing() {}
-
-void rebuild()
-{
-    VAR_ITEM item;
-    item.area = Registers;
-    item.count = 1;
-    QList<VAR_ITEM> items = QList<VAR_ITEM>() << item;
-    ReCreatReadVarList(&items);
-}
-
-void answer()
-{
+typedef void (*Call)();
+const Call queueWrite = [] { AddListWriteVar(&var, QueueMerged); };
+const Call queueRead = [] { AddListOnceReadVar(&var, QueueMerged); };
+const Call appendRead = [] { AddListOnceReadVar(&var, QueueAsIs); };
+const Call show = [] { GetRegisterData(0, Registers, QString::number(0), 1, shown, 1); };
+const Call enter = [] { SetRegisterData(QString(), Registers, QString::number(0), 1, var.data, 1, 0, 0); };
+const Call enterBit = [] { SetRegisterData(QString(), RegisterBit, QString::fromLatin1("0.0"), 1, var.data, 1, 0, 0); };
+const Call mirror = [] { WriteDataToLocal(&var); };
+const Call ask = [] { ComCommunication(); };
+const Call switchOff = [] { EnCommStation(1, 0); };
+const Call switchOn = [] { EnCommStation(1, 1); };
+const Call isOff = [] { shown.append(Ethernetcontains(1) ? '1' : '0'); };
+const Call nothing = [] {};
+const Call toImageOnly = [] { PLC_driver.comInfo->writeMode = 0; };
+const Call afterFailure = [] { PLC_driver.lastFailed = true; };
+const Call readInFlight = [] { queueRead(), ask(); };
+const Call writeInFlight = [] { queueWrite(), ask(); };
+const Call readHalfInFlight = [] { enterBit(), ask(); };
+const Call otherLinkInFlight = [] { var.linkId = 7, var.subIndex = SubIndexReadHalf, appendRead(), ask(); };
+const Call answer = [] {
     QByteArray reply(PLC_driver.pendingList.isEmpty() ? 0 : PLC_driver.pendingList.at(0).replyLength, '\x11');
     DataCom(&reply, reply.size());
-}
-
-void inFlight(void (*queue)())
-{
-    queue();
-    ask();
-}
-void readInFlight()
-{
-    inFlight(queueRead);
-}
-void writeInFlight()
-{
-    inFlight(queueWrite);
-}
-void readHalfInFlight()
-{
-    inFlight(writeBit);
-}
-void remoteInFlight()
-{
-    var.linkId = 7;
-    var.subIndex = SubIndexReadHalf;
-    inFlight(appendRead);
-}
+};
+const Call rebuild = [] {
+    QList<VAR_ITEM> items = QList<VAR_ITEM>() << VAR_ITEM();
+    ReCreatReadVarList(&items);
+};
 
 bool isHeld(Lock lock)
 {
@@ -120,7 +55,7 @@ bool isHeld(Lock lock)
     return !isFree;
 }
 
-/// What the lock guards, as far as calls here change it.
+/// What the lock guards, as far as the calls here change it.
 std::string guarded(Lock lock)
 {
     const Modbus_TCPIP_RTU_M &d = PLC_driver;
@@ -138,10 +73,9 @@ TEST_F(Locks, EachCallWaitsForItsLocksAndForNoOther)
     const struct
     {
         const char *what;
-        void (*prepare)();
-        void (*call)();
-        Lock held;  ///< by the test
-        bool waits; ///< the call for this lock
+        Call prepare, call;
+        Lock held; ///< by the test
+        bool waits;
         Lock outer; ///< that the call holds while it waits
     } rows[] = {
         {"queue a write", nothing, queueWrite, list, true, none},
@@ -160,7 +94,7 @@ TEST_F(Locks, EachCallWaitsForItsLocksAndForNoOther)
         {"show a value", nothing, show, image, true, none},
         {"mirror a write", nothing, mirror, image, true, none},
         {"host write to the image only", toImageOnly, enter, image, true, none},
-        {"host write after a failure", failed, enter, image, true, none},
+        {"host write after a failure", afterFailure, enter, image, true, none},
         {"ask for a write", queueWrite, ask, image, true, list},
         {"store a reply", readInFlight, answer, image, true, none},
         {"store a read half", readHalfInFlight, answer, image, true, list},
@@ -173,7 +107,7 @@ TEST_F(Locks, EachCallWaitsForItsLocksAndForNoOther)
         {"queue beside the image", nothing, queueWrite, image, false, none},
         {"rebuild beside the image", nothing, rebuild, image, false, none},
         {"ask for a read beside the image", queueRead, ask, image, false, none},
-        {"store a reply of another link beside the image", remoteInFlight, answer, image, false, none},
+        {"store a reply of another link beside the image", otherLinkInFlight, answer, image, false, none},
         {"answer beside the stations", readInFlight, answer, stations, false, none},
     };
     for (int perStation : {0, 1}) {

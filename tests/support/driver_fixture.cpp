@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "driver_fixture.h"
 
-#include "driver_checks.h"
-
 #include <QtCore/QStringList>
+
+#include <new>
 
 namespace {
 
@@ -31,6 +31,13 @@ void itemNotify(QList<RW_VAR> *list, int id, int flag)
 
 } // namespace
 
+void reloadDriver(CommSettings *settings)
+{
+    PLC_driver.~Modbus_TCPIP_RTU_M();
+    new (&PLC_driver) Modbus_TCPIP_RTU_M();
+    SetComInfo(settings);
+}
+
 void DriverFixture::restart(int multiStation)
 {
     settings = CommSettings();
@@ -40,7 +47,7 @@ void DriverFixture::restart(int multiStation)
     settings.writeMode = modbus_driver::WriteModeToStation;
     settings.linkId = 2;
     settings.hostChannel = 9;
-    freshDriver(&settings);
+    reloadDriver(&settings);
     RegistCallBackFuncIntf(writeDone, itemNotify);
     calls.clear();
 }

@@ -40,6 +40,9 @@ struct Item
 
 typedef std::vector<std::string> Calls;
 
+/// The driver as it is after loading, with this record handed over.
+void reloadDriver(CommSettings *settings);
+
 class DriverFixture : public testing::Test
 {
 protected:

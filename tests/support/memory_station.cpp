@@ -8,76 +8,61 @@ using namespace modbus_driver;
 
 namespace {
 
-int areaOf(int function)
-{
-    switch (function) {
-    case wire::ReadCoils:
-    case wire::WriteSingleCoil:
-        return AreaCoils;
-    case wire::ReadDiscreteInputs:
-        return AreaDiscreteInputs;
-    case wire::ReadInputRegisters:
-        return AreaInputRegisters;
-    default:
-        return AreaHoldingRegisters;
-    }
-}
-
-quint16 &at(MemoryStation::Table *table, int address)
-{
-    return (*table)[static_cast<std::size_t>(address % MemoryStation::TableSize)];
-}
-
-QByteArray read(MemoryStation::Table *table, int area, int address, int count)
-{
-    QByteArray data(isBitArea(area) ? (count + 7) / 8 : 2 * count, '\0');
-    for (int i = 0; i < count; ++i) {
-        if (isBitArea(area))
-            data[i / 8] = static_cast<char>(data.at(i / 8) | at(table, address + i) << i % 8);
-        else
-            wire::putWord(data.data() + 2 * i, at(table, address + i));
-    }
-    return data.prepend(static_cast<char>(data.size()));
-}
-
-/// Returns what the echo has behind the function code.
-QByteArray write(MemoryStation::Table *table, const QByteArray &request)
-{
-    const int address = wire::wordAt(request, wire::AddressAt), value = wire::wordAt(request, wire::ValueAt);
-    const int function = wire::byteAt(request, wire::FunctionAt);
-    if (function == wire::WriteMultipleRegisters) {
-        for (int k = 0; k < value; ++k)
-            at(table, address + k) = static_cast<quint16>(wire::wordAt(request, wire::WriteDataAt + 2 * k));
-    } else {
-        at(table, address) = static_cast<quint16>(function == wire::WriteSingleCoil ? value != 0 : value);
-    }
-    return request.mid(wire::AddressAt, 4);
-}
+const int tableOf[] = {AreaCoils,          AreaDiscreteInputs,   AreaInputRegisters, AreaHoldingRegisters,
+                       AreaInputRegisters, AreaHoldingRegisters, AreaInputRegisters, AreaHoldingRegisters};
+const int areaOfFunction[] = {0, AreaCoils, AreaDiscreteInputs, AreaHoldingRegisters, AreaInputRegisters, AreaCoils};
 
 } // namespace
 
-MemoryStation::Table &MemoryStation::table(int unit, int area)
+int Tables::at(int unit, int area, int address) const
 {
-    Table &table = m_units[unit][area];
-    table.resize(TableSize);
-    return table;
+    const int *const table = m_values[unit][tableOf[area]];
+    return isBitOfRegister(area) ? table[address / 16] >> address % 16 & 1 : table[address];
+}
+
+void Tables::put(int unit, int area, int address, int value)
+{
+    int &element = m_values[unit][tableOf[area]][isBitOfRegister(area) ? address / 16 : address];
+    element = isBitOfRegister(area) ? (element & ~(1 << address % 16)) | value << address % 16 : value;
+}
+
+Asked::Asked(const QByteArray &frame)
+{
+    const int function = wire::byteAt(frame, wire::FunctionAt), value = wire::wordAt(frame, wire::ValueAt);
+    unit = wire::byteAt(frame, wire::UnitAt);
+    area = function < wire::WriteSingleRegister ? areaOfFunction[function] : int(AreaHoldingRegisters);
+    first = wire::wordAt(frame, wire::AddressAt);
+    reads = function <= wire::ReadInputRegisters;
+    count = reads || function == wire::WriteMultipleRegisters ? value : 1;
+    for (int k = 0; k < count && !reads; ++k)
+        written.push_back(function == wire::WriteSingleCoil       ? value != 0
+                          : function == wire::WriteSingleRegister ? value
+                                                                  : wire::wordAt(frame, wire::WriteDataAt + 2 * k));
+}
+
+int valueIn(const QByteArray &reply, int area, int k)
+{
+    if (isBitArea(area))
+        return wire::byteAt(reply, wire::ReadDataAt + k / 8) >> k % 8 & 1;
+    return wire::wordAt(reply, wire::ReadDataAt + 2 * k);
 }
 
 QByteArray MemoryStation::reply(const QByteArray &request)
 {
-    const int function = wire::byteAt(request, wire::FunctionAt), area = areaOf(function);
-    const int unit = wire::byteAt(request, wire::UnitAt);
-    if (unit == StationBroadcast) {
-        for (auto &each : m_units)
-            write(&table(each.first, area), request);
-        return QByteArray();
+    const Asked asked(request);
+    for (int k = 0; k < asked.count && !asked.reads; ++k)
+        put(asked.unit, asked.area, asked.first + k, asked.written[static_cast<std::size_t>(k)]);
+    if (!asked.reads)
+        return request.left(wire::WriteEchoLength);
+    const int size = isBitArea(asked.area) ? (asked.count + 7) / 8 : 2 * asked.count;
+    QByteArray reply = request.left(wire::ReadByteCountAt) + static_cast<char>(size) + QByteArray(size, '\0');
+    for (int k = 0; k < asked.count; ++k) {
+        char *const data = reply.data() + wire::ReadDataAt;
+        const int value = at(asked.unit, asked.area, asked.first + k);
+        if (isBitArea(asked.area))
+            data[k / 8] = static_cast<char>(data[k / 8] | value << k % 8);
+        else
+            wire::putWord(data + 2 * k, value);
     }
-    Table *const asked = &table(unit, area);
-    const bool reads = function <= wire::ReadInputRegisters;
-    const QByteArray rest = reads
-                                ? read(asked, area, wire::wordAt(request, wire::AddressAt), wire::wordAt(request, wire::ValueAt))
-                                : write(asked, request);
-    QByteArray reply = request.left(wire::AddressAt) + rest;
-    wire::putWord(reply.data() + wire::LengthAt, reply.size() - wire::LengthFieldEnd);
     return reply;
 }

@@ -5,22 +5,37 @@
 
 #include <QtCore/QByteArray>
 
-#include <map>
 #include <vector>
 
-class MemoryStation
+/// Bits and registers of several units. Areas are those of the driver; 32-bit values are two registers.
+class Tables
 {
 public:
-    enum { TableSize = 128 };
-    /// Of one area (0, 1, 4 or 5) of one unit; a bit is 0 or 1.
-    typedef std::vector<quint16> Table;
+    enum { Units = 4, Addresses = 128 };
 
-    Table &table(int unit, int area);
-
-    /// Carries out the request and returns the reply; empty for a broadcast, which every unit carries out.
-    /// Addresses count modulo the table's size.
-    QByteArray reply(const QByteArray &request);
+    int at(int unit, int area, int address) const;
+    void put(int unit, int area, int address, int value);
 
 private:
-    std::map<int, std::map<int, Table>> m_units;
+    int m_values[Units][8][Addresses] = {}; ///< of areas 0, 1, 4 and 5
+};
+
+/// What a request asks for.
+struct Asked
+{
+    explicit Asked(const QByteArray &frame);
+
+    int unit, area, first, count;
+    bool reads;
+    std::vector<int> written;
+};
+
+/// Element k of the data of a reply to a read.
+int valueIn(const QByteArray &reply, int area, int k);
+
+class MemoryStation : public Tables
+{
+public:
+    /// Carries out the request and returns the reply.
+    QByteArray reply(const QByteArray &request);
 };
