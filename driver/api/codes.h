@@ -7,7 +7,7 @@
 
 namespace modbus_driver {
 
-/// \addtogroup Codes
+/// \addtogroup Records
 /// @{
 
 /// Where a variable is, RW_VAR::area and VAR_ITEM::area. Addresses count from 0 and are sent as they are.
