@@ -13,8 +13,13 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
   list(APPEND hardening -fstack-clash-protection -fcf-protection)
 endif()
 # The C library checks the sizes of buffers in optimised code only. Whoever packages this may ask for another level.
-if(NOT CMAKE_CXX_FLAGS MATCHES "_FORTIFY_SOURCE")
-  list(APPEND hardening -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
+if(NOT "${CMAKE_CXX_FLAGS} ${CMAKE_CXX_COMPILER_ARG1}" MATCHES "_FORTIFY_SOURCE")
+  # Level 3 needs a compiler that knows the sizes of dynamic objects; others warn, and take it as 2.
+  include(CheckCXXSourceCompiles)
+  set(CMAKE_REQUIRED_FLAGS "-O2 -Werror -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3")
+  check_cxx_source_compiles("#include <cstdio>\nint main() { return 0; }" MODBUS_FORTIFY_3)
+  unset(CMAKE_REQUIRED_FLAGS)
+  list(APPEND hardening -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=$<IF:$<BOOL:${MODBUS_FORTIFY_3}>,3,2>)
 endif()
 
 set(released $<OR:$<CONFIG:Release>,$<CONFIG:RelWithDebInfo>,$<CONFIG:MinSizeRel>>)
