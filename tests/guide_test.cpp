@@ -77,7 +77,7 @@ bool waits(QMutex &mutex, void (*call)(), bool expected)
     return waiting;
 }
 
-class Guide : public Driver
+class Guide : public DriverFixture
 {
 protected:
     /// So that the call takes each lock that it ever takes: a read in flight, or a write to build or to mirror.
