@@ -6,14 +6,5 @@ using namespace modbus_driver;
 
 int getPlcReg(int area)
 {
-    switch (area) {
-    case AreaInputRegisterBit:
-    case AreaInputPairs:
-        return AreaInputRegisters;
-    case AreaHoldingRegisterBit:
-    case AreaHoldingPairs:
-        return AreaHoldingRegisters;
-    default:
-        return area;
-    }
+    return requestArea(area);
 }

@@ -36,6 +36,21 @@ inline bool isBitOfRegister(int area)
 
 enum { BitsOfRegister = 16 };
 
+/// The area on which an area is requested: bits and pairs of registers are parts of registers. Unknown areas stay.
+inline int requestArea(int area)
+{
+    switch (area) {
+    case AreaInputRegisterBit:
+    case AreaInputPairs:
+        return AreaInputRegisters;
+    case AreaHoldingRegisterBit:
+    case AreaHoldingPairs:
+        return AreaHoldingRegisters;
+    default:
+        return area;
+    }
+}
+
 /// RW_VAR::rwFlag. A request with any other value fails when its reply is judged.
 enum AccessKind { AccessRead = 0, AccessWrite = 1 };
 

@@ -5,25 +5,6 @@
 
 using namespace modbus_driver;
 
-namespace {
-
-/// The area on which the driver requests an area: bits and pairs of registers are parts of registers.
-int requestArea(int area)
-{
-    switch (area) {
-    case AreaInputRegisterBit:
-    case AreaInputPairs:
-        return AreaInputRegisters;
-    case AreaHoldingRegisterBit:
-    case AreaHoldingPairs:
-        return AreaHoldingRegisters;
-    default:
-        return area;
-    }
-}
-
-} // namespace
-
 bool Span::overlaps(const Span &other) const
 {
     return unit == other.unit && area == other.area && first < other.end() && other.first < end();
