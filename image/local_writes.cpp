@@ -44,12 +44,13 @@ char withBit(char byte, int mask, bool on)
 void writeStationCoils(const RW_VAR &var)
 {
     StationValues values(var.station, AreaCoils);
+    int position = StationValues::Anywhere;
     const int count = qMin(var.dataLength, int(ImageBits));
     for (int i = 0; i < count; ++i) {
         const qint64 bit = qint64(var.startAddress) + i;
         if (bit < 0)
             continue;
-        QByteArray &value = values.value(wrapped(bit & ~qint64(7)));
+        QByteArray &value = values.value(wrapped(bit & ~qint64(7)), &position);
         if (value.isEmpty() || i >= var.data.size())
             continue;
         value[0] = withBit(value.at(0), 1 << (bit % 8), var.data.at(i) == 1);
@@ -65,10 +66,11 @@ void writeStationRegisterBits(const RW_VAR &var)
     const int byte = var.startAddress % 16 / 8;
     const int mask = 1 << (var.startAddress % 8);
     StationValues values(var.station, AreaHoldingRegisters);
+    int position = StationValues::Anywhere;
     const int count = qMin(var.dataLength, int(ImageRegisterBits));
     for (int i = 0; i < count; ++i) {
         const qint64 reg = (qint64(var.startAddress) + i) / 16;
-        QByteArray &value = values.value(wrapped(reg));
+        QByteArray &value = values.value(wrapped(reg), &position);
         if (value.size() < 2 || i >= var.data.size())
             continue;
         const char wanted = var.data.at(i);
@@ -77,36 +79,42 @@ void writeStationRegisterBits(const RW_VAR &var)
     }
 }
 
-/// Registers below address 0 are not written.
-void setStationRegister(StationValues *values, qint64 reg, const char *from)
+void setRegister(QByteArray *value, const char *from)
 {
-    if (reg < 0)
-        return;
-    QByteArray &value = values->value(wrapped(reg));
-    if (value.size() != 2)
-        value.resize(2);
-    std::memcpy(value.data(), from, 2);
+    if (value->size() != 2)
+        value->resize(2);
+    std::memcpy(value->data(), from, 2);
 }
 
+/// Registers below address 0 are not written.
 void writeStationRegisters(const RW_VAR &var)
 {
     const int count = qMin(var.dataLength, var.data.size() / 2);
+    const char *from = var.data.constData();
     StationValues values(var.station, AreaHoldingRegisters);
-    for (int k = 0; k < count; ++k)
-        setStationRegister(&values, qint64(var.startAddress) + k, var.data.constData() + 2 * k);
+    int position = StationValues::Anywhere;
+    for (int k = 0; k < count; ++k, ++position) {
+        const qint64 reg = qint64(var.startAddress) + k;
+        if (reg >= 0)
+            setRegister(&values.value(wrapped(reg), &position), from + 2 * k);
+    }
 }
 
-/// Two cursors, as when pairs are read.
+/// The low word first, as when pairs are read. A pair below address 0 is not written.
 void writeStationPairs(const RW_VAR &var)
 {
     const int count = qMin(var.dataLength / 2, var.data.size() / 4);
-    StationValues low(var.station, AreaHoldingRegisters), high(var.station, AreaHoldingRegisters);
-    for (int j = 0; j < count; ++j) {
+    const char *from = var.data.constData();
+    StationValues values(var.station, AreaHoldingRegisters);
+    int low = StationValues::Anywhere, fromLow = 1;
+    for (int j = 0; j < count; ++j, low += 2) {
         const qint64 first = qint64(var.startAddress) + 2 * j;
         if (first < 0)
             continue;
-        setStationRegister(&low, first + 1, var.data.constData() + 4 * j);
-        setStationRegister(&high, first, var.data.constData() + 4 * j + 2);
+        setRegister(&values.value(wrapped(first + 1), &low), from + 4 * j);
+        int high = low + fromLow;
+        setRegister(&values.value(wrapped(first), &high), from + 4 * j + 2);
+        fromLow = high - low;
     }
 }
 

@@ -96,10 +96,11 @@ void setSize(QByteArray *value, int size)
 void storeStationBits(const ReplyData &data, const RW_VAR &var)
 {
     StationValues values(var.station, var.area);
+    int position = StationValues::Anywhere;
     QByteArray *value = nullptr;
     const int groups = qMin(data.byteCount, int(ImageBitBytes));
-    for (int j = 0; j < groups; ++j) {
-        value = &values.value(wrapped(var.startAddress + qint64(8) * j));
+    for (int j = 0; j < groups; ++j, ++position) {
+        value = &values.value(wrapped(var.startAddress + qint64(8) * j), &position);
         setSize(value, j < data.bytesPresent ? 1 : 0);
         if (j < data.bytesPresent)
             *value->data() = static_cast<char>(data.bytes[j]);
@@ -110,9 +111,10 @@ void storeStationBits(const ReplyData &data, const RW_VAR &var)
 void storeStationRegisters(const ReplyData &data, const RW_VAR &var, int area)
 {
     StationValues values(var.station, area);
+    int position = StationValues::Anywhere;
     QByteArray *value = nullptr;
-    for (int k = 0; k < data.registerCount; ++k) {
-        value = &values.value(wrapped(qint64(var.startAddress) + k));
+    for (int k = 0; k < data.registerCount; ++k, ++position) {
+        value = &values.value(wrapped(qint64(var.startAddress) + k), &position);
         setSize(value, k < data.registersPresent ? 2 : 0);
         if (k >= data.registersPresent)
             continue;
