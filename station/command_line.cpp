@@ -9,8 +9,8 @@
 
 namespace {
 const char description[] =
-    "A simulated Modbus TCP station. Prints one line, \"listening on ADDRESS:PORT\", and runs until\n"
-    "SIGINT or SIGTERM.\n"
+    "A simulated Modbus TCP station. Prints \"listening on ADDRESS:PORT\", then each write of a master,\n"
+    "as \"written 1/hr:100=7\", and runs until SIGINT or SIGTERM.\n"
     "\n"
     "Example: two units on a free port, unit 2 silent at every third request:\n"
     "  modbus-station --listen 127.0.0.1:0 --units 1,2 --fault silence@unit=2,every=3\n"
@@ -25,6 +25,8 @@ const char description[] =
     "                                4-5  32-bit counter, high register first\n"
     "                                6-7  sine as 32-bit float, -100 to 100, high register first\n"
     "  coils and discrete inputs     0-7  the low bits of the counter\n"
+    "--set and --values take [UNIT/]AREA:ADDRESS=VALUE[,VALUE...], such as 2/hr:100=7,-1,0xFFFF; the areas\n"
+    "are coil, input, ir and hr; without UNIT the values are those of every unit.\n"
     "\n"
     "Faults: FAULT[=VALUE][@SELECTOR=VALUE[,SELECTOR=VALUE...]]\n"
     "  silence           no reply               unit=N          wrong unit in the reply\n"
@@ -77,11 +79,37 @@ void addOptions(QCommandLineParser &parser)
          text("ADDRESS:PORT"), text("127.0.0.1:1502")},
         {text("units"), text("Unit numbers from 1 to 255. Default: 1."), text("N,N..."), text("1")},
         {text("still"), text("Values change only when written.")},
+        {text("set"), text("A value at the start; may be given repeatedly."), text("VALUE")},
+        {text("values"), text("Values from a file, one a line; may be given repeatedly."), text("FILE")},
+        {text("trace"), text("Print every frame on standard error, as Wireshark's text import reads it.")},
         {text("fault"), text("A fault; may be given repeatedly."), text("FAULT")},
         {text("remote"), text("Answer the driver's compact frames instead of Modbus.")},
         {{text("h"), text("help")}, text("Print this and end.")},
         {text("version"), text("Print the version and end.")},
     });
+}
+
+// What is wrong; empty when all is well.
+QString readValues(const QCommandLineParser &parser, StationCommandLine *line)
+{
+    QString error;
+    for (const QString &path : parser.values(QStringLiteral("values"))) {
+        const std::optional<QList<ValueSetting>> settings = readValueFile(path, &error);
+        if (!settings)
+            return error;
+        line->values += *settings;
+    }
+    for (const QString &text : parser.values(QStringLiteral("set"))) {
+        const std::optional<ValueSetting> setting = parseValueSetting(text, &error);
+        if (!setting)
+            return error;
+        line->values << *setting;
+    }
+    for (const ValueSetting &setting : qAsConst(line->values)) {
+        if (setting.unit != 0 && !line->station.units.contains(setting.unit))
+            return QStringLiteral("value \"%1\": there is no such unit").arg(valueText(setting));
+    }
+    return QString();
 }
 
 // What is wrong; empty when all is well.
@@ -122,8 +150,11 @@ std::optional<StationCommandLine> readCommandLine(const QStringList &words, QStr
         *error = QStringLiteral("unexpected argument \"%1\"").arg(parser.positionalArguments().first());
     else
         *error = readStation(parser, &line.station);
+    if (error->isEmpty())
+        *error = readValues(parser, &line);
     if (!error->isEmpty())
         return std::nullopt;
+    line.trace = parser.isSet(QStringLiteral("trace"));
     if (parser.isSet(QStringLiteral("help")))
         line.answer = parser.helpText();
     else if (parser.isSet(QStringLiteral("version")))

@@ -5,12 +5,15 @@
 #pragma once
 
 #include "simulated_station.h"
+#include "value_text.h"
 
 #include <optional>
 
 struct StationCommandLine
 {
     StationOptions station;
+    QList<ValueSetting> values; ///< of units that there are
+    bool trace = false;
     QString answer; ///< not empty: print this and end, the help or the version was asked for
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // modbus-station: a simulated Modbus TCP station for trying masters. One thread, one event loop.
 #include "command_line.h"
+#include "frame_log.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QSocketNotifier>
@@ -8,13 +9,18 @@
 #include <csignal>
 #include <cstdio>
 #include <sys/signalfd.h>
+#include <unistd.h>
 
 namespace {
 enum ExitCode { ExitEnded = 0, ExitCannotListen = 1, ExitUsage = 2 };
 
 int fail(ExitCode code, const QString &error)
 {
-    std::fprintf(stderr, "modbus-station: %s\n", qPrintable(error));
+    QString line = error;
+    for (QChar &character : line)
+        character =
+            character.isPrint() ? character : QLatin1Char('?'); // no control sequences to the terminal
+    std::fprintf(stderr, "modbus-station: %s\n", qPrintable(line));
     return code;
 }
 
@@ -27,6 +33,14 @@ int endingSignals()
     sigaddset(&ending, SIGTERM);
     sigprocmask(SIG_BLOCK, &ending, nullptr);
     return signalfd(-1, &ending, SFD_CLOEXEC);
+}
+
+void setValues(SimulatedStation &station, const ValueSetting &setting, const QList<int> &units)
+{
+    for (const int id : units) {
+        for (int i = 0; i < setting.values.size() && (setting.unit == 0 || setting.unit == id); ++i)
+            station.unit(id)->set(setting.table, setting.address + i, setting.values.at(i));
+    }
 }
 
 QString endpoint(const StationOptions &options, quint16 port)
@@ -52,10 +66,18 @@ int main(int argc, char *argv[])
 
     QSocketNotifier ending(endingSignals(), QSocketNotifier::Read);
     QObject::connect(&ending, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
+    std::signal(SIGPIPE, SIG_IGN); // who reads the lines may leave
     SimulatedStation station(line->station);
+    for (const ValueSetting &setting : line->values)
+        setValues(station, setting, line->station.units);
+    LineOutput output(STDOUT_FILENO);
+    LineOutput trace(STDERR_FILENO);
     if (!station.listen(&error))
         return fail(ExitCannotListen, error);
     std::printf("listening on %s\n", qPrintable(endpoint(line->station, station.port())));
     std::fflush(stdout);
+    printWrites(station, output);
+    if (line->trace)
+        printFrames(station, trace);
     return QCoreApplication::exec();
 }

@@ -29,7 +29,7 @@ SimulatedStation::SimulatedStation(const StationOptions &options, QObject *paren
     setFaults(options.faults);
     for (const int id : options.units) {
         if (!m_units.contains(id))
-            m_units.insert(id, new SimulatedUnit(id, this));
+            addUnit(id);
     }
     m_absence.setSingleShot(true);
     connect(&m_absence, &QTimer::timeout, this, &SimulatedStation::acceptAgain);
@@ -41,6 +41,14 @@ SimulatedStation::SimulatedStation(const StationOptions &options, QObject *paren
         for (ChangingValues &values : m_changing)
             values.step();
     });
+}
+
+void SimulatedStation::addUnit(int id)
+{
+    auto *unit = new SimulatedUnit(id, this);
+    connect(unit, &SimulatedUnit::written, this,
+            [this, id](const QModbusDataUnit &values) { emit written(id, values); });
+    m_units.insert(id, unit);
 }
 
 bool SimulatedStation::listen(QString *error)
@@ -104,13 +112,15 @@ void SimulatedStation::addConnection(int descriptor)
 {
     auto *socket = new QTcpSocket;
     socket->setSocketDescriptor(descriptor);
-    greet(*new StationConnection(
+    auto *connection = new StationConnection(
         socket, m_options.remote ? remote::frameSize : modbus::frameSize,
         [this](const QByteArray &request) {
             record(request);
             return answer(request);
         },
-        this));
+        this);
+    connect(connection, &StationConnection::sent, this, &SimulatedStation::sent);
+    greet(*connection);
 }
 
 // A greeting is the answer to a read that nobody sent, with the other faults applied to it.
@@ -136,6 +146,7 @@ void SimulatedStation::record(const QByteArray &request)
     if (m_requests.size() == requestsKept)
         m_requests.removeFirst();
     m_requests << request;
+    emit received(request);
 }
 
 Delivery SimulatedStation::answer(const QByteArray &request)
@@ -172,7 +183,11 @@ QByteArray SimulatedStation::carryOut(const RequestFacts &facts, const QByteArra
 
 QByteArray SimulatedStation::carryOutAt(SimulatedUnit &unit, const QByteArray &request)
 {
-    return m_options.remote ? remote::carryOut(unit, request) : modbus::carryOut(unit, request);
+    unit.setServesMaster(true);
+    const QByteArray reply =
+        m_options.remote ? remote::carryOut(unit, request) : modbus::carryOut(unit, request);
+    unit.setServesMaster(false);
+    return reply;
 }
 
 void SimulatedStation::refuseConnections(int seconds)

@@ -54,7 +54,16 @@ public:
     /// The requests received, oldest first, as whole frames: the last thousand, those without a reply too.
     QList<QByteArray> requests() const { return m_requests; }
 
+signals:
+    /// A request, as a whole frame.
+    void received(const QByteArray &frame);
+    /// What was sent at once to a master; not what a flood repeats.
+    void sent(const QByteArray &bytes);
+    /// A master has written values at a unit, the same or others.
+    void written(int unit, const QModbusDataUnit &values);
+
 private:
+    void addUnit(int id);
     void accept();
     void pauseAccepting();
     void addConnection(int descriptor);

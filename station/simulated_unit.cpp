@@ -56,7 +56,11 @@ bool SimulatedUnit::writeData(const QModbusDataUnit &unit)
                         unit.registerType() == QModbusDataUnit::DiscreteInputs;
     for (int i = 0; isBits && i < static_cast<int>(unit.valueCount()); ++i)
         kept.setValue(i, unit.value(i) != 0);
-    return QModbusServer::writeData(kept);
+    if (!QModbusServer::writeData(kept))
+        return false;
+    if (m_servesMaster)
+        emit written(kept);
+    return true;
 }
 
 bool SimulatedUnit::open()

@@ -13,6 +13,8 @@
 
 class SimulatedUnit : public QModbusServer
 {
+    Q_OBJECT
+
 public:
     using Table = QModbusDataUnit::RegisterType;
 
@@ -28,9 +30,19 @@ public:
     /// Sets a register or a bit (any value but 0 is on). False, and nothing done, outside the table.
     bool set(Table table, int address, quint16 value);
 
+    /// Whether writes are a master's from now on. At first they are the station's own.
+    void setServesMaster(bool servesMaster) { m_servesMaster = servesMaster; }
+
+signals:
+    /// A master has written, the same values or others.
+    void written(const QModbusDataUnit &values);
+
 protected:
     bool open() override;
     void close() override;
     /// All writes come here. A bit is kept as 0 or 1.
     bool writeData(const QModbusDataUnit &unit) override;
+
+private:
+    bool m_servesMaster = false;
 };

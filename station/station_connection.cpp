@@ -75,21 +75,23 @@ void StationConnection::send(const Delivery &delivery)
     if (delivery.ending == Delivery::Close)
         return m_socket->disconnectFromHost();
     m_heldBack += delivery.reply.repeated(delivery.copies);
-    if (delivery.heldBack || delivery.reply.isEmpty() || !isConnected())
+    if (delivery.heldBack || delivery.reply.isEmpty())
         return;
-    m_socket->write(m_heldBack);
+    write(m_heldBack);
     m_heldBack.clear();
     if (delivery.repeatAfter >= 0)
         QTimer::singleShot(delivery.repeatAfter, Qt::PreciseTimer, this,
-                           [this, reply = delivery.reply] { sendAgain(reply); });
+                           [this, reply = delivery.reply] { write(reply); });
     if (delivery.floodSeconds > 0)
         startFlood(delivery.reply, delivery.floodSeconds);
 }
 
-void StationConnection::sendAgain(const QByteArray &reply)
+void StationConnection::write(const QByteArray &bytes)
 {
-    if (isConnected())
-        m_socket->write(reply);
+    if (!isConnected())
+        return;
+    m_socket->write(bytes);
+    emit sent(bytes);
 }
 
 void StationConnection::startFlood(const QByteArray &reply, int seconds)

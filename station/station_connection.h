@@ -33,12 +33,16 @@ public:
     /// Ends the connection at once.
     void drop() { m_socket->abort(); }
 
+signals:
+    /// Bytes were handed to the socket; not those that a flood repeats.
+    void sent(const QByteArray &bytes);
+
 private:
     void answerNext();
     bool isReady() const;
     bool isConnected() const { return m_socket->state() == QAbstractSocket::ConnectedState; }
     void send(const Delivery &delivery);
-    void sendAgain(const QByteArray &reply);
+    void write(const QByteArray &bytes);
     void startFlood(const QByteArray &reply, int seconds);
     void continueFlood();
     void reset();

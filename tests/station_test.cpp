@@ -9,6 +9,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
 #include <QtCore/QProcess>
+#include <QtCore/QTemporaryFile>
 #include <QtCore/QThread>
 #include <QtNetwork/QTcpSocket>
 
@@ -441,12 +442,53 @@ TEST(StationProgram, ServesUntilItIsTold)
     }
 }
 
+// The port of the "listening on" line.
+quint16 portOf(QProcess &process)
+{
+    EXPECT_TRUE(process.waitForReadyRead(patience));
+    return process.readLine().trimmed().split(':').last().toUShort();
+}
+
+TEST(StationProgram, HoldsTheValuesGivenAndPrintsThoseWritten)
+{
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open());
+    file.write("1/hr:0=21,-1  # values that change by themselves otherwise\n\ncoil:10=1\n");
+    file.close();
+    QProcess process;
+    run(process,
+        qPrintable(
+            QStringLiteral("--listen 127.0.0.1:0 --units 1,2 --trace --values %1 --set 2/ir:65535=0xBEEF").arg(file.fileName())));
+    Master master(portOf(process));
+    EXPECT_EQ(master.ask("0001 0000 0006 01 03 0000 0002"), text("0001 0000 0007 01 03 04 0015 FFFF"));
+    EXPECT_EQ(master.ask("0001 0000 0006 02 04 FFFF 0001"), text("0001 0000 0005 02 04 02 BEEF"));
+    EXPECT_EQ(master.ask("0001 0000 0006 02 01 0009 0003"), text("0001 0000 0004 02 01 01 03"));
+    master.ask("0001 0000 000B 01 10 0065 0002 04 ABCD 0102  0001 0000 0006 00 05 0004 FF00");
+    process.terminate();
+    ASSERT_TRUE(process.waitForFinished(patience));
+    EXPECT_EQ(process.readAllStandardOutput(), "written 1/hr:101=43981,258\nwritten 1/coil:4=1\nwritten 2/coil:4=1\n");
+    const QByteArray trace = process.readAllStandardError();
+    EXPECT_EQ(trace.count("\nI "), 9) << "the probes too";
+    EXPECT_TRUE(trace.contains("\n000000 00 01 00 00 00 07 01 03 04 00 15 ff ff\n\n")) << trace.toStdString();
+}
+
+TEST(StationProgram, GoesOnWhenNobodyReadsItsTrace)
+{
+    QProcess process;
+    run(process, "--listen 127.0.0.1:0 --trace");
+    Master master(portOf(process));
+    const int count = 2000;
+    EXPECT_EQ(master.ask(QByteArray(readFive).repeated(count)).size() + 1, 3u * 11u * count);
+    process.terminate();
+    ASSERT_TRUE(process.waitForFinished(patience));
+    EXPECT_LT(process.readAllStandardError().count("\nI "), count);
+}
+
 TEST(StationProgram, WaitsWhenDescriptorsRunOut)
 {
     LimitedProcess process;
     run(process, "--listen 127.0.0.1:0");
-    ASSERT_TRUE(process.waitForReadyRead(patience));
-    const quint16 port = process.readLine().trimmed().split(':').last().toUShort();
+    const quint16 port = portOf(process);
     std::list<Master> masters;
     for (rlim_t i = 0; i < process.descriptors; ++i)
         masters.emplace_back(port);
@@ -462,9 +504,27 @@ TEST(StationProgram, WaitsWhenDescriptorsRunOut)
 
 TEST(StationProgram, RefusesAWrongCommandLineInOneLine)
 {
-    for (const char *wrong :
-         {"--bogus", "word", "--listen nowhere:1502", "--listen 127.0.0.1:65536", "--listen 1502", "--units 0", "--units 256",
-          "--units 1,1", "--units 1,", "--fault nope", "--remote --fault unit=9"}) {
+    for (const char *wrong : {"--bogus",
+                              "word",
+                              "--listen nowhere:1502",
+                              "--listen 127.0.0.1:65536",
+                              "--listen 1502",
+                              "--units 0",
+                              "--units 256",
+                              "--units 1,1",
+                              "--units 1,",
+                              "--fault nope",
+                              "--remote --fault unit=9",
+                              "--values /",
+                              "--set hr:1",
+                              "--set hr:1=65536",
+                              "--set coil:1=2",
+                              "--set hr:65535=1,2",
+                              "--set 9/hr:1=1",
+                              "--set 0/hr:1=1",
+                              "--set tr:1=1",
+                              "--set hr:1=1,",
+                              "--set \x1b[2J"}) {
         SCOPED_TRACE(wrong);
         QProcess process;
         run(process, wrong);
@@ -472,6 +532,7 @@ TEST(StationProgram, RefusesAWrongCommandLineInOneLine)
         EXPECT_EQ(process.exitCode(), 2);
         const QByteArray complaint = process.readAllStandardError();
         EXPECT_TRUE(complaint.startsWith("modbus-station: ") && complaint.count('\n') == 1) << complaint.toStdString();
+        EXPECT_FALSE(complaint.contains('\x1b'));
     }
 }
 } // namespace
