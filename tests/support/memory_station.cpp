@@ -16,13 +16,13 @@ const int areaOfFunction[] = {0, AreaCoils, AreaDiscreteInputs, AreaHoldingRegis
 
 int Tables::at(int unit, int area, int address) const
 {
-    const int *const table = m_values[unit][tableOf[area]];
-    return isBitOfRegister(area) ? table[address / 16] >> address % 16 & 1 : table[address];
+    const int *const table = m_values[unit % Units][tableOf[area]];
+    return isBitOfRegister(area) ? table[address / 16 % Addresses] >> address % 16 & 1 : table[address % Addresses];
 }
 
 void Tables::put(int unit, int area, int address, int value)
 {
-    int &element = m_values[unit][tableOf[area]][isBitOfRegister(area) ? address / 16 : address];
+    int &element = m_values[unit % Units][tableOf[area]][(isBitOfRegister(area) ? address / 16 : address) % Addresses];
     element = isBitOfRegister(area) ? (element & ~(1 << address % 16)) | value << address % 16 : value;
 }
 

@@ -7,7 +7,8 @@
 
 #include <vector>
 
-/// Bits and registers of several units. Areas are those of the driver; 32-bit values are two registers.
+/// Bits and registers of several units. Areas are those of the driver; 32-bit values are two registers. Units and
+/// addresses count modulo what there is.
 class Tables
 {
 public:
