@@ -11,11 +11,7 @@ namespace {
 const char *const readRegister0 = "0000 0000 0006 01 03 0000 0001";
 const char *const register0 = "0000 0000 0005 01 03 02 1234";
 const char *const coil0On = "0000 0000 0006 01 05 0000 FF00"; // request and echo
-
-std::string text(int number)
-{
-    return std::to_string(number);
-}
+const char *const refused = "0000 0000 0003 01 83 02";
 
 } // namespace
 
@@ -28,32 +24,21 @@ TEST_F(Cycle, NothingToDoIsIdle)
     EXPECT_EQ(noReply(), 1) << "a reply to nothing is harmless";
 }
 
-TEST_F(Cycle, PolledRegisterReachesTheScreen)
-{
-    poll({{Registers, "0", 1}});
-    expectRequest(readRegister0);
-    exchange(readRegister0, register0, StatusDone);
-    EXPECT_EQ(value(Registers, "0", 1), "3412");
-    EXPECT_EQ(PLC_driver.result.area, Registers);
-    EXPECT_TRUE(takeCalls().empty());
-}
-
 TEST_F(Cycle, WritesThenOneShotReadsThenThePoll)
 {
     const struct
     {
         const char *what;
         bool oneShots, polls;
-        const char *functions; ///< of the requests, '-' for nothing to send
+        std::string functions; ///< of the requests, '-' for nothing to send
     } rows[] = {
         {"all three", true, true, "555554444435544333"},
         {"a full burst goes idle once with nothing else to do", false, false, "55555-55-"},
     };
     for (const auto &row : rows) {
-        SCOPED_TRACE(row.what);
-        poll({});
+        restart(0);
         for (int i = 0; i < 7; ++i) {
-            write(Coils, text(i).c_str(), 1, "01");
+            write(Coils, std::to_string(i).c_str(), 1, "01");
             RW_VAR read = access(InputRegisters, i, 1);
             read.linkId = settings.linkId;
             if (row.oneShots)
@@ -62,13 +47,13 @@ TEST_F(Cycle, WritesThenOneShotReadsThenThePoll)
         if (row.polls)
             poll({{Registers, "0", 1}});
         std::string functions;
-        while (functions.size() < std::string(row.functions).size()) {
+        while (functions.size() < row.functions.size()) {
             const Protocol *request = ComCommunication();
             functions += request ? static_cast<char>('0' + request->frame.at(7)) : '-';
             QByteArray data(request ? request->replyLength : 0, '\0');
             ASSERT_EQ(DataCom(&data, data.size())->status, StatusDone);
         }
-        EXPECT_EQ(functions, row.functions);
+        EXPECT_EQ(functions, row.functions) << row.what;
     }
 }
 
@@ -94,22 +79,21 @@ TEST_F(Cycle, SwitchedOffStationsArePassedOver)
 TEST_F(Cycle, WriteThatBuildsNothingStaysAtTheHead)
 {
     RW_VAR broadcastBit = access(RegisterBit, 5, 1, "01", StationBroadcast);
-    AddListWriteVar(&broadcastBit, 0);
+    AddListWriteVar(&broadcastBit, QueueMerged);
     poll({{Registers, "0", 1}});
     expectNothingToSend();
     expectNothingToSend();
     EXPECT_EQ(PLC_driver.writeBurst, 2) << "and still uses up its burst";
-    EXPECT_EQ(takeCalls(), (Calls{"notify 0 1, 0 1", "notify 0 1, 0 1"}));
+    EXPECT_EQ(takeCalls(), "notify(0 1) 0 1 notify(0 1) 0 1");
 }
 
 TEST_F(Cycle, WriteIsNotifiedMirroredAndReported)
 {
     write(Registers, "0", 1, "3412", 3, 4);
     expectRequest("0000 0000 0009 01 10 0000 0001 02 1234");
-    EXPECT_EQ(takeCalls(), Calls{"notify 3 1, 1 1"}) << "when it is built";
+    EXPECT_EQ(takeCalls(), "notify(3 1) 1 1") << "when it is built";
     EXPECT_EQ(value(Registers, "0", 1), "3412");
-    EXPECT_EQ(reply("0000 0000 0006 01 10 0000 0001"), StatusDone);
-    EXPECT_EQ(takeCalls(), Calls{"done 9 3 4 1, 0 1"}) << "before it leaves its queue";
+    exchange("0000 0000 0009 01 10 0000 0001 02 1234", "0000 0000 0006 01 10 0000 0001", StatusDone, "done(9 3 4 1) 0 1");
     EXPECT_TRUE(PLC_driver.writeList.isEmpty());
     EXPECT_EQ(PLC_driver.result.hostItem, 4);
     EXPECT_TRUE(PLC_driver.result.data.isEmpty());
@@ -118,28 +102,21 @@ TEST_F(Cycle, WriteIsNotifiedMirroredAndReported)
 TEST_F(Cycle, GroupIsReportedWithItsLastWrite)
 {
     write(Coils, "0", 2, "0101", 3, 4);
-    exchange(coil0On, coil0On, StatusDone);
-    exchange("0000 0000 0006 01 05 0001 FF00", "0000 0000 0006 01 05 0001 FF00", StatusDone);
-    EXPECT_EQ(takeCalls(), (Calls{"notify 3 1, 1 2", "notify 3 1, 1 1", "done 9 3 4 1, 0 1"}));
+    exchange(coil0On, coil0On, StatusDone, "notify(3 1) 1 2");
+    const char *const coil1On = "0000 0000 0006 01 05 0001 FF00";
+    exchange(coil1On, coil1On, StatusDone, "notify(3 1) 1 1 done(9 3 4 1) 0 1");
 }
 
 TEST_F(Cycle, BitOfRegisterInTwoExchanges)
 {
+    const char *const readHalf = "0000 0000 0006 01 03 0002 0001", *const writeHalf = "0000 0000 0006 01 06 0002 8009";
     write(RegisterBit, "2.3", 1, "01", 3, 4);
-    exchange("0000 0000 0006 01 03 0002 0001", "0000 0000 0005 01 03 02 8001", StatusDone);
-    EXPECT_EQ(PLC_driver.writeList.size(), 1) << "the entry stays until the second reply";
+    exchange(readHalf, "0000 0000 0005 01 03 02 8001", StatusDone, "notify(3 1) 2 1");
     EXPECT_EQ(value(Registers, "2", 1), "0180");
-    exchange("0000 0000 0006 01 06 0002 8009", "0000 0000 0006 01 06 0002 8009", StatusDone);
-    EXPECT_TRUE(PLC_driver.writeList.isEmpty());
-    EXPECT_EQ(takeCalls(), (Calls{"notify 3 1, 2 1", "done 9 3 4 1, 0 1"}));
-}
-
-TEST_F(Cycle, GivingUpTheReadHalfDropsTheWriteHalf)
-{
+    exchange(writeHalf, writeHalf, StatusDone, "done(9 3 4 1) 0 1");
     write(RegisterBit, "2.3", 1, "01", 3, 4);
-    exchange("0000 0000 0006 01 03 0002 0001", "0000 0000 0003 01 83 02", StatusLocalWrongLength + 3);
-    EXPECT_TRUE(PLC_driver.writeList.isEmpty());
-    EXPECT_EQ(takeCalls(), (Calls{"notify 3 1, 2 1", "done 9 3 4 2, 0 1", "notify 3 1, 0 0"}));
+    exchange(readHalf, refused, StatusLocalWrongLength + 3, "notify(3 1) 2 1 done(9 3 4 2) 0 1 notify(3 1) 0 0");
+    expectNothingToSend(); // the write half is dropped
 }
 
 TEST_F(Cycle, FailuresAreRetriedUpToTheLimit)
@@ -150,50 +127,40 @@ TEST_F(Cycle, FailuresAreRetriedUpToTheLimit)
     const struct
     {
         const char *reply;
-        int status, failCount;
-        bool failed;
+        int status, failCount, cyclicDone;
+        const char *calls;
     } rows[] = {
-        {"0000 0000 0003 01 83 02", StatusRetry, 1, true},
-        {"0000 0000 0003 01 83 02", StatusRetry, 2, true},
-        {"0000 0000 0003 01 83 02", StatusLocalWrongLength, 0, true},
-        {"", StatusRetry, 1, true},
-        {"0000 0000 0007 01 03 04 0000 0000", StatusDone, 1, false}, // a success does not start the count afresh
-        {"", StatusRetry, 2, true},
-        {"", StatusLocalNoReply, 0, true},
+        {refused, StatusRetry, 1, 0, ""},
+        {refused, StatusRetry, 2, 0, ""},
+        {refused, StatusLocalWrongLength, 0, 0, "notify(0 1) 0 0"},
+        {"", StatusRetry, 1, 0, ""},
+        {"0000 0000 0007 01 03 04 0000 0000", StatusDone, 1, 1, ""}, // a success does not start the count afresh
+        {"", StatusRetry, 2, 0, ""},
+        {"", StatusLocalNoReply, 0, 0, "notify(0 1) 0 0"},
     };
     for (const auto &row : rows) {
-        exchange("0000 0000 0006 01 03 0000 0002", row.reply, row.status);
+        exchange("0000 0000 0006 01 03 0000 0002", row.reply, row.status, row.calls);
         EXPECT_EQ(settings.failCount, row.failCount);
-        EXPECT_EQ(PLC_driver.lastFailed, row.failed);
-        EXPECT_EQ(PLC_driver.cyclicDone, row.failed ? 0 : 1);
+        EXPECT_EQ(PLC_driver.lastFailed, row.status != StatusDone);
+        EXPECT_EQ(PLC_driver.cyclicDone, row.cyclicDone);
         EXPECT_EQ(settings.cycleDone, 0);
     }
     EXPECT_EQ(listed(PLC_driver.readList), "5:0*2") << "polled again next time";
-    EXPECT_EQ(takeCalls(), (Calls{"notify 0 1, 0 0", "notify 0 1, 0 0"}));
 }
 
 TEST_F(Cycle, GiveUpDropsTheGroup)
 {
-    const struct
-    {
-        const char *what;
-        int perStation;
-        const char *left;
-    } rows[] = {{"all stations", 0, "0:3*1"}, {"that station's only", 1, "2/0:2*1 0:3*1"}};
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.what);
-        settings.multiStation = row.perStation;
-        PLC_driver.writeList.clear();
+    for (int perStation : {0, 1}) {
+        restart(perStation);
         for (int i = 0; i < 4; ++i) {
             RW_VAR var = access(Coils, i, 1, "01", i == 2 ? 2 : 1);
             var.hostId = i == 3 ? 8 : 7;
             var.rwFlag = AccessWrite;
-            var.linkId = 2;
+            var.linkId = settings.linkId;
             AddListWriteVar(&var, QueueAsIs);
         }
-        exchange(coil0On, "", StatusLocalNoReply + 7);
-        EXPECT_EQ(listed(PLC_driver.writeList), row.left);
-        EXPECT_EQ(takeCalls(), (Calls{"notify 7 1, 1 4", "done 9 7 0 2, 0 4", "notify 7 1, 0 3"}));
+        exchange(coil0On, "", StatusLocalNoReply + 7, "notify(7 1) 1 4 done(9 7 0 2) 0 4 notify(7 1) 0 3");
+        EXPECT_EQ(listed(PLC_driver.writeList), perStation ? "2/0:2*1 0:3*1" : "0:3*1");
     }
 }
 
@@ -201,12 +168,11 @@ TEST_F(Cycle, PassIsCompleteAfterOneReplyMoreThanTheListHas)
 {
     settings.writeBlockSize = 1;
     poll({{Registers, "0", 3}});
-    for (int i = 1; i <= 4; ++i) {
+    for (int cycleDone : {0, 0, 0, 1, 1}) {
         ASSERT_NE(ComCommunication(), nullptr);
         EXPECT_EQ(reply(register0), StatusDone);
-        EXPECT_EQ(settings.cycleDone, i == 4 ? 1 : 0) << i;
+        EXPECT_EQ(settings.cycleDone, cycleDone);
     }
-    exchange("0000 0000 0006 01 03 0001 0001", register0, StatusDone);
     EXPECT_EQ(PLC_driver.cyclicDone, 0) << "counted only until the host has seen the pass";
     EXPECT_EQ(listed(PLC_driver.readList), "5:2*1 5:0*1 5:1*1") << "polled round robin";
 }
@@ -234,8 +200,8 @@ TEST_F(Cycle, RepliesAreJudgedByLengthThenByTheKindOfTheirRequest)
         {"neither read nor write", 2, -1, 0, 12, 12, 12, "0000", 112, "0000"},
     };
     for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
         for (bool remote : {false, true}) {
-            SCOPED_TRACE(testing::Message() << row.what << (remote ? ", remote" : ", local"));
             Protocol request;
             request.replyLength = row.expected;
             request.replyDataLength = 2;
@@ -261,11 +227,11 @@ TEST_F(Cycle, OneShotReadsOfAnotherLinkAreNeverReportedAsDone)
         int link;
         const char *reply;
         int status;
-        Calls calls;
+        const char *calls;
     } rows[] = {
-        {"this link", 2, register0, StatusDone, {"done 9 3 0 1, 0 1"}},
-        {"another link, and not the read half", 6, register0, StatusRemoteAccepted, {}},
-        {"another link given up", 6, "", StatusRemoteNoReply + 3, {"notify 3 1, 0 0"}},
+        {"this link", 2, register0, StatusDone, "done(9 3 0 1) 0 1"},
+        {"another link, and not the read half", 6, register0, StatusRemoteAccepted, ""},
+        {"another link given up", 6, "", StatusRemoteNoReply + 3, "notify(3 1) 0 0"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.what);
@@ -273,9 +239,7 @@ TEST_F(Cycle, OneShotReadsOfAnotherLinkAreNeverReportedAsDone)
         read.hostId = 3;
         read.linkId = row.link;
         AddListOnceReadVar(&read, QueueAsIs);
-        exchange(readRegister0, row.reply, row.status);
-        EXPECT_EQ(PLC_driver.currentKind, OriginOnceRead);
-        EXPECT_EQ(takeCalls(), row.calls);
+        exchange(readRegister0, row.reply, row.status, row.calls);
         EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
     }
 }
@@ -285,7 +249,8 @@ TEST_F(Cycle, RequestsGoOutRemoteWhileTheSettingSaysSo)
     poll({{Coils, "0", 8}});
     write(Registers, "100", 1, "3412", 5);
     settings.remoteMode = 1;
-    exchange("18 05 01 02 01 0005 00000064 0001 00000000 00000000 3412 D1", "00 00 00 00 00 00 00 00 00 00 00 00", StatusDone);
+    exchange("18 05 01 02 01 0005 00000064 0001 00000000 00000000 3412 D1", "00 00 00 00 00 00 00 00 00 00 00 00", StatusDone,
+             "done(9 5 0 1) 0 1");
     exchange("16 00 00 02 01 0000 00000000 0001 00000000 00000000 1A", "00 00 00 00 00 00 00 00 00 81", StatusDone);
     EXPECT_EQ(value(Coils, "0", 8), "0100000000000001");
     EXPECT_EQ(PLC_driver.cyclicDone, 0) << "remote replies complete no pass";

@@ -141,11 +141,11 @@ TEST_F(Frames, EveryWriteIsNotifiedAndMirroredUnlessItMayNotBe)
         bool failed;
         const char *call, *register0;
     } rows[] = {
-        {"registers", Registers, false, "notify 6 1, 1 0", "3412"},
-        {"after a failure", Registers, true, "notify 6 1, 1 0", "5555"},
-        {"a bit of a register", RegisterBit, false, "notify 6 1, 2 0", "5555"},
-        {"read-only area", InputRegisters, false, "notify 6 1, 0 0", "5555"},
-        {"no area", NoArea, false, "notify 6 1, 0 0", "5555"},
+        {"registers", Registers, false, "notify(6 1) 1 0", "3412"},
+        {"after a failure", Registers, true, "notify(6 1) 1 0", "5555"},
+        {"a bit of a register", RegisterBit, false, "notify(6 1) 2 0", "5555"},
+        {"read-only area", InputRegisters, false, "notify(6 1) 0 0", "5555"},
+        {"no area", NoArea, false, "notify(6 1) 0 0", "5555"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.what);
@@ -157,7 +157,7 @@ TEST_F(Frames, EveryWriteIsNotifiedAndMirroredUnlessItMayNotBe)
         PLC_driver.listMutex.lock(); // as the cycle holds it
         WriteRegister(&var);
         PLC_driver.listMutex.unlock();
-        EXPECT_EQ(takeCalls(), Calls{row.call});
+        EXPECT_EQ(takeCalls(), row.call);
         EXPECT_EQ(value(Registers, "0", 1), row.register0);
     }
 }

@@ -7,26 +7,27 @@
 
 namespace {
 
-Calls calls;
+std::string calls;
 
-/// `call` has all but the last two numbers. The driver must hold listMutex, which a host relies on.
-void record(const QString &call)
+/// The driver must hold listMutex meanwhile, which a host relies on.
+void record(const std::string &call)
 {
     EXPECT_FALSE(PLC_driver.listMutex.tryLock());
     const int queued = PLC_driver.writeList.size() + PLC_driver.onceReadList.size();
-    calls.push_back(qPrintable(call + QString::fromLatin1(", %1 %2").arg(PLC_driver.pendingList.size()).arg(queued)));
+    calls += (testing::Message() << (calls.empty() ? "" : " ") << call << ") " << PLC_driver.pendingList.size() << ' ' << queued)
+                 .GetString();
 }
 
 void writeDone(int channel, int id, int item, int outcome)
 {
-    record(QString::fromLatin1("done %1 %2 %3 %4").arg(channel).arg(id).arg(item).arg(outcome));
+    record((testing::Message() << "done(" << channel << ' ' << id << ' ' << item << ' ' << outcome).GetString());
 }
 
 void itemNotify(QList<RW_VAR> *list, int id, int flag)
 {
     EXPECT_TRUE(list->isEmpty());
     list->append(RW_VAR()); // the driver throws away what the host puts in
-    record(QString::fromLatin1("notify %1 %2").arg(id).arg(flag));
+    record((testing::Message() << "notify(" << id << ' ' << flag).GetString());
 }
 
 } // namespace
@@ -80,10 +81,11 @@ void DriverFixture::expectRequest(const char *frame)
     EXPECT_EQ(request->frameLength, request->frame.size());
 }
 
-void DriverFixture::exchange(const char *request, const char *replied, int status)
+void DriverFixture::exchange(const char *request, const char *replied, int status, const char *wanted)
 {
     expectRequest(request);
     EXPECT_EQ(*replied ? reply(replied) : noReply(), status);
+    EXPECT_EQ(takeCalls(), wanted);
 }
 
 int DriverFixture::reply(const char *frame)
@@ -99,9 +101,9 @@ std::string DriverFixture::value(int area, const char *address, int count, int s
     return hex(out);
 }
 
-Calls DriverFixture::takeCalls()
+std::string DriverFixture::takeCalls()
 {
-    Calls taken;
+    std::string taken;
     taken.swap(calls);
     return taken;
 }
