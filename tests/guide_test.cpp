@@ -5,11 +5,10 @@
 #include "../examples/host/start_anew.h"
 
 #include <QtCore/QFile>
-#include <QtCore/QMap>
 #include <QtCore/QRegularExpression>
 
-#include <cstddef>
 #include <future>
+#include <map>
 
 using namespace modbus_driver;
 
@@ -129,39 +128,29 @@ TEST_F(Guide, NamesTheLocksOfEachCall)
 
 TEST_F(Guide, ListsTheStatusCodes)
 {
-    QStringList made = {QString::number(StatusRetry)};
-    for (int outcome = 0; outcome <= 8; ++outcome) {
-        const int code = GetDriverReturnValue(outcome);
-        const bool single = code == StatusDone || code == StatusRemoteAccepted || code == StatusUnknown;
-        made.append(QString::number(code) + (single ? QString() : QChar(0x2013) + QString::number(code + 11)));
+    const QList<QStringList> listed = rows("| Status |");
+    ASSERT_EQ(listed.size(), 10);
+    EXPECT_EQ(listed.first().at(1).toInt(), StatusRetry);
+    for (int outcome = 0; outcome < 9; ++outcome) {
+        const QStringList codes = all("\\d+", listed.at(outcome + 1).at(1));
+        EXPECT_EQ(codes.first().toInt(), GetDriverReturnValue(outcome));
+        const int last = codes.first().toInt() + (outcome % 4 && outcome < 8 ? StatusCodesOfClass - 1 : 0);
+        EXPECT_EQ(codes.last().toInt(), last) << "errors are classes of twelve";
     }
-    QStringList listed;
-    for (const QStringList &row : rows("| Status |"))
-        listed.append(row.at(1).trimmed());
-    EXPECT_EQ(listed.join(one).toStdString(), made.join(one).toStdString());
 }
 
 TEST_F(Guide, NumbersTheSettingsWords)
 {
-#define WORD(name)                                                                                                               \
-    {                                                                                                                            \
-        QString::fromLatin1("`" #name "`"), int(offsetof(CommSettings, name) / sizeof(int))                                      \
-    }
-    const QMap<QString, int> words = {WORD(hostWord0),      WORD(hostWord3),       WORD(writeBlockSize),  WORD(hostWord5),
-                                      WORD(defaultStation), WORD(retryLimit),      WORD(failCount),       WORD(multiStation),
-                                      WORD(cfgWord10),      WORD(repliesExpected), WORD(repliesReceived), WORD(cfgWord13),
-                                      WORD(remoteMode),     WORD(linkId),          WORD(writeMode),       WORD(cycleDone),
-                                      WORD(hostChannel)};
-#undef WORD
-    int next = 0;
+    const QString records = text("/driver/api/records.h").section(QLatin1String("struct CommSettings"), 1);
+    const QStringList words = all("(?<=int )\\w+(?= = 0;)", records.section(QLatin1String("};"), 0, 0));
+    QStringList listed;
     for (const QStringList &row : rows("| Word |")) {
-        const QStringList numbers = all("\\d+", row.at(1)), names = all("`\\w+`", row.at(2));
-        EXPECT_EQ(numbers.first().toInt(), next);
-        EXPECT_EQ(words.value(names.first(), -1), numbers.first().toInt()) << row.at(2).toStdString();
-        EXPECT_EQ(words.value(names.last(), -1), numbers.last().toInt()) << row.at(2).toStdString();
-        next = numbers.last().toInt() + 1;
+        const QStringList numbers = all("\\d+", row.at(1)), names = all("(?<=`)\\w+(?=`)", row.at(2));
+        EXPECT_EQ(words.value(numbers.last().toInt()), names.last());
+        for (int i = numbers.first().toInt(); i <= numbers.last().toInt(); ++i)
+            listed.append(words.value(i));
     }
-    EXPECT_EQ(next, 19);
+    EXPECT_EQ(listed, words);
 }
 
 TEST_F(Guide, TellsTheFunctionsOfEachArea)
