@@ -22,34 +22,40 @@ using namespace modbus_driver;
 
 namespace {
 
+// A name of the library: a function or an object of whatever type it is put into.
+struct Symbol
+{
+    template <typename Type> operator Type *() const { return reinterpret_cast<Type *>(address); }
+
+    void *address;
+};
+
 // What this host uses of the driver, looked up by name. RTLD_LOCAL: no name of the driver gets in the way
 // of others. The library is never unloaded.
 struct Driver
 {
     explicit Driver(const char *path) : library(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {}
 
-    void *find(const char *name) const
+    Symbol find(const char *name) const
     {
         void *const found = library ? dlsym(library, name) : nullptr;
         if (found)
-            return found;
+            return {found};
         std::fprintf(stderr, "two-stations: %s\n", dlerror());
         std::exit(EXIT_FAILURE);
     }
 
     void *const library;
-#define CALL(name) const decltype(&::name) name = reinterpret_cast<decltype(&::name)>(find(#name))
-    CALL(SetComInfo);
-    CALL(RegistCallBackFuncIntf);
-    CALL(ReCreatReadVarList);
-    CALL(ComCommunication);
-    CALL(DataCom);
-    CALL(EnCommStation);
-    CALL(Ethernetcontains);
-    CALL(GetRegisterData);
-    CALL(SetRegisterData);
-#undef CALL
-    Modbus_TCPIP_RTU_M *const object = static_cast<Modbus_TCPIP_RTU_M *>(find("PLC_driver"));
+    decltype(&SetComInfo) setComInfo = find("SetComInfo");
+    decltype(&RegistCallBackFuncIntf) registerCallBacks = find("RegistCallBackFuncIntf");
+    decltype(&ReCreatReadVarList) recreateReadList = find("ReCreatReadVarList");
+    decltype(&ComCommunication) nextRequest = find("ComCommunication");
+    decltype(&DataCom) handReply = find("DataCom");
+    decltype(&EnCommStation) enableStation = find("EnCommStation");
+    decltype(&Ethernetcontains) isOff = find("Ethernetcontains");
+    decltype(&GetRegisterData) getRegisterData = find("GetRegisterData");
+    decltype(&SetRegisterData) setRegisterData = find("SetRegisterData");
+    Modbus_TCPIP_RTU_M *object = find("PLC_driver");
 };
 
 enum { Value = 1, Bit = 2, Items = 3 }; // the host's numbers of its two writes: hostItem
@@ -76,7 +82,7 @@ public:
     void leaveOut(int unit)
     {
         std::printf("unit %d does not answer\n", unit);
-        driver.EnCommStation(unit, 0);
+        driver.enableStation(unit, 0);
         since[unit].start();
     }
 
@@ -85,7 +91,7 @@ public:
         for (int unit : since.keys()) {
             if (!since[unit].hasExpired(10000))
                 continue;
-            driver.EnCommStation(unit, 1);
+            driver.enableStation(unit, 1);
             since.remove(unit);
         }
     }
@@ -101,14 +107,14 @@ void communicate(const Driver &driver, CommSettings &settings, const QString &ad
     Link link(address, port); // in the thread that uses it
     Absent absent(driver);
     for (; !ended; absent.tryAgain()) {
-        Protocol *request = driver.ComCommunication();
+        Protocol *request = driver.nextRequest();
         if (!request) {
             QThread::msleep(10); // until a screen wants something
             continue;
         }
         const RW_VAR asked = request->var; // DataCom may end the request, and its result names no failed one
         QByteArray reply = link.exchange(*request);
-        const int status = driver.DataCom(&reply, reply.size())->status;
+        const int status = driver.handReply(&reply, reply.size())->status;
         if (status == StatusDone || status == StatusRemoteAccepted) {
             settings.failCount = 0;
             goodReads[asked.station & 0xFF] +=
@@ -133,7 +139,7 @@ VAR_ITEM variable(int station, int area, const char *address, int count)
 QByteArray valueOf(const Driver &driver, const VAR_ITEM &item)
 {
     QByteArray value;
-    driver.GetRegisterData(0, item.area, item.addressText, item.station, value, item.count);
+    driver.getRegisterData(0, item.area, item.addressText, item.station, value, item.count);
     return value;
 }
 
@@ -150,18 +156,20 @@ bool panel(const Driver &driver, const VAR_ITEM &number, const VAR_ITEM &bit)
 {
     QByteArray value(4, '\0'), on(1, '\1');
     qToLittleEndian<quint32>(305419896, value.data());
-    driver.SetRegisterData(QString(), number.area, number.addressText, number.station, value, 2, 0, Value);
-    driver.SetRegisterData(QString(), bit.area, bit.addressText, bit.station, on, 1, 0, Bit);
+    driver.setRegisterData(QString(), number.area, number.addressText, number.station, value, 2, 0, Value);
+    driver.setRegisterData(QString(), bit.area, bit.addressText, bit.station, on, 1, 0, Bit);
     waitFor([] { return outcomes[Value] != 0 && outcomes[Bit] != 0; });
 
-    // A bit of a register shows in the image when the register was polled again.
+    // The image shows a value that is on its way, and keeps one that was not written, until the station was
+    // read.
     const int readsOf1 = goodReads[1], readsOf2 = goodReads[2];
     waitFor([&] { return goodReads[1] != readsOf1 && goodReads[2] != readsOf2; });
+    const bool read = goodReads[1] != readsOf1 && goodReads[2] != readsOf2;
     const QByteArray shown = valueOf(driver, number), shownBit = valueOf(driver, bit);
-    std::printf("unit 1: value %u\n", qFromLittleEndian<quint32>(shown.constData()));
-    std::printf("unit 2: bit %d\n", shownBit.at(0));
-    waitFor([&] { return driver.Ethernetcontains(3); });
-    return outcomes[Value] == WriteDoneServed && outcomes[Bit] == WriteDoneServed && shown == value &&
+    std::printf("%s: unit 1 value %u, unit 2 bit %d\n", read ? "read back" : "not read back",
+                qFromLittleEndian<quint32>(shown.constData()), shownBit.at(0));
+    waitFor([&] { return driver.isOff(3); });
+    return outcomes[Value] == WriteDoneServed && outcomes[Bit] == WriteDoneServed && read && shown == value &&
            shownBit == on;
 }
 
@@ -169,9 +177,9 @@ bool panel(const Driver &driver, const VAR_ITEM &number, const VAR_ITEM &bit)
 bool startsAnew(const Driver &driver, CommSettings &settings, const VAR_ITEM &number)
 {
     QByteArray unsent(4, '\1');
-    driver.SetRegisterData(QString(), number.area, number.addressText, number.station, unsent, 2, 0, Value);
+    driver.setRegisterData(QString(), number.area, number.addressText, number.station, unsent, 2, 0, Value);
     startAnew(*driver.object, settings);
-    return driver.ComCommunication() == nullptr && valueOf(driver, number) == QByteArray(4, '\0');
+    return driver.nextRequest() == nullptr && valueOf(driver, number) == QByteArray(4, '\0');
 }
 
 } // namespace
@@ -188,13 +196,13 @@ int main(int argc, char *argv[])
     settings.retryLimit = 1;
     settings.multiStation = 1; // values are kept per unit
     settings.writeMode = WriteModeToStation;
-    driver.SetComInfo(&settings);
-    driver.RegistCallBackFuncIntf(writeDone, itemNotify);
+    driver.setComInfo(&settings);
+    driver.registerCallBacks(writeDone, itemNotify);
 
     const VAR_ITEM number = variable(1, AreaHoldingPairs, "100", 2);
     const VAR_ITEM bit = variable(2, AreaHoldingRegisterBit, "20.3", 1);
     QList<VAR_ITEM> items = {number, bit, variable(3, AreaHoldingRegisters, "0", 1)};
-    driver.ReCreatReadVarList(&items);
+    driver.recreateReadList(&items);
 
     std::thread communication(
         [&] { communicate(driver, settings, QString::fromLatin1(argv[2]), quint16(std::atoi(argv[3]))); });
