@@ -15,7 +15,11 @@
 class Link
 {
 public:
-    Link(const QString &address, quint16 port) : address(address), port(port) {}
+    // `patience` in ms, for a connection and for a whole reply.
+    Link(const QString &address, quint16 port, int patience = 1000)
+        : address(address), port(port), patience(patience)
+    {
+    }
 
     // Sends the request. Returns the whole reply; nothing when none is due or none came.
     QByteArray exchange(const Protocol &request)
@@ -37,8 +41,6 @@ public:
     }
 
 private:
-    static const int patience = 1000; // ms, for a connection and for a whole reply
-
     // Transaction, protocol, unit and function; an exception reply has 0x80 added to the function.
     static bool answers(const QByteArray &reply, const QByteArray &frame)
     {
@@ -74,8 +76,9 @@ private:
         return QByteArray();
     }
 
-    QString address;
-    quint16 port;
+    const QString address;
+    const quint16 port;
+    const int patience;
     quint16 number = 0; // of the last request
     QTcpSocket socket;
 };
