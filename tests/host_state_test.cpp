@@ -3,6 +3,8 @@
 
 #include "host_words.h"
 #include "../host/link/link_state.h"
+#include "../host/link/recovery.h"
+#include "../host/link/transaction_numbers.h"
 #include "../host/link/poll_pass.h"
 #include "../host/explain/statistics.h"
 #include "../host/link/unit_switch.h"
@@ -13,9 +15,11 @@
 
 namespace {
 
-TEST(LinkState, BackOffDoublesUpToTheLongestUntilAnAnswer)
+const BackOffTimes times = {1000, 5000, 100, 3000};
+
+TEST(LinkState, BackOffDoublesUpToTheLongestUntilTheLinkIsProven)
 {
-    LinkState link({1000, 5000});
+    LinkState link(times);
     qint64 now = 0;
     for (const int delay : {1000, 2000, 4000, 5000, 5000}) {
         link.lost(LinkCause::Refused, now);
@@ -23,35 +27,94 @@ TEST(LinkState, BackOffDoublesUpToTheLongestUntilAnAnswer)
         now += delay;
         EXPECT_EQ(link.at(now), LinkState::Connecting) << delay;
     }
-    link.opened();
-    link.lost(LinkCause::Closed, now);
-    EXPECT_EQ(link.at(now + 4999), LinkState::BackingOff) << "taken and dropped is no better than refused";
-    link.at(now += 5000);
-    link.opened();
-    link.answered();
+    const auto open = [&](int answeredAfterMs) {
+        link.at(now += 60000);
+        link.opened(now);
+        if (answeredAfterMs >= 0)
+            link.answered(now += answeredAfterMs);
+    };
+    open(-1);
     link.lost(LinkCause::Closed, now);
     EXPECT_EQ(link.at(now), LinkState::Connecting) << "a first reopening costs nothing";
+    open(-1);
+    link.lost(LinkCause::Closed, now);
+    EXPECT_EQ(link.at(now + 4999), LinkState::BackingOff) << "accepted and closed is no better than refused";
+    open(0);
+    link.lost(LinkCause::Closed, now);
+    EXPECT_EQ(link.at(now + 99), LinkState::BackingOff) << "no more openings than the floor allows";
+    EXPECT_EQ(link.at(now + 100), LinkState::Connecting);
     link.lost(LinkCause::Refused, now);
-    EXPECT_EQ(link.at(now + 1000), LinkState::Connecting) << "the back-off starts anew";
+    EXPECT_EQ(link.at(now + 4999), LinkState::BackingOff) << "one answer does not start the back-off anew";
+    open(3000);
+    link.lost(LinkCause::Closed, now);
+    EXPECT_EQ(link.at(now), LinkState::Connecting) << "the link was proven: one reopening costs nothing again";
+    link.lost(LinkCause::Refused, now);
+    EXPECT_EQ(link.at(now + 1000), LinkState::Connecting) << "and the back-off starts anew";
 }
 
-TEST(LinkState, ALossBacksOffUnlessItTookATimeOutOrFollowedAnAnswer)
+TEST(LinkState, AfterTheFreeReopeningALossBacksOffUnlessItTookATimeOutOrFollowedAnAnswer)
 {
-    using Row = std::tuple<LinkCause, LinkState::State>;
-    const Row rows[] = {{LinkCause::Silent, LinkState::Connecting},    {LinkCause::CutOff, LinkState::Connecting},
-                        {LinkCause::Closed, LinkState::BackingOff},    {LinkCause::HeldBack, LinkState::BackingOff},
-                        {LinkCause::BadHeader, LinkState::BackingOff}, {LinkCause::Unasked, LinkState::BackingOff}};
-    for (const auto &[cause, unanswered] : rows) {
+    using Row = std::tuple<LinkCause, int, int>;
+    const Row rows[] = {{LinkCause::Silent, 100, 100},   {LinkCause::CutOff, 100, 100},     {LinkCause::Closed, 1000, 100},
+                        {LinkCause::HeldBack, 1000, 100}, {LinkCause::BadHeader, 1000, 100}, {LinkCause::Unasked, 1000, 100}};
+    for (const auto &[cause, unanswered, answered] : rows) {
         for (const bool hasAnswered : {false, true}) {
-            LinkState link({1000, 5000});
-            link.opened();
+            LinkState link(times);
+            link.opened(0);
+            link.lost(LinkCause::Closed, 0);
+            link.opened(0);
             if (hasAnswered)
-                link.answered();
+                link.answered(0);
             link.sent();
             link.lost(cause, 0);
-            EXPECT_EQ(link.at(0), hasAnswered ? LinkState::Connecting : unanswered) << qPrintable(linkCauseText(cause));
+            EXPECT_EQ(link.retryAtMs(), hasAnswered ? answered : unanswered) << qPrintable(linkCauseText(cause));
         }
     }
+}
+
+TEST(Recovery, KeepsTheConnectionOnlyWhileNumbersTellLateReplies)
+{
+    const StreamFacts echoed = {AfterTimeout::Numbers, true, 1};
+    const StreamFacts notEchoed = {AfterTimeout::Numbers, false, 1};
+    const StreamFacts reconnect = {AfterTimeout::Reconnect, true, 1};
+    const StreamFacts drain = {AfterTimeout::Drain, true, 1};
+    const StreamFacts dead = {AfterTimeout::Numbers, true, SilentRequestsOfDeadPeer};
+    using Row = std::tuple<const char *, LinkCause, StreamFacts, Recovery>;
+    const Row rows[] = {
+        {"a time-out", LinkCause::Silent, echoed, Recovery::None},
+        {"a time-out without numbers", LinkCause::Silent, notEchoed, Recovery::Drop},
+        {"a time-out of a dead peer", LinkCause::Silent, dead, Recovery::Drop},
+        {"a time-out, reconnect asked for", LinkCause::Silent, reconnect, Recovery::Drop},
+        {"a time-out, drain asked for", LinkCause::Silent, drain, Recovery::Drain},
+        {"a reply to something else", LinkCause::HeldBack, echoed, Recovery::None},
+        {"half a reply", LinkCause::CutOff, echoed, Recovery::Drop},
+        {"a closed connection", LinkCause::Closed, drain, Recovery::Drop},
+        {"a flood", LinkCause::Flood, drain, Recovery::Drop},
+        {"nothing wrong", LinkCause::None, notEchoed, Recovery::None},
+    };
+    for (const auto &[what, cause, facts, recovery] : rows)
+        EXPECT_EQ(recoveryAfter(cause, facts), recovery) << what;
+}
+
+TEST(TransactionNumbers, TellTheCurrentReplyFromOldAndForeignOnes)
+{
+    TransactionNumbers numbers(65533);
+    const quint16 first = numbers.next();
+    EXPECT_EQ(first, 65534);
+    EXPECT_EQ(numbers.take(0), TransactionNumbers::Zero);
+    EXPECT_EQ(numbers.take(65533), TransactionNumbers::Foreign) << "never given";
+    EXPECT_EQ(numbers.habit(), TransactionNumbers::Unknown);
+    EXPECT_EQ(numbers.take(first), TransactionNumbers::Current);
+    EXPECT_EQ(numbers.take(first), TransactionNumbers::Old) << "answered already";
+    EXPECT_EQ(numbers.habit(), TransactionNumbers::Echoed);
+    EXPECT_EQ(numbers.next(), 65535);
+    EXPECT_EQ(numbers.next(), 1) << "0 is left out";
+    EXPECT_EQ(numbers.take(65535), TransactionNumbers::Old);
+    EXPECT_EQ(numbers.take(2), TransactionNumbers::Foreign);
+    numbers.endWait();
+    EXPECT_EQ(numbers.take(1), TransactionNumbers::Old) << "given up";
+    numbers.noteZeroAccepted();
+    EXPECT_EQ(numbers.habit(), TransactionNumbers::Echoed) << "what was proven stays";
 }
 
 TEST(UnitSwitch, OffAfterFailuresInARowAndOneProbeLater)
@@ -92,22 +155,24 @@ TEST(ValueState, AsOldAsItsOldestPart)
     EXPECT_EQ(value.ageText(3100, 2000), QStringLiteral("old 2.1 s"));
     value.store({1, 5, 90, 12}, "other", 4000);
     EXPECT_TRUE(value.hasChanged());
-    value.fail(QStringLiteral("no reply"));
+    value.fail({1, 5, 102, 50}, QStringLiteral("no reply"));
     EXPECT_EQ(value.ageText(4000, 2000), QStringLiteral("failed: no reply, old 1.0 s"));
     value.store({1, 5, 90, 12}, "other", 5000);
     EXPECT_FALSE(value.hasChanged());
-    EXPECT_EQ(value.failure(), QString());
+    EXPECT_EQ(value.failure(), QStringLiteral("no reply")) << "the other half still fails";
+    value.store({1, 5, 102, 50}, "other", 5000);
+    EXPECT_EQ(value.ageText(5000, 2000), QStringLiteral("fresh"));
 }
 
 TEST(UnitStatistics, OnlyWhatWasSentCountsAndOnlyLostTimeIsLost)
 {
     UnitStatistics unit;
     const int each = 1000; // microseconds
-    unit.add({Exchange::Answered, bytes("0000 0000 0005 01 03 02 0001"), LinkCause::None, ReplyFault::None, each, {}});
-    unit.add({Exchange::NoReply, "", LinkCause::CutOff, ReplyFault::None, each, {}});
-    unit.add({Exchange::NoReply, "", LinkCause::HeldBack, ReplyFault::OtherUnit, each, {}});
-    unit.add({Exchange::NotSent, "", LinkCause::Refused, ReplyFault::None, each, {}});
-    unit.add({Exchange::NoReply, "", LinkCause::Stopped, ReplyFault::None, each, {}});
+    unit.add({Exchange::Answered, bytes("0000 0000 0005 01 03 02 0001"), LinkCause::None, ReplyFault::None, "", each, {}});
+    unit.add({Exchange::NoReply, "", LinkCause::CutOff, ReplyFault::None, "", each, {}});
+    unit.add({Exchange::NoReply, "", LinkCause::HeldBack, ReplyFault::OtherUnit, "", each, {}});
+    unit.add({Exchange::NotSent, "", LinkCause::Refused, ReplyFault::None, "", each, {}});
+    unit.add({Exchange::NoReply, "", LinkCause::Stopped, ReplyFault::None, "", each, {}});
     EXPECT_EQ(std::tie(unit.requests, unit.good, unit.timeOuts), std::make_tuple(3, 1, 1));
     EXPECT_DOUBLE_EQ(unit.lostPercent(4 * each), 50.0);
 }
@@ -129,6 +194,8 @@ TEST(WriteOutcome, ClaimsOnlyWhatWasAcknowledged)
     using Row = std::tuple<int, int, bool, const char *, WriteOutcome::End, const char *>;
     const Row rows[] = {
         {1, 0, false, "no reply", WriteOutcome::Failed, "not done: no reply"}, // to the read half of a bit write
+        {1, 0, true, "exception 5: x", WriteOutcome::Unknown, // the station may be carrying it out
+         "outcome unknown: exception 5: x; it may or may not have been carried out"},
         {1, 0, true, "exception 2: x", WriteOutcome::Unknown,           // to the retry after a time-out
          "outcome unknown: exception 2: x; it may or may not have been carried out"},
         {3, 1, false, "exception 2: x", WriteOutcome::Failed, "1 of 3 requests acknowledged, then refused with exception 2: x"},

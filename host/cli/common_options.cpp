@@ -8,6 +8,7 @@ using namespace modbus_driver;
 namespace {
 
 const int longestMs = 3600000;
+const int longestQuietMs = 10000;
 
 /// HOST:PORT, [IPV6]:PORT or HOST; the port is 502 when it is left out.
 void readPeer(CommandLine *line, ConnectionOptions *connection)
@@ -27,9 +28,13 @@ void readPeer(CommandLine *line, ConnectionOptions *connection)
 void readAfterTimeout(CommandLine *line, ConnectionOptions *connection)
 {
     const QString policy = line->value("after-timeout");
-    connection->drain = policy == QLatin1String("drain");
-    if (!connection->drain && policy != QLatin1String("reconnect"))
-        line->complain(QStringLiteral("--after-timeout takes reconnect or drain, not \"%1\"").arg(policy));
+    if (policy == QLatin1String("reconnect"))
+        connection->afterTimeout = AfterTimeout::Reconnect;
+    else if (policy == QLatin1String("drain"))
+        connection->afterTimeout = AfterTimeout::Drain;
+    else if (policy != QLatin1String("numbers"))
+        line->complain(
+            QStringLiteral("--after-timeout takes numbers, reconnect or drain, not \"%1\"").arg(policy));
 }
 
 void readFaults(CommandLine *line, PanelOptions *options)
@@ -67,11 +72,19 @@ void addLinkOptions(CommandLine *line, const char *retries)
                     "1000");
     line->addOption("retries", QStringLiteral("How often a request without a good reply is sent again."), "N",
                     retries);
-    line->addOption("after-timeout",
-                    QStringLiteral("What happens before the next request: reconnect, or drain (for serial "
-                                   "gateways): read and throw away until nothing comes for --timeout, and "
-                                   "reconnect only if the late reply was not among it."),
-                    "POLICY", "reconnect");
+    line->addOption(
+        "after-timeout",
+        QStringLiteral("What happens after a time-out. numbers: the connection is kept, since "
+                       "transaction numbers tell late replies; as reconnect when the station echoes "
+                       "no numbers. reconnect: it is opened anew. drain (for serial gateways): read and "
+                       "throw away until nothing comes for --timeout, and reconnect only if the late "
+                       "reply was not among it."),
+        "POLICY", "numbers");
+    line->addOption(
+        "quiet",
+        QStringLiteral("Milliseconds to listen after each reply of a station that echoes no transaction "
+                       "numbers: another reply in this time shows that one of them is late."),
+        "MS", "20");
     line->addOption("gap", QStringLiteral("Milliseconds between a reply and the next request."), "MS", "0");
     line->addOption("block",
                     QStringLiteral("Most registers, or bytes of bits, in a request (the protocol: reads "
@@ -97,6 +110,7 @@ PanelOptions linkOptions(CommandLine *line)
         readPeer(line, &options.connection);
     options.connection.timeoutMs = line->number("timeout", 1, longestMs);
     options.connection.gapMs = line->number("gap", 0, longestMs);
+    options.connection.quietMs = line->number("quiet", 0, longestQuietMs);
     options.connection.remote = line->isSet("remote");
     readAfterTimeout(line, &options.connection);
     options.retries = line->number("retries", 0, 100);

@@ -48,8 +48,8 @@ ExitCode PanelSession::prepare(QString *error)
     if (m_options.connection.host.isEmpty() && !startStation(error))
         return ExitNoLink;
     configureDriver();
-    m_loop = std::make_unique<CommunicationLoop>(m_driver, m_options.connection, m_options.loop, m_trace,
-                                                 m_observer);
+    m_loop = std::make_unique<CommunicationLoop>(m_driver, settings, m_options.connection, m_options.loop,
+                                                 m_trace, m_observer);
     return ExitDone;
 }
 

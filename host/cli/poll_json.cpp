@@ -71,9 +71,9 @@ QByteArray pollJson(const PanelSnapshot &now, const PollView &view)
     for (const auto &[number, unit] : now.units)
         units.append(unitObject(number, unit, now));
     const QJsonObject object = {
-        {QStringLiteral("pass"), now.passes},    {QStringLiteral("seconds"), double(now.nowMs()) / 1000},
-        {QStringLiteral("link"), linkText(now)}, {QStringLiteral("variables"), variables},
-        {QStringLiteral("units"), units},
+        {QStringLiteral("pass"), now.passes},     {QStringLiteral("seconds"), double(now.nowMs()) / 1000},
+        {QStringLiteral("link"), linkText(now)},  {QStringLiteral("numbers"), numbersText(now.numbers)},
+        {QStringLiteral("variables"), variables}, {QStringLiteral("units"), units},
     };
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }

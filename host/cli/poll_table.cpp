@@ -78,6 +78,19 @@ QString placeText(const Variable &variable)
     return text;
 }
 
+QString numbersText(TransactionNumbers::Habit numbers)
+{
+    switch (numbers) {
+    case TransactionNumbers::Echoed:
+        return QStringLiteral("echoed");
+    case TransactionNumbers::NotEchoed:
+        return QStringLiteral("not echoed");
+    case TransactionNumbers::Unknown:
+        break;
+    }
+    return QStringLiteral("unknown");
+}
+
 QString linkText(const PanelSnapshot &now)
 {
     switch (now.link) {
@@ -89,7 +102,9 @@ QString linkText(const PanelSnapshot &now)
     case LinkState::Waiting:
         break;
     }
-    return QStringLiteral("up");
+    return now.numbers == TransactionNumbers::NotEchoed
+               ? QStringLiteral("up, the station echoes no transaction numbers")
+               : QStringLiteral("up");
 }
 
 QStringList pollTable(const PanelSnapshot &now, const PollView &view)

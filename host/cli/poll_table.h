@@ -17,11 +17,14 @@ struct PollView
 /// The lines of the table. A changed value is followed by an asterisk.
 QStringList pollTable(const PanelSnapshot &now, const PollView &view);
 
-/// One object on one line: pass, seconds, link, variables, units.
+/// One object on one line: pass, seconds, link, numbers, variables, units.
 QByteArray pollJson(const PanelSnapshot &now, const PollView &view);
 
 /// The area and address as the variable names them, with its unit: "2/hr:100*4".
 QString placeText(const Variable &variable);
 
-/// The state of the link: "up", "backing off after connection refused".
+/// The state of the link: "up", "backing off after connection refused", and whether the station lacks numbers.
 QString linkText(const PanelSnapshot &now);
+
+/// What the station does with transaction numbers: "echoed", "not echoed", "unknown".
+QString numbersText(TransactionNumbers::Habit numbers);

@@ -44,7 +44,8 @@ int readCommand(const QStringList &arguments)
     addReadOptions(&line);
     if (const auto code = line.parse(arguments))
         return *code;
-    const PanelOptions options = linkOptions(&line);
+    PanelOptions options = linkOptions(&line);
+    options.connection.patienceMs = options.connection.timeoutMs;
     const ValueFormat format = formatOption(&line);
     const QList<Variable> variables = variablesToRead(&line, options.connection.remote);
     if (!line.isFine())

@@ -136,7 +136,8 @@ int writeCommand(const QStringList &arguments)
     addLinkOptions(&line, "0");
     if (const auto code = line.parse(arguments))
         return *code;
-    const PanelOptions options = linkOptions(&line);
+    PanelOptions options = linkOptions(&line);
+    options.connection.patienceMs = options.connection.timeoutMs;
     QList<WriteItem> items = readItems(&line, options.block);
     if (!line.isFine())
         return line.fail();

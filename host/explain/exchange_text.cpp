@@ -1,26 +1,55 @@
 // SPDX-License-Identifier: MIT
 #include "exchange_text.h"
 
+#include "status_text.h"
+#include "variable.h"
+
+#include "../link/exception_codes.h"
+
+#include "../../driver/base/modbus_wire.h"
+
+using namespace modbus_driver::wire;
+
+namespace {
+
+const int deviceItself = 255; // unit identifier
+
+/// The usual cause is a device that answers under another unit identifier than the one that was asked.
+QString otherUnitText(const RW_VAR &access, const QByteArray &reply)
+{
+    const int unit = byteAt(reply, UnitAt);
+    QString text = QStringLiteral("unit %1 answered a request to unit %2; try %1/%3:%4")
+                       .arg(unit)
+                       .arg(access.station)
+                       .arg(areaName(access.area))
+                       .arg(access.startAddress);
+    if (unit == deviceItself)
+        text += QStringLiteral(" (unit 255 is the device that has the connection, not one behind it)");
+    return text;
+}
+
+} // namespace
+
 QString exceptionName(int code)
 {
     switch (code) {
-    case 1:
+    case ExceptionIllegalFunction:
         return QStringLiteral("illegal function");
-    case 2:
+    case ExceptionIllegalAddress:
         return QStringLiteral("illegal data address");
-    case 3:
+    case ExceptionIllegalValue:
         return QStringLiteral("illegal data value");
-    case 4:
+    case ExceptionDeviceFailure:
         return QStringLiteral("device failure");
-    case 5:
+    case ExceptionAcknowledged:
         return QStringLiteral("acknowledged, still busy");
-    case 6:
+    case ExceptionBusy:
         return QStringLiteral("device busy");
-    case 8:
+    case ExceptionMemoryParity:
         return QStringLiteral("memory parity error");
-    case 10:
+    case ExceptionGatewayPath:
         return QStringLiteral("gateway path unavailable");
-    case 11:
+    case ExceptionGatewayTarget:
         return QStringLiteral("no response behind the gateway");
     default:
         return QStringLiteral("unknown exception");
@@ -45,4 +74,13 @@ QString exchangeText(const Exchange &exchange)
         return QStringLiteral("no link: %1").arg(linkCauseText(exchange.cause));
     }
     return QString();
+}
+
+QString failureText(const RW_VAR &access, const Exchange &exchange, int status)
+{
+    if (exchange.end == Exchange::Answered && exceptionCode(exchange.reply) < 0)
+        return QStringLiteral("%1 (driver status %2)").arg(statusText(status)).arg(status);
+    if (exchange.fault == ReplyFault::OtherUnit)
+        return otherUnitText(access, exchange.heldBack);
+    return exchangeText(exchange);
 }

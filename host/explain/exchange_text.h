@@ -6,8 +6,14 @@
 
 #include "../link/exchange.h"
 
+#include "../../driver/api/records.h"
+
 /// How it ended: "exception 2: illegal data address", "no reply".
 QString exchangeText(const Exchange &exchange);
+
+/// Why an exchange was no success: as above, with advice where there is some, and with the driver's status when the
+/// driver refused a reply that this host accepts.
+QString failureText(const RW_VAR &access, const Exchange &exchange, int status);
 
 /// The name of a Modbus exception, such as "illegal data address".
 QString exceptionName(int code);

@@ -40,6 +40,8 @@ void PanelState::noteExchange(int unit, const Exchange &exchange)
     Lock lock(m_mutex);
     if (exchange.before.unit >= 0)
         m_now.units[exchange.before.unit].add(exchange.before);
+    for (const int late : exchange.before.lateUnits)
+        ++m_now.units[late >= 0 ? late : exchange.before.unit >= 0 ? exchange.before.unit : unit].late;
     m_now.units[unit].add(exchange);
 }
 
@@ -49,13 +51,10 @@ void PanelState::noteValue(std::size_t index, const Span &read, const QByteArray
     m_now.values[index].store(read, value, elapsedMicroseconds() / 1000);
 }
 
-void PanelState::noteFailure(const Span &read, const QString &why)
+void PanelState::noteFailure(std::size_t index, const Span &read, const QString &why)
 {
     Lock lock(m_mutex);
-    for (ValueState &value : m_now.values) {
-        if (value.span().overlaps(read))
-            value.fail(why);
-    }
+    m_now.values[index].fail(read, why);
 }
 
 void PanelState::noteItem(int item, const ItemResult &result)
@@ -71,11 +70,12 @@ void PanelState::noteUnitOff(int unit, bool isOff)
     m_now.units[unit].isOff = isOff;
 }
 
-void PanelState::noteLink(LinkState::State link, LinkCause cause)
+void PanelState::noteLink(LinkState::State link, LinkCause cause, TransactionNumbers::Habit numbers)
 {
     Lock lock(m_mutex);
     m_now.link = link;
     m_now.linkCause = cause;
+    m_now.numbers = numbers;
 }
 
 void PanelState::notePass()

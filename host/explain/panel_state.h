@@ -8,6 +8,8 @@
 #include "statistics.h"
 #include "value_state.h"
 
+#include "../link/transaction_numbers.h"
+
 #include <QtCore/QElapsedTimer>
 
 #include <condition_variable>
@@ -21,7 +23,7 @@ struct ItemResult
     int served = 0;         ///< queue entries that ended well
     bool isEnded = false;   ///< the driver has called back: nothing of it is queued any more
     bool isGivenUp = false; ///< with isEnded: an entry failed, and the rest was dropped with it
-    bool mayBeDone = false; ///< a write was sent and has got no reply: it may have been carried out
+    bool mayBeDone = false; ///< a write was sent and nothing tells that it was not carried out
     QString failure;        ///< of the last exchange that failed
 };
 
@@ -33,6 +35,7 @@ struct PanelSnapshot
     int passes = 0;                  ///< over the poll list, ended so far
     LinkState::State link = LinkState::Connecting;
     LinkCause linkCause = LinkCause::None;
+    TransactionNumbers::Habit numbers = TransactionNumbers::Unknown;
     bool isEnded = false; ///< the communication thread has ended by itself
     qint64 elapsedMicroseconds = 0;
 
@@ -53,10 +56,10 @@ public:
     /// From the communication thread.
     void noteExchange(int unit, const Exchange &exchange);
     void noteValue(std::size_t index, const Span &read, const QByteArray &value);
-    void noteFailure(const Span &read, const QString &why);
+    void noteFailure(std::size_t index, const Span &read, const QString &why);
     void noteItem(int item, const ItemResult &result);
     void noteUnitOff(int unit, bool isOff);
-    void noteLink(LinkState::State link, LinkCause cause);
+    void noteLink(LinkState::State link, LinkCause cause, TransactionNumbers::Habit numbers);
     void notePass();
     void noteEnd();
 

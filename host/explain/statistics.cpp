@@ -54,7 +54,6 @@ void UnitStatistics::add(const Exchange &exchange)
 
 void UnitStatistics::add(const Aftermath &before)
 {
-    late += before.lateReplies;
     reconnects += before.reconnected ? 1 : 0;
     lostMicroseconds += before.microseconds;
 }

@@ -30,7 +30,7 @@ struct UnitStatistics
     int timeOuts = 0;                   ///< no reply in time, or half a reply
     std::map<ReplyFault, int> heldBack; ///< replies that count as none, by reason
     int closed = 0;                     ///< connections that ended instead of a reply
-    int late = 0;                       ///< replies when nothing waited for them
+    int late = 0;                       ///< replies that were thrown away: late, or unasked
     int reconnects = 0;
     RoundTrips roundTrips;       ///< of good exchanges and exceptions
     qint64 lostMicroseconds = 0; ///< waited without getting an answer

@@ -23,23 +23,33 @@ public:
     const QByteArray &value() const { return m_value; }
     /// The value differs from the one before.
     bool hasChanged() const { return m_changed; }
-    /// Why the last read failed; empty when it was good.
-    const QString &failure() const { return m_failure; }
+    /// Why the last read of any part failed; empty when the last reads of all parts were good.
+    QString failure() const;
     /// When the oldest part of the value was read; -1 while any part never was.
     qint64 readAtMs() const;
 
     /// A read that overlaps this variable was answered; `value` is what the image now holds for it.
     void store(const Span &read, const QByteArray &value, qint64 nowMs);
-    void fail(const QString &why) { m_failure = why; }
+    /// A read that overlaps this variable failed. Other parts keep what their own last read came to.
+    void fail(const Span &read, const QString &why);
 
     /// "fresh", "old 12.4 s", "never", after a failure with "failed: ..." in front.
     QString ageText(qint64 nowMs, qint64 freshForMs) const;
 
 private:
+    struct Part
+    {
+        qint64 readAtMs = -1;
+        QString failure; ///< of the last read
+    };
+    using PartAt = std::vector<Part>::iterator;
+
+    /// The parts that a read covers, from the first to behind the last.
+    std::pair<PartAt, PartAt> partsOf(const Span &read);
+
     Variable m_variable;
     Span m_span;
-    std::vector<qint64> m_readAtMs; ///< of each bit or register; a long variable takes several requests
+    std::vector<Part> m_parts; ///< each bit or register; a long variable takes several requests
     QByteArray m_value;
-    QString m_failure;
     bool m_changed = false;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "communication_loop.h"
 
+#include "exception_codes.h"
+
 #include "../../driver/api/codes.h"
 
 #include <chrono>
@@ -9,9 +11,7 @@ using namespace modbus_driver;
 
 namespace {
 
-enum { GatewayPathUnavailable = 10, GatewayTargetFailed = 11 }; // exception codes
-
-const int pauseMs = 20; // between two looks at a driver with nothing to send, or at a link that is down
+const int pauseMs = 20; // between two looks at a driver with nothing to send
 
 CommunicationLoop *running = nullptr; // for the call-back, which has no other way to find its loop
 
@@ -24,17 +24,17 @@ bool isGood(int status)
 bool isUnanswered(const Exchange &exchange)
 {
     const int exception = exceptionCode(exchange.reply);
-    return exchange.end == Exchange::NoReply || exception == GatewayPathUnavailable ||
-           exception == GatewayTargetFailed;
+    return exchange.end == Exchange::NoReply || exception == ExceptionGatewayPath ||
+           exception == ExceptionGatewayTarget;
 }
 
 } // namespace
 
-CommunicationLoop::CommunicationLoop(const DriverLibrary &driver, const ConnectionOptions &connection,
-                                     const LoopOptions &options, const LinkTrace &trace,
-                                     LoopObserver &observer)
-    : m_driver(driver), m_connectionOptions(connection), m_options(options), m_trace(trace),
-      m_observer(observer), m_units(options.offAfter, options.retryOffMs)
+CommunicationLoop::CommunicationLoop(const DriverLibrary &driver, CommSettings &settings,
+                                     const ConnectionOptions &connection, const LoopOptions &options,
+                                     const LinkTrace &trace, LoopObserver &observer)
+    : m_driver(driver), m_settings(settings), m_connectionOptions(connection), m_options(options),
+      m_trace(trace), m_observer(observer), m_units(options.offAfter, options.retryOffMs)
 {
     m_clock.start();
 }
@@ -67,7 +67,7 @@ void CommunicationLoop::run()
     running = this;
     if (!connection.open())
         m_stop = true;
-    m_observer.linkIs(connection.state(), connection.cause());
+    m_observer.linkIs(connection.state(), connection.cause(), connection.numbers());
     m_passStartMs = m_clock.elapsed();
     while (!m_stop)
         communicate();
@@ -91,21 +91,38 @@ void CommunicationLoop::communicate()
         serve(*request);
 }
 
-/// One request, one reply or none. While the link is down every request is handed back as unanswered: writes
-/// end with their retries instead of piling up, to go out minutes after somebody entered them.
+/// One request, one reply or none.
 void CommunicationLoop::serve(const Protocol &request)
 {
     const Protocol asked = request; // the driver's record may end with handReply
     const Exchange exchange = m_connection->exchange(asked);
-    QByteArray reply = exchange.reply;
-    const int status = m_driver.handReply(&reply, reply.size())->status;
+    const bool isUnsentRetry = m_isRetry && exchange.end == Exchange::NotSent;
+    const int status = handBack(asked, exchange);
     m_isRetry = status == StatusRetry;
     m_hasPolled = m_hasPolled || asked.var.hostItem == HostItemOfPoll;
-    m_observer.linkIs(m_connection->state(), m_connection->cause());
-    m_observer.exchangeEnded(asked.var, exchange, status);
+    m_observer.linkIs(m_connection->state(), m_connection->cause(), m_connection->numbers());
+    m_observer.exchangeEnded(asked.var, exchange, status, isUnsentRetry ? m_lastSent : exchange);
     judgeUnit(asked.var.station, exchange, status);
-    if (exchange.end == Exchange::NotSent)
-        rest(m_clock.elapsed() + pauseMs);
+    if (m_isRetry)
+        m_lastSent = exchange;
+}
+
+/// Hands the reply to the driver and returns its status. Some requests are given up at once, whatever retries are left:
+/// one that could not be sent, since the connection has waited for the link already and queued writes must not go out
+/// minutes after somebody entered them; and a write that the station is carrying out.
+int CommunicationLoop::handBack(const Protocol &request, const Exchange &exchange)
+{
+    const bool isBeingDone =
+        request.var.rwFlag == AccessWrite && exceptionCode(exchange.reply) == ExceptionAcknowledged;
+    const int retryLimit = m_settings.retryLimit;
+    if (exchange.end == Exchange::NotSent || isBeingDone)
+        m_settings.retryLimit = 0;
+    QByteArray reply = exchange.reply;
+    const int status = m_driver.handReply(&reply, reply.size())->status;
+    m_settings.retryLimit = retryLimit;
+    if (isGood(status))
+        m_settings.failCount = 0; // the driver counts over successes; a retry belongs to one request
+    return status;
 }
 
 void CommunicationLoop::writeDone(int, int, int hostItem, int outcome)

@@ -27,9 +27,10 @@ struct LoopOptions
 class CommunicationLoop
 {
 public:
-    /// The driver is set up and its poll list handed over. All references must outlive the loop.
-    CommunicationLoop(const DriverLibrary &driver, const ConnectionOptions &connection,
-                      const LoopOptions &options, const LinkTrace &trace, LoopObserver &observer);
+    /// The driver is set up with these settings and its poll list handed over. All references must outlive the loop.
+    CommunicationLoop(const DriverLibrary &driver, CommSettings &settings,
+                      const ConnectionOptions &connection, const LoopOptions &options, const LinkTrace &trace,
+                      LoopObserver &observer);
     ~CommunicationLoop(); ///< stops
 
     /// Starts the thread. It ends by itself when the first connection fails or the passes are done.
@@ -44,6 +45,7 @@ private:
     void run();
     void communicate();
     void serve(const Protocol &request);
+    int handBack(const Protocol &request, const Exchange &exchange);
     void judgeUnit(int unit, const Exchange &exchange, int status);
     void switchUnit(int unit, bool on);
     void nextPass();
@@ -51,6 +53,7 @@ private:
     void rest(qint64 untilMs);
 
     const DriverLibrary &m_driver;
+    CommSettings &m_settings;
     const ConnectionOptions m_connectionOptions;
     const LoopOptions m_options;
     const LinkTrace &m_trace;
@@ -69,6 +72,7 @@ private:
     int m_passes = 0;
     qint64 m_passStartMs = 0;
     bool m_isRetry = false;   ///< the driver will hand the same request out again
+    Exchange m_lastSent;      ///< of the request that is tried again
     bool m_hasPolled = false; ///< there is a poll list
     int m_idleCalls = 0;      ///< times in a row that the driver had nothing to send
 };

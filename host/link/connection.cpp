@@ -1,43 +1,56 @@
 // SPDX-License-Identifier: MIT
 #include "connection.h"
 
-#include "recovery.h"
-
-#include <QtNetwork/QNetworkProxy>
-
-#include <chrono>
-#include <thread>
-
 namespace {
 
-const int sliceMs = 50;          // how long a wait goes on after a stop
-const int longestDrainTimes = 5; // time-outs after which a stream that never gets quiet is dropped
+const int longestTimes = 5;   // quiet times after which a stream that never gets quiet is dropped
+const int turnaroundMs = 100; // that units need after a broadcast
 
 } // namespace
 
 Connection::Connection(const ConnectionOptions &options, const LinkTrace &trace,
                        const std::atomic<bool> &stop)
-    : m_options(options), m_trace(trace), m_stop(stop), m_link(options.backOff)
+    : m_options(options), m_trace(trace), m_socket(stop), m_replies(m_socket, trace, options.remote),
+      m_link(options.backOff)
 {
-    m_socket.setProxy(QNetworkProxy::NoProxy);
     m_clock.start();
 }
 
 bool Connection::open()
 {
     if (state() != LinkState::Connecting)
-        return state() != LinkState::BackingOff;
-    m_socket.connectToHost(m_options.host, m_options.port);
-    if (!m_socket.waitForConnected(m_options.timeoutMs)) {
-        const bool refused = m_socket.error() == QAbstractSocket::ConnectionRefusedError;
-        dropConnection(refused ? LinkCause::Refused : LinkCause::NotReached);
+        return isOpen();
+    switch (m_socket.connectTo(m_options.host, m_options.port, Deadline(m_options.timeoutMs))) {
+    case TcpSocket::Done:
+        break;
+    case TcpSocket::Stopped:
+        return false;
+    case TcpSocket::Refused:
+        dropConnection(LinkCause::Refused);
+        return false;
+    case TcpSocket::NoSuchName:
+        dropConnection(LinkCause::NoSuchName);
+        return false;
+    case TcpSocket::TimedOut:
+    case TcpSocket::Disconnected:
+        dropConnection(LinkCause::NotReached);
         return false;
     }
-    m_socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    m_link.opened();
+    m_link.opened(m_clock.elapsed());
     ++m_timesOpened;
+    m_replies.clear();
     m_trace.comment(QStringLiteral("connected to %1:%2").arg(m_options.host).arg(m_options.port));
-    return true;
+    if (m_replies.areNumbersEchoed())
+        return true;
+    const LinkCause cause = listenUntilQuiet(m_options.quietMs);
+    if (cause != LinkCause::None && cause != LinkCause::Stopped)
+        dropConnection(cause);
+    return isOpen();
+}
+
+bool Connection::isOpen()
+{
+    return state() != LinkState::Connecting && state() != LinkState::BackingOff;
 }
 
 Exchange Connection::exchange(const Protocol &request)
@@ -45,23 +58,27 @@ Exchange Connection::exchange(const Protocol &request)
     Exchange exchange;
     exchange.before.unit = m_lastUnit;
     keepGap();
-    resynchronise(&exchange.before);
+    QElapsedTimer timer;
+    timer.start();
+    const bool isInStep = m_drainDue == LinkCause::None;
+    resynchronise();
     const int timesOpened = m_timesOpened;
-    if (!open()) {
+    if (!waitForLink()) {
         exchange.cause = m_link.cause();
         return exchange;
     }
     exchange.before.reconnected = m_timesOpened > 1 && m_timesOpened != timesOpened;
+    if (!isInStep || exchange.before.reconnected)
+        exchange.before.microseconds = timer.nsecsElapsed() / 1000;
     m_lastUnit = request.var.station;
-    QElapsedTimer timer;
     timer.start();
-    exchange.end = Exchange::NoReply;
-    exchange.cause = m_doubt = transact(request, &exchange);
+    exchange.cause = transact(request, &exchange);
     exchange.microseconds = timer.nsecsElapsed() / 1000;
-    if (m_doubt == LinkCause::Closed || m_doubt == LinkCause::BadHeader)
-        dropConnection(m_doubt);
-    else
-        traceDoubt(exchange);
+    exchange.before.lateUnits = m_replies.takeLateUnits();
+    const bool isSilent = exchange.cause == LinkCause::Silent && m_replies.bytesReceived() == 0;
+    m_silentInRow = isSilent ? m_silentInRow + 1 : 0;
+    recoverFrom(exchange.cause == LinkCause::None ? m_doubt : exchange.cause);
+    m_doubt = LinkCause::None;
     m_lastEndMs = m_clock.elapsed();
     return exchange;
 }
@@ -70,178 +87,275 @@ void Connection::keepGap() const
 {
     const qint64 left = m_lastEndMs < 0 ? 0 : m_lastEndMs + m_options.gapMs - m_clock.elapsed();
     if (left > 0)
-        std::this_thread::sleep_for(std::chrono::milliseconds(left));
+        m_socket.pause(Deadline(static_cast<int>(left)));
 }
 
-bool Connection::isOpen()
+/// Opens the link, and waits out back-offs that are short enough. False when the request cannot be sent.
+bool Connection::waitForLink()
 {
-    return state() != LinkState::Connecting && state() != LinkState::BackingOff;
+    const Deadline limit(qMax(m_options.patienceMs, m_options.backOff.floorMs));
+    while (!open()) {
+        const int left = static_cast<int>(qMax<qint64>(0, m_link.retryAtMs() - m_clock.elapsed()));
+        const bool isTooLong = left > limit.left();
+        const int pauseMs = isTooLong ? qMin(limit.left(), m_options.patienceMs) : left;
+        if (m_socket.pause(Deadline(pauseMs)) == TcpSocket::Stopped || isTooLong)
+            return false;
+    }
+    return true;
 }
 
 /// Looks at what came since the previous exchange, and puts the stream back into step if it is in doubt.
-void Connection::resynchronise(Aftermath *before)
+void Connection::resynchronise()
 {
     if (!isOpen())
         return;
-    QElapsedTimer timer;
-    timer.start();
-    findUnaskedReplies(before);
-    const LinkCause cause = m_doubt;
-    const Recovery recovery = recoveryAfter(cause, m_options.drain && isConnected());
-    if (recovery == Recovery::Drain)
-        drain(cause, before);
-    else if (recovery == Recovery::Drop)
-        dropConnection(cause);
-    if (recovery != Recovery::None)
-        before->microseconds = timer.nsecsElapsed() / 1000;
-    m_doubt = LinkCause::None;
+    if (m_drainDue == LinkCause::None)
+        recoverFrom(findUnaskedReplies());
+    if (m_drainDue != LinkCause::None)
+        drain(m_drainDue);
+    m_drainDue = LinkCause::None;
 }
 
-void Connection::findUnaskedReplies(Aftermath *before)
+/// With numbers, whole replies that nobody waits for do no harm.
+LinkCause Connection::findUnaskedReplies()
 {
-    receive(0);
-    before->lateReplies = discardReplies();
-    if (m_doubt != LinkCause::None)
+    ReplyStream::Found found = ReplyStream::Nothing;
+    LinkCause cause = LinkCause::None;
+    do {
+        found = qMax(found, m_replies.discardAll());
+        if (found == ReplyStream::BadHeader)
+            return LinkCause::BadHeader;
+        cause = receive(Deadline(0));
+    } while (cause == LinkCause::None);
+    if (cause != LinkCause::Silent)
+        return cause;
+    if (m_replies.isCut())
+        return LinkCause::CutOff;
+    const bool isInStep = found == ReplyStream::Nothing || m_replies.areNumbersEchoed();
+    return isInStep ? LinkCause::None : LinkCause::Unasked;
+}
+
+/// Without a late reply the connection is dropped: the missing reply may still come, and would look like the next
+/// answer.
+void Connection::drain(LinkCause cause)
+{
+    const LinkCause end = listenUntilQuiet(m_options.timeoutMs);
+    if (end == LinkCause::Stopped)
         return;
-    if (before->lateReplies > 0 || !m_framing.rest().isEmpty())
-        m_doubt = LinkCause::Unasked;
-    else if (!isConnected())
-        m_doubt = LinkCause::Closed;
-}
-
-/// Without a late reply the connection is dropped: the missing reply may come yet, and would look like the next answer.
-void Connection::drain(LinkCause cause, Aftermath *before)
-{
-    waitUntilQuiet();
-    before->lateReplies += discardReplies();
-    m_framing.clear();
-    if (isConnected() && before->lateReplies > 0)
-        m_link.drained();
-    else
-        dropConnection(isConnected() ? cause : LinkCause::Closed);
-}
-
-/// Reads until nothing has come for as long as a reply may take, or the stream never gets quiet.
-void Connection::waitUntilQuiet()
-{
-    QElapsedTimer whole;
-    QElapsedTimer quiet;
-    whole.start();
-    quiet.start();
-    while (quiet.elapsed() < m_options.timeoutMs && !m_stop && isConnected()) {
-        const int had = m_framing.rest().size();
-        receive(qMin<int>(sliceMs, m_options.timeoutMs));
-        if (m_framing.rest().size() != had)
-            quiet.restart();
-        if (whole.elapsed() > longestDrainTimes * m_options.timeoutMs)
-            return m_socket.abort();
-    }
-}
-
-/// Throws away and counts the whole replies that have come in.
-int Connection::discardReplies()
-{
-    int count = 0;
-    QByteArray reply;
-    ReplyFault fault = ReplyFault::None;
-    if (m_options.remote) {
-        count = m_framing.rest().isEmpty() ? 0 : 1;
-        m_framing.clear();
-    }
-    while (m_framing.take(&reply, &fault) == ReplyFraming::Whole) {
-        m_trace.reply(reply, QStringLiteral("late, thrown away"));
-        ++count;
-    }
-    return count;
-}
-
-bool Connection::send(const Protocol &request)
-{
-    m_trace.request(request.frame);
-    m_socket.write(request.frame.constData(), request.frameLength);
-    while (m_socket.bytesToWrite() > 0 && m_socket.waitForBytesWritten(m_options.timeoutMs)) {}
-    return m_socket.bytesToWrite() == 0 && isConnected();
+    if (end != LinkCause::None || !m_replies.hasLate())
+        return dropConnection(end == LinkCause::None ? cause : end);
+    m_link.keptUp();
 }
 
 /// Sends the request and fills in the exchange. Returns what went wrong.
 LinkCause Connection::transact(const Protocol &request, Exchange *exchange)
 {
-    if (!send(request))
-        return LinkCause::Closed;
+    exchange->end = Exchange::NoReply;
+    const LinkCause cause = send(m_replies.expectReplyTo(request));
+    if (cause != LinkCause::None)
+        return cause;
     if (request.replyLength == 0) {
         exchange->end = Exchange::Sent;
+        listenAfterBroadcast();
         return LinkCause::None;
     }
     m_link.sent();
     return awaitReply(request, exchange);
 }
 
+LinkCause Connection::send(const QByteArray &frame)
+{
+    m_trace.request(frame);
+    switch (m_socket.send(frame.constData(), frame.size(), Deadline(m_options.timeoutMs))) {
+    case TcpSocket::Done:
+        return LinkCause::None;
+    case TcpSocket::TimedOut:
+        return LinkCause::Congested;
+    case TcpSocket::Stopped:
+        return LinkCause::Stopped;
+    default:
+        return LinkCause::Closed;
+    }
+}
+
 LinkCause Connection::awaitReply(const Protocol &request, Exchange *exchange)
 {
-    QElapsedTimer timer;
-    timer.start();
-    while (takeReply(request, exchange) == ReplyFraming::Incomplete) {
-        const int left = m_options.timeoutMs - static_cast<int>(timer.elapsed());
-        if (m_stop)
-            return LinkCause::Stopped;
-        if (left <= 0)
-            return m_framing.rest().isEmpty() ? LinkCause::Silent : LinkCause::CutOff;
-        if (!isConnected())
-            return LinkCause::Closed;
-        receive(qMin(left, sliceMs));
+    const Deadline deadline(m_options.timeoutMs);
+    for (;;) {
+        ReplyFault fault = ReplyFault::None;
+        switch (m_replies.take(&exchange->reply, &fault)) {
+        case ReplyStream::Answer:
+            return judge(request, exchange);
+        case ReplyStream::Unnumbered:
+            return confirm(request, exchange);
+        case ReplyStream::BadHeader:
+            exchange->fault = fault;
+            return LinkCause::BadHeader;
+        case ReplyStream::Foreign: // the answer may still come
+            m_replies.discard(exchange->reply);
+            holdBack(ReplyFault::OtherTransaction, exchange);
+            continue;
+        case ReplyStream::Nothing:
+            break;
+        }
+        const LinkCause cause = receive(deadline);
+        if (cause != LinkCause::None)
+            return causeOfNoReply(cause, exchange);
     }
-    return judge(request, exchange);
 }
 
-ReplyFraming::Result Connection::takeReply(const Protocol &request, Exchange *exchange)
+/// A time-out, more closely: nothing came, half a reply, or replies to something else.
+LinkCause Connection::causeOfNoReply(LinkCause cause, Exchange *exchange)
 {
-    return m_options.remote ? m_framing.takeLength(request.replyLength, &exchange->reply)
-                            : m_framing.take(&exchange->reply, &exchange->fault);
+    if (cause != LinkCause::Silent)
+        return cause;
+    if (m_replies.isCut())
+        return LinkCause::CutOff;
+    return exchange->fault == ReplyFault::None ? LinkCause::Silent : LinkCause::HeldBack;
 }
 
-/// A whole reply, or bytes with an invalid header.
 LinkCause Connection::judge(const Protocol &request, Exchange *exchange)
 {
-    if (exchange->fault != ReplyFault::None) {
-        m_trace.comment(QStringLiteral("%1: %2").arg(replyFaultText(exchange->fault),
-                                                     QString::fromLatin1(m_framing.rest().toHex(' '))));
-        return LinkCause::BadHeader;
-    }
-    if (!m_options.remote)
-        exchange->fault = checkReply(request.frame, exchange->reply);
-    if (exchange->fault != ReplyFault::None) {
-        m_trace.reply(exchange->reply, QStringLiteral("held back: ") + replyFaultText(exchange->fault));
-        exchange->reply.clear();
-        return LinkCause::HeldBack;
-    }
+    const ReplyFault fault = m_options.remote ? ReplyFault::None : checkReply(request.frame, exchange->reply);
+    return fault == ReplyFault::None ? accept(exchange) : holdBack(fault, exchange);
+}
+
+LinkCause Connection::accept(Exchange *exchange)
+{
     m_trace.reply(exchange->reply, QString());
     exchange->end = Exchange::Answered;
-    m_link.answered();
+    exchange->fault = ReplyFault::None;
+    m_link.answered(m_clock.elapsed());
     return LinkCause::None;
 }
 
-/// Bytes that lie in the socket's buffer do not end a wait, so all are taken out every time.
-void Connection::receive(int waitMs)
+/// Bytes behind a held-back reply show that its length field is wrong.
+LinkCause Connection::holdBack(ReplyFault fault, Exchange *exchange)
 {
-    if (isConnected() && m_socket.bytesAvailable() == 0)
-        m_socket.waitForReadyRead(waitMs);
-    m_framing.append(m_socket.readAll());
+    m_trace.reply(exchange->reply, QStringLiteral("held back: ") + replyFaultText(fault));
+    exchange->fault = fault;
+    exchange->heldBack = exchange->reply;
+    exchange->reply.clear();
+    return m_replies.isCut() ? LinkCause::BadHeader : LinkCause::HeldBack;
 }
 
-void Connection::traceDoubt(const Exchange &exchange) const
+/// A reply without a number answers the request if it is alone: a late reply would be followed by the true one, and a
+/// reply that is sent twice by its copy.
+LinkCause Connection::confirm(const Protocol &request, Exchange *exchange)
 {
-    if (exchange.cause == LinkCause::None)
+    const ReplyFault fault = m_options.remote ? ReplyFault::None : checkReply(request.frame, exchange->reply);
+    if (fault != ReplyFault::None)
+        return holdBack(fault, exchange);
+    const Deadline longest(longestTimes * m_options.quietMs);
+    LinkCause cause = LinkCause::None;
+    bool isAnswered = false;
+    while (cause == LinkCause::None && !isAnswered) {
+        cause = takeWhatFollows(exchange, &isAnswered);
+        if (cause == LinkCause::None && !isAnswered)
+            cause = longest.isOver() && m_options.quietMs > 0 ? LinkCause::Flood
+                                                              : receive(Deadline(m_options.quietMs));
+    }
+    if (isAnswered)
+        return judge(request, exchange);
+    if (cause != LinkCause::Silent && cause != LinkCause::Closed)
+        return cause;
+    if (m_replies.isCut())
+        return holdBack(ReplyFault::Ambiguous, exchange);
+    m_replies.noteZeroAccepted();
+    return accept(exchange);
+}
+
+/// Takes the replies behind one without a number. Copies of it put only the stream in doubt; a reply with the current
+/// number takes its place.
+LinkCause Connection::takeWhatFollows(Exchange *exchange, bool *isAnswered)
+{
+    QByteArray other;
+    for (;;) {
+        switch (m_replies.take(&other, &exchange->fault)) {
+        case ReplyStream::Nothing:
+            return LinkCause::None;
+        case ReplyStream::BadHeader:
+            return LinkCause::BadHeader;
+        case ReplyStream::Answer:
+            m_replies.discard(exchange->reply);
+            exchange->reply = other;
+            *isAnswered = true;
+            return LinkCause::None;
+        default:
+            m_replies.discard(other);
+            if (other != exchange->reply)
+                return holdBack(ReplyFault::Ambiguous, exchange);
+            m_doubt = LinkCause::Unasked;
+        }
+    }
+}
+
+/// A broadcast has no reply. What comes all the same is thrown away before it could look like the next answer.
+void Connection::listenAfterBroadcast()
+{
+    const LinkCause cause = listenUntilQuiet(qMax(turnaroundMs, m_options.gapMs));
+    if (cause != LinkCause::None)
+        m_doubt = cause;
+    else if (m_replies.hasLate() && !m_replies.areNumbersEchoed())
+        m_doubt = LinkCause::Unasked;
+}
+
+/// Throws away what comes, until nothing has come for so long. Returns why that was not reached.
+LinkCause Connection::listenUntilQuiet(int quietMs)
+{
+    const Deadline longest(longestTimes * quietMs);
+    for (;;) {
+        const LinkCause cause = receive(Deadline(qMin(quietMs, longest.left())));
+        if (cause == LinkCause::Silent && m_replies.isCut())
+            return LinkCause::CutOff;
+        if (cause == LinkCause::Silent)
+            return longest.isOver() && quietMs > 0 ? LinkCause::Flood : LinkCause::None;
+        if (cause != LinkCause::None)
+            return cause;
+        if (m_replies.discardAll() == ReplyStream::BadHeader)
+            return LinkCause::BadHeader;
+    }
+}
+
+LinkCause Connection::receive(const Deadline &deadline)
+{
+    switch (m_replies.receive(deadline)) {
+    case TcpSocket::Done:
+        return m_replies.isFlooded() ? LinkCause::Flood : LinkCause::None;
+    case TcpSocket::TimedOut:
+        return LinkCause::Silent;
+    case TcpSocket::Stopped:
+        return LinkCause::Stopped;
+    default:
+        return LinkCause::Closed;
+    }
+}
+
+/// Carries out what recovery.h decides.
+void Connection::recoverFrom(LinkCause cause)
+{
+    m_replies.endWait();
+    if (cause == LinkCause::None)
         return;
-    const QString rest = QString::fromLatin1(m_framing.rest().toHex(' '));
-    m_trace.comment(rest.isEmpty() ? linkCauseText(exchange.cause)
-                                   : QStringLiteral("%1: %2").arg(linkCauseText(exchange.cause), rest));
+    const QString rest = m_replies.restText();
+    m_trace.comment(rest.isEmpty() ? linkCauseText(cause)
+                                   : QStringLiteral("%1: %2").arg(linkCauseText(cause), rest));
+    switch (recoveryAfter(cause, {m_options.afterTimeout, m_replies.areNumbersEchoed(), m_silentInRow})) {
+    case Recovery::None:
+        return m_link.keptUp();
+    case Recovery::Drain:
+        m_drainDue = cause;
+        return;
+    case Recovery::Drop:
+        dropConnection(cause);
+    }
 }
 
 void Connection::dropConnection(LinkCause cause)
 {
     m_link.lost(cause, m_clock.elapsed());
-    m_socket.abort();
-    m_framing.clear();
-    m_doubt = LinkCause::None;
+    m_socket.close();
+    m_replies.clear();
+    m_drainDue = LinkCause::None;
     m_trace.comment(QStringLiteral("connection dropped: ") + linkCauseText(cause));
 }

@@ -1,24 +1,18 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The link to the station: a blocking socket that sends one request and waits for its reply. Made, used and
-/// destroyed on the communication thread.
+/// The link to the station: sends one request and waits for its reply. Made, used and destroyed on the communication
+/// thread.
 ///
-/// Every request carries transaction 0, so only order ties a reply to its request. Whatever puts this order in doubt
-/// (no reply in time, half a reply, a reply to something else, an unasked reply) is judged in recovery.h, and the
-/// stream is resynchronised before the next request.
+/// Each request gets a transaction number in the connection's own copy of the frame; the reply is handed on with 0 as the
+/// driver sent it. So a late reply is thrown away and the connection kept. A station that does not echo numbers is
+/// recognised by its replies: then only order ties a reply to its request, the connection listens for a quiet time
+/// after each reply, and whatever puts the order in doubt is judged in recovery.h.
 
 #pragma once
 
 #include "exchange.h"
-#include "link_trace.h"
-#include "reply_framing.h"
-
-#include "../../driver/api/records.h"
-
-#include <QtCore/QElapsedTimer>
-#include <QtNetwork/QTcpSocket>
-
-#include <atomic>
+#include "recovery.h"
+#include "reply_stream.h"
 
 struct ConnectionOptions
 {
@@ -26,52 +20,65 @@ struct ConnectionOptions
     quint16 port = 0;
     int timeoutMs = 1000; ///< for a connection, and from a request to the end of its reply
     int gapMs = 0;        ///< from the end of an exchange to the next request
-    bool drain = false;   ///< read a stream in doubt until the late reply has come, instead of dropping it
-    bool remote = false;  ///< frames carry no length: a reply is as long as the driver expects
+    int quietMs = 20;     ///< without numbers: how long after a reply no other may come
+    int patienceMs =
+        20; ///< how long a request waits for a link that is backing off, before it counts as not sent
+    AfterTimeout afterTimeout = AfterTimeout::Numbers;
+    bool remote = false; ///< frames carry neither number nor length: a reply is as long as the driver expects
     BackOffTimes backOff;
 };
 
 class Connection
 {
 public:
-    /// All references must outlive the connection. Once `stop` is set, every wait for a reply ends soon.
+    /// All references must outlive the connection. Once `stop` is set, every wait ends within a fraction of a second.
     Connection(const ConnectionOptions &options, const LinkTrace &trace, const std::atomic<bool> &stop);
 
-    /// Makes sure that the link is open. False when it cannot be opened, or while it is backing off.
+    /// Makes sure that the link is open, and that nothing unasked comes from a station that may not echo numbers. False
+    /// when it cannot be opened, or while it is backing off.
     bool open();
     /// Sends the request, once the link is open and in step, and waits for its reply.
     Exchange exchange(const Protocol &request);
 
     LinkState::State state() { return m_link.at(m_clock.elapsed()); }
     LinkCause cause() const { return m_link.cause(); }
+    TransactionNumbers::Habit numbers() const { return m_replies.habit(); }
 
 private:
     void keepGap() const;
-    void resynchronise(Aftermath *before);
-    void findUnaskedReplies(Aftermath *before);
-    void drain(LinkCause cause, Aftermath *before);
-    void waitUntilQuiet();
-    int discardReplies();
-    bool send(const Protocol &request);
+    bool waitForLink();
+    bool isOpen();
+
+    void resynchronise();
+    LinkCause findUnaskedReplies();
+    void drain(LinkCause cause);
+
     LinkCause transact(const Protocol &request, Exchange *exchange);
+    LinkCause send(const QByteArray &frame);
     LinkCause awaitReply(const Protocol &request, Exchange *exchange);
     LinkCause judge(const Protocol &request, Exchange *exchange);
-    ReplyFraming::Result takeReply(const Protocol &request, Exchange *exchange);
-    void receive(int waitMs);
-    void traceDoubt(const Exchange &exchange) const;
+    LinkCause confirm(const Protocol &request, Exchange *exchange);
+    LinkCause takeWhatFollows(Exchange *exchange, bool *isAnswered);
+    LinkCause accept(Exchange *exchange);
+    LinkCause holdBack(ReplyFault fault, Exchange *exchange);
+    LinkCause causeOfNoReply(LinkCause cause, Exchange *exchange);
+    void listenAfterBroadcast();
+    LinkCause listenUntilQuiet(int quietMs);
+    LinkCause receive(const Deadline &deadline);
+
+    void recoverFrom(LinkCause cause);
     void dropConnection(LinkCause cause);
-    bool isOpen();
-    bool isConnected() const { return m_socket.state() == QAbstractSocket::ConnectedState; }
 
     const ConnectionOptions m_options;
     const LinkTrace &m_trace;
-    const std::atomic<bool> &m_stop;
-    QTcpSocket m_socket;
-    ReplyFraming m_framing;
+    TcpSocket m_socket;
+    ReplyStream m_replies;
     LinkState m_link;
-    LinkCause m_doubt = LinkCause::None; ///< what went wrong since the stream was in step
+    LinkCause m_drainDue = LinkCause::None; ///< what put the stream in doubt that is to be drained
+    LinkCause m_doubt = LinkCause::None;    ///< of an exchange that was answered all the same
     QElapsedTimer m_clock;
     qint64 m_lastEndMs = -1; ///< of the previous exchange
     int m_lastUnit = -1;
     int m_timesOpened = 0;
+    int m_silentInRow = 0;
 };

@@ -8,12 +8,13 @@
 #include "reply_check.h"
 
 #include <QtCore/QByteArray>
+#include <QtCore/QList>
 
-/// Late replies and recovery time of the previous request, found before the next one is sent.
+/// Late replies and recovery time since the previous exchange.
 struct Aftermath
 {
     int unit = -1;            ///< of the previous request; -1 when there was none
-    int lateReplies = 0;      ///< replies that came when nothing was waiting for them
+    QList<int> lateUnits;     ///< one unit for each reply that was thrown away: late, or unasked
     bool reconnected = false; ///< the link had to be opened again
     qint64 microseconds = 0;  ///< spent on resynchronising the stream
 };
@@ -31,6 +32,7 @@ struct Exchange
     QByteArray reply;
     LinkCause cause = LinkCause::None;
     ReplyFault fault = ReplyFault::None; ///< with cause HeldBack or BadHeader
+    QByteArray heldBack;                 ///< with cause HeldBack: the reply
     qint64 microseconds = 0;             ///< from sending to the end, 0 when not sent
     Aftermath before;
 };

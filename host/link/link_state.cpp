@@ -10,6 +10,8 @@ QString linkCauseText(LinkCause cause)
         return QStringLiteral("connection refused");
     case LinkCause::NotReached:
         return QStringLiteral("not reached");
+    case LinkCause::NoSuchName:
+        return QStringLiteral("no such host name");
     case LinkCause::Closed:
         return QStringLiteral("connection closed by the peer");
     case LinkCause::Silent:
@@ -22,6 +24,10 @@ QString linkCauseText(LinkCause cause)
         return QStringLiteral("reply held back");
     case LinkCause::Unasked:
         return QStringLiteral("unasked reply");
+    case LinkCause::Congested:
+        return QStringLiteral("request not taken");
+    case LinkCause::Flood:
+        return QStringLiteral("flood of unasked replies");
     case LinkCause::Stopped:
         return QStringLiteral("stopped while waiting");
     }
@@ -35,10 +41,11 @@ LinkState::State LinkState::at(qint64 nowMs)
     return m_state;
 }
 
-void LinkState::opened()
+void LinkState::opened(qint64 nowMs)
 {
     m_state = Up;
-    m_answeredSinceOpened = false;
+    m_hasAnswered = false;
+    m_openedAtMs = nowMs;
 }
 
 void LinkState::sent()
@@ -46,14 +53,17 @@ void LinkState::sent()
     m_state = Waiting;
 }
 
-void LinkState::answered()
+void LinkState::answered(qint64 nowMs)
 {
     m_state = Up;
-    m_answeredSinceOpened = true;
+    m_hasAnswered = true;
+    if (nowMs - m_openedAtMs < m_times.provenMs)
+        return;
     m_delayMs = m_times.firstMs;
+    m_hasFreeReopening = true;
 }
 
-void LinkState::drained()
+void LinkState::keptUp()
 {
     m_state = Up;
 }
@@ -61,18 +71,27 @@ void LinkState::drained()
 void LinkState::lost(LinkCause cause, qint64 nowMs)
 {
     m_cause = cause;
-    if (!mustBackOff(cause)) {
+    const bool tookTimeOut = cause == LinkCause::Silent || cause == LinkCause::CutOff;
+    if (m_state == Connecting)
+        return backOffLonger(nowMs);
+    if (m_hasFreeReopening) {
+        m_hasFreeReopening = false;
         m_state = Connecting;
         return;
     }
-    m_state = BackingOff;
-    m_retryAtMs = nowMs + m_delayMs;
-    m_delayMs = qMin(2 * m_delayMs, m_times.longestMs);
+    if (tookTimeOut || m_hasAnswered)
+        return backOff(m_openedAtMs + m_times.floorMs);
+    backOffLonger(nowMs);
 }
 
-bool LinkState::mustBackOff(LinkCause cause) const
+void LinkState::backOff(qint64 untilMs)
 {
-    if (m_state == Connecting)
-        return true;
-    return cause != LinkCause::Silent && cause != LinkCause::CutOff && !m_answeredSinceOpened;
+    m_state = BackingOff;
+    m_retryAtMs = untilMs;
+}
+
+void LinkState::backOffLonger(qint64 nowMs)
+{
+    backOff(nowMs + m_delayMs);
+    m_delayMs = qMin(2 * m_delayMs, m_times.longestMs);
 }

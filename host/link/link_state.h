@@ -3,18 +3,18 @@
 /// The link to a station as a state machine, without the socket: time (milliseconds of any steady clock) goes
 /// in with the events. Used by Connection on the communication thread.
 ///
-///     state        event                                     next
-///     Connecting   opened                                    Up
-///     Connecting   lost (refused, not reached)               BackingOff
-///     Up           sent                                      Waiting
-///     Waiting      answered                                  Up, the back-off starts anew
-///     Waiting      drained (quiet again after a time-out)    Up
-///     Up, Waiting  lost after a time-out                     Connecting: the time-out was delay enough
-///     Up, Waiting  lost otherwise, after an answer           Connecting: a first reopening costs nothing
-///     Up, Waiting  lost otherwise, no answer since opened    BackingOff: a peer that accepts, then closes
-///     BackingOff   its delay is over                         Connecting
+///     state        event                                    next
+///     Connecting   opened                                   Up
+///     Connecting   lost (refused, not reached)              BackingOff, each time twice as long, up to the longest
+///     Up           sent                                     Waiting
+///     Waiting      answered                                 Up
+///     Waiting      keptUp (no reply, but still in step)     Up
+///     Up, Waiting  lost for the first time                  Connecting: a first reopening costs nothing
+///     Up, Waiting  lost after a time-out or an answer       BackingOff until the floor: opened again no more often
+///     Up, Waiting  lost otherwise                           BackingOff, each time twice as long
+///     BackingOff   its delay is over                        Connecting
 ///
-/// Each BackingOff doubles the delay, up to the longest.
+/// An answer on a connection that is open for long enough proves the link: delays and the free reopening start anew.
 
 #pragma once
 
@@ -25,13 +25,16 @@
 enum class LinkCause {
     None,
     Refused,    ///< the peer refuses connections
-    NotReached, ///< no connection within the time-out, no route, no such name
+    NotReached, ///< no connection within the time-out, or no route
+    NoSuchName, ///< the name has no address
     Closed,     ///< ended by the peer, in good order or by a reset
     Silent,     ///< no reply within the time-out
     CutOff,     ///< a reply began and did not end within the time-out
     BadHeader,  ///< the stream is no longer Modbus
     HeldBack,   ///< a reply that cannot answer the request
-    Unasked,    ///< a reply that nothing was asked for: late, or sent twice
+    Unasked,    ///< a reply without a request: late, or sent twice
+    Congested,  ///< it does not take the bytes of a request within the time-out
+    Flood,      ///< more unasked bytes than any late reply explains
     Stopped,    ///< this host ended while it waited
 };
 
@@ -42,6 +45,8 @@ struct BackOffTimes
 {
     int firstMs = 1000;
     int longestMs = 60000;
+    int floorMs = 100;   ///< between two openings of a link that answers, yet is lost again and again
+    int provenMs = 5000; ///< an answer so long after the opening proves the link
 };
 
 class LinkState
@@ -58,19 +63,22 @@ public:
     /// Why the link was lost last; None while it never was.
     LinkCause cause() const { return m_cause; }
 
-    void opened();
+    void opened(qint64 nowMs);
     void sent();
-    void answered();
-    void drained();
+    void answered(qint64 nowMs);
+    void keptUp();
     void lost(LinkCause cause, qint64 nowMs);
 
 private:
-    bool mustBackOff(LinkCause cause) const;
+    void backOff(qint64 untilMs);
+    void backOffLonger(qint64 nowMs);
 
     BackOffTimes m_times;
     State m_state = Connecting;
     LinkCause m_cause = LinkCause::None;
-    bool m_answeredSinceOpened = false;
+    bool m_hasAnswered = false;     ///< since it was opened
+    bool m_hasFreeReopening = true; ///< not lost since the link was proven
     int m_delayMs;
+    qint64 m_openedAtMs = 0;
     qint64 m_retryAtMs = 0;
 };

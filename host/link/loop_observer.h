@@ -6,6 +6,7 @@
 #pragma once
 
 #include "exchange.h"
+#include "transaction_numbers.h"
 
 #include "../../driver/api/records.h"
 
@@ -15,10 +16,12 @@ public:
     virtual ~LoopObserver() = default;
 
     /// The connection was opened or dropped, or is still as it was; called after every exchange.
-    virtual void linkIs(LinkState::State state, LinkCause cause) = 0;
+    virtual void linkIs(LinkState::State state, LinkCause cause, TransactionNumbers::Habit numbers) = 0;
     /// The driver has judged the exchange with `status`, a StatusCode. After a good read the driver's image holds its
-    /// values; now is the moment to fetch them, while value and age belong together.
-    virtual void exchangeEnded(const RW_VAR &access, const Exchange &exchange, int status) = 0;
+    /// values; now is the moment to fetch them, while value and age belong together. `reason` explains a failure: it is
+    /// the exchange, or the one before it when this one was a retry that could not be sent.
+    virtual void exchangeEnded(const RW_VAR &access, const Exchange &exchange, int status,
+                               const Exchange &reason) = 0;
     /// The driver's writeDone call-back: an entry of this hostItem has left its queue. Comes before the exchangeEnded
     /// of the same exchange, with the driver's listMutex held: it must not call the driver. `outcome` is a
     /// WriteDoneOutcome.

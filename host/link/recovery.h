@@ -7,11 +7,27 @@
 
 #include "link_state.h"
 
+enum class AfterTimeout {
+    Numbers, ///< keep the connection while numbers tell late replies; as Reconnect when the station echoes none
+    Reconnect, ///< drop the connection
+    Drain,     ///< read and throw away until the stream is quiet; for gateways that cannot bear reconnecting
+};
+
 enum class Recovery {
-    None,  ///< the stream is in step: go on
+    None,  ///< go on: the stream is in step, or the next reply is known by its number
     Drain, ///< read and throw away until the stream is quiet; drop it all the same if no late reply came
     Drop,  ///< close the connection and open a new one
 };
 
-/// What to do before the next request. `drain` is the policy for streams that are still open and readable.
-Recovery recoveryAfter(LinkCause cause, bool drain);
+struct StreamFacts
+{
+    AfterTimeout policy = AfterTimeout::Numbers;
+    bool numbersAreEchoed = false;
+    int silentInRow = 0; ///< requests in a row after which not a single byte came
+};
+
+/// After so many the peer itself is taken for dead, not just one of its units.
+enum { SilentRequestsOfDeadPeer = 10 };
+
+/// What to do before the next request.
+Recovery recoveryAfter(LinkCause cause, const StreamFacts &facts);

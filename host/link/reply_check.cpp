@@ -52,6 +52,8 @@ QString replyFaultText(ReplyFault fault)
         return QStringLiteral("wrong byte count");
     case ReplyFault::WrongEcho:
         return QStringLiteral("other address or value echoed");
+    case ReplyFault::Ambiguous:
+        return QStringLiteral("several different replies");
     }
     return QString();
 }

@@ -18,6 +18,7 @@ enum class ReplyFault {
     OtherFunction,
     WrongByteCount, ///< the byte count disagrees with the reply's length or with what was asked
     WrongEcho,      ///< a write's reply names another address, value or quantity
+    Ambiguous,      ///< without numbers: several different replies came, and any may be the answer
 };
 
 /// In words, such as "other unit".

@@ -5,17 +5,26 @@
 
 using namespace modbus_driver::wire;
 
+/// Taken bytes are removed here, once for many replies, so that a flood costs no quadratic time.
+void ReplyFraming::append(const char *bytes, int size)
+{
+    m_bytes.remove(0, m_first);
+    m_first = 0;
+    m_bytes.append(bytes, size);
+}
+
 ReplyFraming::Result ReplyFraming::take(QByteArray *reply, ReplyFault *fault)
 {
-    if (m_bytes.size() < LengthAt) // the protocol field is not whole
+    const int size = m_bytes.size() - m_first;
+    if (size < LengthAt) // the protocol field is not whole
         return Incomplete;
-    if (wordAt(m_bytes, ProtocolAt) != 0) {
+    if (wordAt(m_bytes, m_first + ProtocolAt) != 0) {
         *fault = ReplyFault::OtherProtocol;
         return BadHeader;
     }
-    if (m_bytes.size() < LengthFieldEnd)
+    if (size < LengthFieldEnd)
         return Incomplete;
-    const int body = wordAt(m_bytes, LengthAt);
+    const int body = wordAt(m_bytes, m_first + LengthAt);
     if (body < ShortestLengthField || body > LongestLengthField) {
         *fault = ReplyFault::BadLength;
         return BadHeader;
@@ -25,9 +34,15 @@ ReplyFraming::Result ReplyFraming::take(QByteArray *reply, ReplyFault *fault)
 
 ReplyFraming::Result ReplyFraming::takeLength(int length, QByteArray *reply)
 {
-    if (m_bytes.size() < length)
+    if (m_bytes.size() - m_first < length)
         return Incomplete;
-    *reply = m_bytes.left(length);
-    m_bytes.remove(0, length);
+    *reply = m_bytes.mid(m_first, length);
+    m_first += length;
     return Whole;
+}
+
+void ReplyFraming::clear()
+{
+    m_bytes.clear();
+    m_first = 0;
 }

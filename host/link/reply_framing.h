@@ -17,17 +17,20 @@ public:
         BadHeader,  ///< the stream is out of step; clear() it and reconnect
     };
 
-    void append(const QByteArray &bytes) { m_bytes.append(bytes); }
+    void append(const QByteArray &bytes) { append(bytes.constData(), bytes.size()); }
+    void append(const char *bytes, int size);
 
     /// Takes the next reply off the stream. For an invalid header *fault says why.
     Result take(QByteArray *reply, ReplyFault *fault);
     /// The same for frames without a length field: a reply is `length` bytes.
     Result takeLength(int length, QByteArray *reply);
 
+    bool isEmpty() const { return m_first == m_bytes.size(); }
     /// Bytes that were received and not taken yet.
-    const QByteArray &rest() const { return m_bytes; }
-    void clear() { m_bytes.clear(); }
+    QByteArray rest() const { return m_bytes.mid(m_first); }
+    void clear();
 
 private:
     QByteArray m_bytes;
+    int m_first = 0; ///< of the bytes that are not taken yet
 };

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: MIT
+#include "tcp_socket.h"
+
+#include <cerrno>
+
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <unistd.h>
+
+namespace {
+
+const int sliceMs = 50; // between two looks at the stop
+
+} // namespace
+
+TcpSocket::Result TcpSocket::connectTo(const QString &host, quint16 port, const Deadline &deadline)
+{
+    std::vector<SocketAddress> addresses;
+    switch (m_names.find(host, port, deadline, m_stop, &addresses)) {
+    case NameLookup::NotFound:
+        return NoSuchName;
+    case NameLookup::TimedOut:
+        return TimedOut;
+    case NameLookup::Stopped:
+        return Stopped;
+    case NameLookup::Found:
+        break;
+    }
+    Result result = TimedOut;
+    for (std::size_t i = 0; i < addresses.size() && result != Done && result != Stopped; ++i) {
+        const int share = deadline.left() / static_cast<int>(addresses.size() - i);
+        result = connectTo(addresses[i], Deadline(share));
+    }
+    return result;
+}
+
+TcpSocket::Result TcpSocket::connectTo(const SocketAddress &address, const Deadline &deadline)
+{
+    close();
+    m_descriptor = socket(address.bytes.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (m_descriptor < 0)
+        return Disconnected;
+    const int on = 1;
+    setsockopt(m_descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    int error = 0;
+    Result result = Done;
+    if (connect(m_descriptor, reinterpret_cast<const sockaddr *>(&address.bytes), address.size) != 0)
+        error = errno;
+    if (error == EINPROGRESS) {
+        result = waitFor(POLLOUT, deadline);
+        socklen_t size = sizeof error;
+        getsockopt(m_descriptor, SOL_SOCKET, SO_ERROR, &error, &size);
+    }
+    if (result == Done && error != 0)
+        result = error == ECONNREFUSED ? Refused : Disconnected;
+    if (result != Done)
+        close();
+    return result;
+}
+
+TcpSocket::Result TcpSocket::send(const char *bytes, int size, const Deadline &deadline)
+{
+    while (size > 0) {
+        const ssize_t sent = ::send(m_descriptor, bytes, static_cast<std::size_t>(size), MSG_NOSIGNAL);
+        if (sent >= 0) {
+            bytes += sent;
+            size -= static_cast<int>(sent);
+            continue;
+        }
+        if (errno != EAGAIN && errno != EINTR)
+            return Disconnected;
+        const Result result = waitFor(POLLOUT, deadline);
+        if (result != Done)
+            return result;
+    }
+    return Done;
+}
+
+TcpSocket::Result TcpSocket::receive(char *bytes, int most, int *received, const Deadline &deadline)
+{
+    for (;;) {
+        const Result result = waitFor(POLLIN, deadline);
+        if (result != Done)
+            return result;
+        const ssize_t size = recv(m_descriptor, bytes, static_cast<std::size_t>(most), 0);
+        if (size > 0) {
+            *received = static_cast<int>(size);
+            return Done;
+        }
+        if (size == 0 || (errno != EAGAIN && errno != EINTR))
+            return Disconnected;
+    }
+}
+
+TcpSocket::Result TcpSocket::pause(const Deadline &deadline) const
+{
+    while (!deadline.isOver() && !m_stop)
+        poll(nullptr, 0, qMin(deadline.left(), sliceMs));
+    return m_stop ? Stopped : Done;
+}
+
+void TcpSocket::close()
+{
+    if (m_descriptor >= 0)
+        ::close(m_descriptor);
+    m_descriptor = -1;
+}
+
+TcpSocket::Result TcpSocket::waitFor(short events, const Deadline &deadline) const
+{
+    if (m_descriptor < 0)
+        return Disconnected;
+    pollfd watched = {m_descriptor, events, 0};
+    for (;;) {
+        const int left = deadline.left();
+        if (poll(&watched, 1, qMin(left, sliceMs)) > 0)
+            return Done;
+        if (m_stop)
+            return Stopped;
+        if (left == 0)
+            return TimedOut;
+    }
+}
