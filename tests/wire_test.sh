@@ -35,10 +35,11 @@ decode() {
 decode 'tcp.dstport == 502' "${fields[@]/#/-e}" >"$work/seen"
 diff -u --label 'asked for' --label 'on the wire' "$work/expected" "$work/seen"
 
-# Requests and replies: dissected as Modbus, none malformed, transaction and protocol 0.
-decode 'frame' -e mbtcp.trans_id -e mbtcp.prot_id -e modbus.func_code -e _ws.malformed >"$work/frames"
+# Requests and replies: dissected as Modbus, none malformed, protocol 0. A reply has the number of the request before it.
+decode 'frame' -e tcp.dstport -e mbtcp.prot_id -e modbus.func_code -e _ws.malformed -e mbtcp.trans_id >"$work/frames"
 total=$(grep -c . "$work/frames")
-sound=$(grep -cE '^0,0,[0-9]+,$' "$work/frames")
+sound=$(awk -F, '$1 == 502 { asked = $5 } $2 == 0 && $3 > 0 && $4 == "" && $5 > 0 && $5 == asked' "$work/frames" | grep -c .)
+numbers=$(awk -F, '$1 == 502 { print $5 }' "$work/frames" | sort -u | grep -c .)
 replies=$((total - $(grep -c . "$work/expected")))
 echo "$sound of $total frames sound, $replies of them replies"
-[ "$sound" -eq "$total" ] && [ "$replies" -eq 17 ]
+[ "$sound" -eq "$total" ] && [ "$replies" -eq 17 ] && [ "$numbers" -eq $((total - replies)) ]

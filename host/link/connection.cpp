@@ -222,7 +222,7 @@ LinkCause Connection::judge(const Protocol &request, Exchange *exchange)
 
 LinkCause Connection::accept(Exchange *exchange)
 {
-    m_trace.reply(exchange->reply, QString());
+    m_trace.reply(m_replies.asReceived(exchange->reply), QString());
     exchange->end = Exchange::Answered;
     exchange->fault = ReplyFault::None;
     m_link.answered(m_clock.elapsed());
@@ -232,7 +232,8 @@ LinkCause Connection::accept(Exchange *exchange)
 /// Bytes behind a held-back reply show that its length field is wrong.
 LinkCause Connection::holdBack(ReplyFault fault, Exchange *exchange)
 {
-    m_trace.reply(exchange->reply, QStringLiteral("held back: ") + replyFaultText(fault));
+    m_trace.reply(m_replies.asReceived(exchange->reply),
+                  QStringLiteral("held back: ") + replyFaultText(fault));
     exchange->fault = fault;
     exchange->heldBack = exchange->reply;
     exchange->reply.clear();

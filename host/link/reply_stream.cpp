@@ -72,7 +72,8 @@ ReplyStream::Found ReplyStream::take(QByteArray *reply, ReplyFault *fault)
             m_trace.reply(*reply, QStringLiteral("echo of a broadcast"));
             continue;
         }
-        switch (m_numbers.take(static_cast<quint16>(wordAt(*reply, TransactionAt)))) {
+        m_takenNumber = wordAt(*reply, TransactionAt);
+        switch (m_numbers.take(static_cast<quint16>(m_takenNumber))) {
         case TransactionNumbers::Current:
             putWord(reply->data() + TransactionAt, 0);
             return Answer;
@@ -94,6 +95,13 @@ bool ReplyStream::isBroadcastEcho(const QByteArray &reply)
     if (isDue)
         m_broadcastFunction = 0;
     return isDue;
+}
+
+QByteArray ReplyStream::asReceived(QByteArray reply) const
+{
+    if (!m_remote)
+        putWord(reply.data() + TransactionAt, m_takenNumber);
+    return reply;
 }
 
 void ReplyStream::discard(const QByteArray &reply)
