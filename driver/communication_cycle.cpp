@@ -3,7 +3,7 @@
 #include "api/steps/driver_object.h"
 #include "api/steps/request_builders.h"
 
-#include <QtCore/QMutexLocker>
+#include "base/brief_lock.h"
 
 using namespace modbus_driver;
 
@@ -90,7 +90,7 @@ Protocol *ComCommunication()
     QList<Protocol> &pending = PLC_driver.pendingList;
     if (!pending.isEmpty())
         return &pending.first();
-    QMutexLocker lock(&PLC_driver.listMutex);
+    BriefLock lock(&PLC_driver.listMutex);
     chooseAndBuild();
     return pending.isEmpty() ? nullptr : &pending.first();
 }

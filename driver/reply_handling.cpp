@@ -5,7 +5,7 @@
 #include "base/call_backs.h"
 #include "base/pending_requests.h"
 
-#include <QtCore/QMutexLocker>
+#include "base/brief_lock.h"
 
 using namespace modbus_driver;
 
@@ -132,7 +132,13 @@ bool countFailure()
     return true;
 }
 
-/// Applies the outcome: retire, retry or give up. Returns the status of the exchange.
+/// Judges the reply and stores the data of an accepted read. Returns a StatusCode.
+int judge(QByteArray *reply, int length, bool remote)
+{
+    return remote ? DealDataOfRemoteArea(reply, length) : DealDataOfLocalArea(reply, length);
+}
+
+/// Applies the outcome: retire, retry or give up. Returns the status of the exchange. The caller holds listMutex.
 int endExchange(int judged, bool remote)
 {
     if (isSuccess(judged)) {
@@ -159,11 +165,15 @@ RW_VAR *DataCom(QByteArray *reply, int length)
 
     QByteArray noBytes;
     QByteArray *const received = reply ? reply : &noBytes;
-    // Held while judging and storing too: a write half takes its bit from the queue's head.
-    QMutexLocker lock(&PLC_driver.listMutex);
     const bool remote = request->var.linkId != PLC_driver.comInfo->linkId;
-    const int judged =
-        remote ? DealDataOfRemoteArea(received, length) : DealDataOfLocalArea(received, length);
-    PLC_driver.result.status = endExchange(judged, remote);
+    if (request->var.subIndex == SubIndexReadHalf) {
+        // Storing completes the write half, with the bit of the write at the queue's head.
+        BriefLock lock(&PLC_driver.listMutex);
+        PLC_driver.result.status = endExchange(judge(received, length, remote), remote);
+    } else {
+        const int judged = judge(received, length, remote);
+        BriefLock lock(&PLC_driver.listMutex);
+        PLC_driver.result.status = endExchange(judged, remote);
+    }
     return &PLC_driver.result;
 }

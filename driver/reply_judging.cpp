@@ -5,7 +5,7 @@
 #include "api/steps/image_access.h"
 #include "base/pending_requests.h"
 
-#include <QtCore/QMutexLocker>
+#include "base/brief_lock.h"
 
 using namespace modbus_driver;
 
@@ -41,7 +41,7 @@ ReplyOutcome judgeLocal(QByteArray *reply, int length)
     const ReplyUse use = static_cast<ReplyUse>(CheckGetData(reply, length));
     const ReplyOutcome outcome = judge(length, use, localFindings);
     if (outcome == OutcomeDone && use == UseStore) {
-        QMutexLocker lock(&PLC_driver.imageMutex);
+        BriefLock lock(&PLC_driver.imageMutex);
         SaveToLocalDataErea(reply);
     }
     return outcome;

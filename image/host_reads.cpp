@@ -9,7 +9,7 @@
 #include "../driver/base/arithmetic.h"
 #include "../varlists/address_text.h"
 
-#include <QtCore/QMutexLocker>
+#include "../driver/base/brief_lock.h"
 
 #include <cstring>
 
@@ -162,7 +162,7 @@ int GetRegisterData(int, int area, QString addressText, int station, QByteArray 
     const int address = addressOf(area, addressText);
     if (address < 0)
         return 0;
-    QMutexLocker lock(&PLC_driver.imageMutex);
+    BriefLock lock(&PLC_driver.imageMutex);
     if (PLC_driver.comInfo->multiStation == 0)
         readImage(area, address, out, count);
     else

@@ -6,7 +6,7 @@
 #include "../driver/api/steps/image_access.h"
 #include "../driver/base/arithmetic.h"
 
-#include <QtCore/QMutexLocker>
+#include "../driver/base/brief_lock.h"
 
 #include <cstring>
 
@@ -142,7 +142,7 @@ void writeToStation(const RW_VAR &var)
 
 void WriteDataToLocal(RW_VAR *var)
 {
-    QMutexLocker lock(&PLC_driver.imageMutex);
+    BriefLock lock(&PLC_driver.imageMutex);
     if (PLC_driver.comInfo->multiStation == 0)
         writeToImage(var);
     else

@@ -45,6 +45,16 @@ void _ZN6QMutex4lockEv(void *mutex) // QMutex::lock()
     __tsan_mutex_post_lock(mutex, __tsan_mutex_linker_init, 0);
 }
 
+bool _ZN6QMutex7tryLockEi(void *mutex, int timeout) // QMutex::tryLock(int)
+{
+    static const auto tryLock = real<bool(void *, int)>("_ZN6QMutex7tryLockEi");
+    const unsigned flags = __tsan_mutex_linker_init | __tsan_mutex_try_lock;
+    __tsan_mutex_pre_lock(mutex, flags);
+    const bool isLocked = tryLock(mutex, timeout);
+    __tsan_mutex_post_lock(mutex, isLocked ? flags : flags | __tsan_mutex_try_lock_failed, 0);
+    return isLocked;
+}
+
 void _ZN6QMutex6unlockEv(void *mutex) // QMutex::unlock()
 {
     static const auto unlock = real<void(void *)>("_ZN6QMutex6unlockEv");

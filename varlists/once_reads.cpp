@@ -7,7 +7,7 @@
 #include "../driver/api/steps/list_building.h"
 #include "../driver/base/arithmetic.h"
 
-#include <QtCore/QMutexLocker>
+#include "../driver/base/brief_lock.h"
 
 using namespace modbus_driver;
 
@@ -86,7 +86,7 @@ void queueBlocks(RW_VAR *var, const Blocks &blocks)
 int AddListOnceReadVar(RW_VAR *var, int mode)
 {
     if (mode == QueueAsIs) {
-        QMutexLocker lock(&PLC_driver.listMutex);
+        BriefLock lock(&PLC_driver.listMutex);
         PLC_driver.onceReadList.append(*var);
         return PLC_driver.onceReadList.size();
     }
@@ -100,7 +100,7 @@ int AddListOnceReadVar(RW_VAR *var, int mode)
         var->station = settings.defaultStation;
     makeRequest(var, address);
     const Blocks blocks = splitIntoBlocks(var->dataLength, settings.writeBlockSize);
-    QMutexLocker lock(&PLC_driver.listMutex);
+    BriefLock lock(&PLC_driver.listMutex);
     queueBlocks(var, blocks);
     return PLC_driver.onceReadList.size();
 }

@@ -9,7 +9,7 @@
 #include "../driver/base/arithmetic.h"
 
 #include <QtCore/QHash>
-#include <QtCore/QMutexLocker>
+#include "../driver/base/brief_lock.h"
 #include <QtCore/QVector>
 
 #include <algorithm>
@@ -199,7 +199,7 @@ int ReCreatReadVarList(QList<VAR_ITEM> *items)
         requests = requestsFor(*items, *PLC_driver.comInfo);
 
     const int count = requests.size();
-    QMutexLocker lock(&PLC_driver.listMutex);
+    BriefLock lock(&PLC_driver.listMutex);
     qSwap(requests, PLC_driver.readList);
     if (!items->isEmpty()) {
         PLC_driver.cyclicDone = 0;

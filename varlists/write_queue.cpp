@@ -2,7 +2,7 @@
 #include "../driver/api/host_calls.h"
 #include "../driver/api/steps/driver_object.h"
 
-#include <QtCore/QMutexLocker>
+#include "../driver/base/brief_lock.h"
 
 using namespace modbus_driver;
 
@@ -29,7 +29,7 @@ int findMergeable(const QList<RW_VAR> &queue, const RW_VAR &var)
 
 int AddListWriteVar(RW_VAR *var, int mode)
 {
-    QMutexLocker lock(&PLC_driver.listMutex);
+    BriefLock lock(&PLC_driver.listMutex);
     QList<RW_VAR> &queue = PLC_driver.writeList;
     const bool asItStands = mode == QueueAsIs;
     const int merged = asItStands ? -1 : findMergeable(queue, *var);

@@ -89,7 +89,8 @@ MODBUS_TCPIP_RTU_M_API Protocol *ComCommunication();
 /// are those of the new list's head. A host that must know copies `var` of the request before this call.
 /// The content is valid until the next DataCom.
 ///
-/// Takes listMutex, and imageMutex while it stores. Calls both call-backs, with listMutex held.
+/// Takes imageMutex to store the reply, then listMutex; for the read half of a bit-in-register write,
+/// imageMutex within listMutex. Calls both call-backs, with listMutex held.
 MODBUS_TCPIP_RTU_M_API RW_VAR *DataCom(QByteArray *reply, int length);
 
 /// @}

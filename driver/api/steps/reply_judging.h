@@ -14,7 +14,8 @@
 /// @{
 
 /// Judges a reply of `length` bytes, 0 for none, and stores the data of an accepted read, under imageMutex.
-/// Returns a StatusCode. A caller with panel threads beside it holds listMutex.
+/// Returns a StatusCode. For the read half of a bit-in-register write the caller holds listMutex when there are
+/// panel threads.
 MODBUS_TCPIP_RTU_M_API int DealDataOfLocalArea(QByteArray *reply, int length);
 
 /// The same for a request of another link. Only the reply to a request with subIndex -1 is stored, without
