@@ -9,6 +9,8 @@
 
 #include "../driver/base/brief_lock.h"
 
+#include <algorithm>
+
 using namespace modbus_driver;
 
 namespace {
@@ -47,17 +49,14 @@ void makeRequest(RW_VAR *var, int address)
 
 bool sameRead(const RW_VAR &a, const RW_VAR &b)
 {
-    return a.hostId == b.hostId && a.hostItem == b.hostItem && a.station == b.station && a.area == b.area &&
-           a.startAddress == b.startAddress && a.dataLength == b.dataLength;
+    return a.startAddress == b.startAddress && a.hostId == b.hostId && a.hostItem == b.hostItem &&
+           a.station == b.station && a.area == b.area && a.dataLength == b.dataLength;
 }
 
 bool isQueued(const QList<RW_VAR> &queue, const RW_VAR &var)
 {
-    for (int i = 0; i < queue.size(); ++i) {
-        if (sameRead(queue.at(i), var))
-            return true;
-    }
-    return false;
+    return std::any_of(queue.constBegin(), queue.constEnd(),
+                       [&var](const RW_VAR &queued) { return sameRead(queued, var); });
 }
 
 /// Makes var the request for block k of the run that starts at `base`. Blocks of a bit area count bytes.

@@ -4,6 +4,8 @@
 
 #include "../driver/base/brief_lock.h"
 
+#include <algorithm>
+
 using namespace modbus_driver;
 
 namespace {
@@ -11,18 +13,19 @@ namespace {
 /// Writes to the same place; their values and host identifiers are not compared.
 bool samePlace(const RW_VAR &a, const RW_VAR &b)
 {
-    return a.station == b.station && a.area == b.area && a.startAddress == b.startAddress &&
+    return a.startAddress == b.startAddress && a.station == b.station && a.area == b.area &&
            a.dataLength == b.dataLength;
 }
 
 /// The position of a queued write that may be overwritten, or -1. The head is not looked at.
 int findMergeable(const QList<RW_VAR> &queue, const RW_VAR &var)
 {
-    for (int i = 1; i < queue.size(); ++i) {
-        if (samePlace(queue.at(i), var))
-            return i;
-    }
-    return -1;
+    if (queue.isEmpty())
+        return -1;
+    const auto head = queue.constBegin();
+    const auto found = std::find_if(head + 1, queue.constEnd(),
+                                    [&var](const RW_VAR &queued) { return samePlace(queued, var); });
+    return found == queue.constEnd() ? -1 : static_cast<int>(found - head);
 }
 
 } // namespace
