@@ -8,6 +8,8 @@
 
 #include <cstdio>
 
+using namespace modbus_driver;
+
 namespace bench {
 
 namespace {
@@ -59,6 +61,43 @@ void printRebuildMemory(const char *separator, int variables, int stations)
                 double(count.peakBytes()) / variables, double(count.allocations()) / variables);
 }
 
+EXTENDVAR recordOf(int i, const QByteArray &value)
+{
+    EXTENDVAR record;
+    record.station = 1 + i / ImageRegisters;
+    record.area = AreaHoldingRegisters;
+    record.address = i % ImageRegisters;
+    record.value = value;
+    return record;
+}
+
+/// Bytes that `make` keeps for each of `count` values.
+template <typename Make> double bytesOfEach(int count, Make make)
+{
+    HeapCount heap;
+    for (int i = 0; i < count; ++i)
+        make(i);
+    heap.stop();
+    return double(heap.heldBytes()) / count;
+}
+
+void printValueMemory(const char *separator, int count)
+{
+    const QByteArray common(4, '\0');
+    QList<EXTENDVAR> bare, whole;
+    const double record = bytesOfEach(count, [&](int i) { bare.append(recordOf(i, common)); });
+    const double both = bytesOfEach(count, [&](int i) { whole.append(recordOf(i, QByteArray(4, '\0'))); });
+    freshDriver(PerStation);
+    ExtendFindSameVar(1, AreaCoils, 0); // the index forgets what it had
+    freshDriver(PerStation);
+    const double all = bytesOfEach(count, [](int i) {
+        const EXTENDVAR wanted = recordOf(i, QByteArray());
+        ExtendFindSameVar(wanted.station, wanted.area, wanted.address);
+    });
+    std::printf("%s\n  {\"values\": %d, \"record\": %.1f, \"value\": %.1f, \"index\": %.1f}", separator,
+                count, record, both - record, all - both);
+}
+
 } // namespace
 
 void countedSteps(const Step &step, int steps)
@@ -94,6 +133,17 @@ void printMemory()
     std::printf("\n]\n");
 }
 
+void printValues()
+{
+    std::printf("[");
+    const char *separator = "";
+    for (int count : {1000, 10000, 100000, 1000000}) {
+        printValueMemory(separator, count);
+        separator = ",";
+    }
+    std::printf("\n]\n");
+}
+
 bool runSteps(const std::string &name, int steps)
 {
     for (const Work &work : allWorks()) {
@@ -112,7 +162,8 @@ bool runCounted(const std::string &part, int steps)
     for (const Work &work : allWorks()) {
         if (work.name.find(part) == std::string::npos)
             continue;
-        const bool isLong = work.name.find("rebuild/") != std::string::npos;
+        const bool isLong = work.name.find("rebuild/") != std::string::npos ||
+                            work.name.find("plant/") == 0 || work.name.find("1000_bits") != std::string::npos;
         const int counted = isLong ? 1 : steps;
         const Step step = work.prepare();
         for (int i = 0; i < (isLong ? 1 : warmUp); ++i)

@@ -2,6 +2,7 @@
 // driver-bench: what the driver costs, beside the floor of each piece of work. scripts/bench runs it.
 #include "counts.h"
 #include "loopback.h"
+#include "plant.h"
 #ifdef BENCH_TIMES
 #include "times.h"
 
@@ -16,7 +17,9 @@ namespace {
 
 const char usageText[] =
     "usage: driver-bench [waits] [--benchmark_...]     times of all works, or how long panel threads wait\n"
-    "       driver-bench allocations | memory          heap counts\n"
+    "       driver-bench allocations | memory | values heap counts: of exchanges, of rebuilds, of values per "
+    "station\n"
+    "       driver-bench plant                         passes over 250 stations in virtual time\n"
     "       driver-bench steps NAME COUNT              one work, for a program that counts instructions\n"
     "       driver-bench counted PART COUNT            works with PART in their names, each in countedSteps\n"
     "       driver-bench loopback PORT REGISTERS COUNT reads over TCP from 127.0.0.1\n";
@@ -56,6 +59,10 @@ int main(int argc, char *argv[])
         return bench::printAllocations(), EXIT_SUCCESS;
     if (is("memory", 2))
         return bench::printMemory(), EXIT_SUCCESS;
+    if (is("values", 2))
+        return bench::printValues(), EXIT_SUCCESS;
+    if (is("plant", 2))
+        return bench::printPlant(), EXIT_SUCCESS;
     if (is("steps", 4))
         return exitCode(bench::runSteps(argv[2], number(3)));
     if (is("counted", 4))

@@ -10,6 +10,8 @@ namespace bench {
 
 namespace {
 
+const int bitsWritten = 1000;
+
 QList<RW_VAR> entries(int count)
 {
     QList<RW_VAR> list;
@@ -28,6 +30,31 @@ Step prepareWrite(int queued)
         const int now = SetRegisterData(QString(), AreaHoldingRegisters, address, 1, value, 1, 5, 6);
         require(now == queued + 1, "the write was not queued");
         PLC_driver.writeList.removeLast();
+    };
+}
+
+/// A write of bits is queued bit by bit, and each looks through those that are queued already.
+Step prepareBits()
+{
+    freshDriver(Shared);
+    const QString address = QStringLiteral("5000");
+    QByteArray value(bitsWritten, '\1');
+    return [=]() mutable {
+        SetRegisterData(QString(), AreaCoils, address, 1, value, bitsWritten, 5, 6);
+        require(PLC_driver.writeList.size() == bitsWritten, "not every bit was queued");
+        PLC_driver.writeList = QList<RW_VAR>();
+    };
+}
+
+Step prepareBitsFloor()
+{
+    FloorState *floor = &freshFloor();
+    const QString address = QStringLiteral("5000");
+    const QByteArray value(1, '\1');
+    return [=] {
+        for (int i = 0; i < bitsWritten; ++i)
+            queue(floor, address, value);
+        floor->queue = QList<RW_VAR>();
     };
 }
 
@@ -59,6 +86,8 @@ Step prepareFloor(int queued, int bytes)
 
 void addQueueing(Works *works)
 {
+    works->push_back({"panel_write/1000_bits", prepareBits, bitsWritten});
+    works->push_back({"floor/panel_write/1000_bits", prepareBitsFloor, bitsWritten});
     for (int queued : {0, 512, 1023}) {
         const std::string behind = "_behind_" + std::to_string(queued);
         works->push_back({"panel_write/queued" + behind, [=] { return prepareWrite(queued); }});

@@ -22,6 +22,14 @@ GOALS = [  # name, what is compared, limit, and how it is told
      "rebuild of 100,000 variables of 32 stations, against 10,000"),
     ("look_up/100000_records", "look_up/100_records", 3.0, "look-up among 100,000 records, against 100"),
     ("panel_read/125_registers/shared", None, 1.5, "screen reading 125 registers, against its floor"),
+    ("exchange/read_125_registers/per_station", None, 2.0, "exchange of 125 registers, per station, against its floor"),
+    ("exchange/read_2000_bits/per_station", None, 2.0, "exchange of 2,000 bits, per station, against its floor"),
+    ("panel_read/16_registers/per_station", None, 2.5, "screen reading 16 registers, per station, against its floor"),
+    ("panel_read/125_registers/per_station", None, 2.5, "screen reading 125 registers, per station, against its floor"),
+    ("panel_read/125_32_bit_values/per_station", None, 2.5,
+     "screen reading 125 32-bit values, per station, against its floor"),
+    ("panel_write/queued_behind_1023", None, 4.0, "write behind 1,023 others, against its floor"),
+    ("panel_once_read/queued_behind_1023", None, 4.0, "one-shot read behind 1,023 others, against its floor"),
 ]
 
 
@@ -99,16 +107,28 @@ def memory_table(folder):
                   for m in load(folder, "memory")])
 
 
-def waits_table(folder):
-    by_name = {}
-    for b in load(folder, "waits")["benchmarks"]:
-        if b.get("run_type") == "iteration":
+def waits_of(folder, library):
+    """The medians over all turns of that library, by the name of the wait and the counter."""
+    runs = {}
+    for file in folder.glob(f"waits-{library}-*.json"):
+        for b in json.loads(file.read_text())["benchmarks"]:
             name = b["run_name"].replace("/iterations:1", "").replace("panel_wait/", "")
-            by_name.setdefault(name, []).append(b)
-    middle = lambda runs, key: sorted(run[key] for run in runs)[len(runs) // 2]
-    return table(["call, load", "median", "99.9th percentile", "worst"],
-                 [[told(name), amount(middle(runs, "median_ns")), amount(middle(runs, "p999_ns")),
-                   amount(middle(runs, "worst_ns"))] for name, runs in by_name.items()])
+            for key in ("median_ns", "p999_ns", "worst_ns"):
+                runs.setdefault((name, key), []).append(b[key])
+    return {key: sorted(values)[len(values) // 2] for key, values in runs.items()}
+
+
+def waits_table(folder):
+    now, before = waits_of(folder, "bench"), waits_of(folder, "bench-reference")
+    rows = []
+    for name in dict.fromkeys(name for name, _ in now):
+        row = [told(name)] + [amount(now[name, key]) for key in ("median_ns", "p999_ns", "worst_ns")]
+        if before:
+            row += [amount(before[name, key]) for key in ("median_ns", "p999_ns")]
+            row += [f"{now[name, 'p999_ns'] / before[name, 'p999_ns']:.2f}"]
+        rows.append(row)
+    heads = ["call, load", "median", "99.9th percentile", "worst"]
+    return table(heads + (["median before", "99.9th before", "ratio"] if before else []), rows)
 
 
 def armhf_table(folder):
@@ -116,7 +136,34 @@ def armhf_table(folder):
     return table(["work", "instructions", "floor", "ratio"],
                  [[told(name), f"{count:,.0f}", f"{counts['floor/' + name]:,.0f}",
                    f"{ratio(counts, name, 'floor/' + name):.2f}"]
-                  for name, count in counts.items() if not name.startswith("floor/")])
+                  for name, count in counts.items() if "floor/" + name in counts])
+
+
+def values_table(folder):
+    return table(["values", "record and its place in the list", "value bytes", "index"],
+                 [[f"{v['values']:,}", f"{v['record']:.1f}", f"{v['value']:.1f}", f"{v['index']:.1f}"]
+                  for v in load(folder, "values")])
+
+
+def plant_table(folder):
+    return table(["image", "block", "time-out", "retries", "requests", "no dead station", "5 % dead", "lost",
+                  "dead switched off", "lost", "two links"],
+                 [[told(p["image"]), str(p["block"]), f"{p['time_out']} ms", str(p["retries"]),
+                   f"{p['requests']:,}", f"{p['live']:.1f} s", f"{p['kept']:.1f} s", f"{100 * p['kept_lost']:.0f} %",
+                   f"{p['off']:.1f} s", f"{100 * p['off_lost']:.1f} %", f"{p['two_links']:.1f} s"]
+                  for p in load(folder, "plant")["plans"]])
+
+
+def plant_cost_table(folder):
+    counts, plant = load(folder, "armhf"), load(folder, "plant")
+    requests = {p["image"]: p["requests"] for p in plant["plans"] if p["block"] == 125}
+    rows = []
+    for memory in plant["memory"]:
+        image = memory["image"]
+        count = counts["plant/pass/" + image]
+        rows.append([told(image), f"{count / 1e6:.1f} million", f"{count / requests[image]:,.0f}",
+                     f"{memory['kept'] / 1024:,.0f} KiB", f"{memory['kept_per_register']:.1f}"])
+    return table(["image", "instructions a pass", "for each exchange", "heap kept", "bytes a register"], rows)
 
 
 def loopback_table(folder):
@@ -166,6 +213,9 @@ def all_tables(folder):
             "memory": memory_table(folder),
             "waits": waits_table(folder),
             "armhf": armhf_table(folder),
+            "values": values_table(folder),
+            "plant": plant_table(folder),
+            "plant-cost": plant_cost_table(folder),
             "loopback": loopback_table(folder)}
 
 

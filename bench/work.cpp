@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "work.h"
 
+#include "plant.h"
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -15,6 +17,7 @@ Works allWorks()
     addRebuilds(&works);
     addLookUps(&works);
     addChecksums(&works);
+    addPlantPasses(&works);
     return works;
 }
 
