@@ -37,29 +37,22 @@ TEST_F(Control, LocalAreasAreKeptInTheirOrder)
 
 TEST_F(Control, StationSwitches)
 {
-    const struct
-    {
-        const char *what;
-        void (*call)(int, int);
-        int station, enable;
-        const char *off; ///< of the stations 0, 5 and 6
-    } rows[] = {
-        {"off", EnCommStation, 5, 0, "010"},
-        {"off by the other name", EnableEthernet, 6, 0, "011"},
-        {"neither off nor on", EnCommStation, 5, 2, "011"},
-        {"neither, of one that is on", EnCommStation, 0, 2, "011"},
-        {"on", EnCommStation, 5, 1, "001"},
-        {"broadcast off", EnCommStation, 0, 0, "101"},
-        {"all on, whatever the flag says", EnCommStation, -1, 0, "000"},
-    };
-    for (const auto &row : rows) {
-        row.call(row.station, row.enable);
-        std::string off;
+    const auto off = [] {
+        std::string stations;
         for (int station : {0, 5, 6})
-            off += Ethernetcontains(station) ? '1' : '0';
-        EXPECT_EQ(off, row.off) << row.what;
-    }
-    EXPECT_TRUE(PLC_driver.disabledStations.isEmpty());
+            stations += Ethernetcontains(station) ? " " + std::to_string(station) : "";
+        return stations;
+    };
+    EnCommStation(5, 0);
+    EnableEthernet(6, 0);
+    EnCommStation(5, 2);
+    EnCommStation(0, 2);
+    EXPECT_EQ(off(), " 5 6") << "2 is neither off nor on";
+    EnCommStation(5, 1);
+    EnCommStation(0, 0);
+    EXPECT_EQ(off(), " 0 6");
+    EnCommStation(-1, 0);
+    EXPECT_TRUE(PLC_driver.disabledStations.isEmpty()) << "all on, whatever the flag says";
 }
 
 TEST_F(Control, StatusCodesShiftByTheItemOfTheRequestInFlight)

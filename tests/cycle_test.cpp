@@ -45,7 +45,7 @@ TEST_F(Cycle, WritesThenOneShotReadsThenThePoll)
                 AddListOnceReadVar(&read, QueueAsIs);
         }
         if (row.polls)
-            poll({{Registers, "0", 1}});
+            poll("5:0*1");
         std::string functions;
         while (functions.size() < row.functions.size()) {
             const Protocol *request = ComCommunication();
@@ -71,7 +71,7 @@ TEST_F(Cycle, SwitchedOffStationsArePassedOver)
     EXPECT_EQ(listed(PLC_driver.writeList), "3/0:0*1 0:0*1") << "passed over, not dropped";
     EXPECT_EQ(settings.cycleDone, 1);
     PLC_driver.writeBurst = 4;
-    poll({{Registers, "0", 1, 4}});
+    poll("4/5:0*1");
     expectRequest("0000 0000 0006 04 03 0000 0001");
     EXPECT_EQ(PLC_driver.writeBurst, 0) << "the poll ends the burst";
 }
@@ -80,7 +80,7 @@ TEST_F(Cycle, WriteThatBuildsNothingStaysAtTheHead)
 {
     RW_VAR broadcastBit = access(RegisterBit, 5, 1, "01", StationBroadcast);
     AddListWriteVar(&broadcastBit, QueueMerged);
-    poll({{Registers, "0", 1}});
+    poll("5:0*1");
     expectNothingToSend();
     expectNothingToSend();
     EXPECT_EQ(PLC_driver.writeBurst, 2) << "and still uses up its burst";
@@ -122,7 +122,7 @@ TEST_F(Cycle, BitOfRegisterInTwoExchanges)
 TEST_F(Cycle, FailuresAreRetriedUpToTheLimit)
 {
     settings.retryLimit = 2;
-    poll({{Registers, "0", 2}});
+    poll("5:0*2");
     PLC_driver.cyclicDone = settings.cycleDone = 1;
     const struct
     {
@@ -167,7 +167,7 @@ TEST_F(Cycle, GiveUpDropsTheGroup)
 TEST_F(Cycle, PassIsCompleteAfterOneReplyMoreThanTheListHas)
 {
     settings.writeBlockSize = 1;
-    poll({{Registers, "0", 3}});
+    poll("5:0*3");
     for (int cycleDone : {0, 0, 0, 1, 1}) {
         ASSERT_NE(ComCommunication(), nullptr);
         EXPECT_EQ(reply(register0), StatusDone);
@@ -246,7 +246,7 @@ TEST_F(Cycle, OneShotReadsOfAnotherLinkAreNeverReportedAsDone)
 
 TEST_F(Cycle, RequestsGoOutRemoteWhileTheSettingSaysSo)
 {
-    poll({{Coils, "0", 8}});
+    poll("0:0*8");
     write(Registers, "100", 1, "3412", 5);
     settings.remoteMode = 1;
     exchange("18 05 01 02 01 0005 00000064 0001 00000000 00000000 3412 D1", "00 00 00 00 00 00 00 00 00 00 00 00", StatusDone,
@@ -257,14 +257,14 @@ TEST_F(Cycle, RequestsGoOutRemoteWhileTheSettingSaysSo)
     settings.remoteMode = 0;
     exchange("0000 0000 0006 01 01 0000 0008", "0000 0000 0004 01 01 01 00", StatusDone);
     settings.remoteMode = 1;
-    poll({{Registers, "0", 1}});
+    poll("5:0*1");
     expectNothingToSend();
     EXPECT_EQ(settings.cycleDone, 0) << "not idle: an entry was offered";
 }
 
 TEST_F(Cycle, RepliesShorterThanTheyClaimStayInsideTheirBytes)
 {
-    poll({{Registers, "0", 2}});
+    poll("5:0*2");
     ComCommunication();
     QByteArray cut = bytes("0000 0000 0005 01 03 04 1234");
     EXPECT_EQ(DataCom(&cut, 13)->status, StatusDone) << "only the length that the host claims is judged";

@@ -118,46 +118,29 @@ TEST_F(Queues, NeighboursShareARequest)
     {
         const char *what;
         int perStation, block;
-        std::vector<Item> items;
-        const char *requests;
+        const char *items, *requests;
     } rows[] = {
-        {"a gap within the block",
-         0,
-         10,
-         {{Registers, "8", 2}, {Registers, "0", 2}, {Registers, "20", 1}, {Registers, "5", 2}},
-         "5:0*10 5:20*1"},
-        {"one inside another", 0, 10, {{Registers, "0", 10}, {Registers, "3", 2}}, "5:0*10"},
-        {"ends inside, starts outside", 0, 10, {{Registers, "0", 10}, {Registers, "3", 8}}, "5:0*10 5:3*8"},
-        {"coils in whole bytes", 0, 10, {{Coils, "3", 4}, {Coils, "10", 2}, {Coils, "100", 1}}, "0:0*2 0:96*1"},
-        {"bits of a register", 0, 10, {{RegisterBit, "10.5", 3}, {RegisterBit, "10.15", 2}}, "5:10*2"},
-        {"a run longer than a block", 0, 32, {{Coils, "13", 500}}, "0:8*33 0:264*32"},
-        {"registers longer than a block", 0, 10, {{Registers, "0", 25}}, "5:0*10 5:10*10 5:20*5"},
-        {"the order of areas",
-         0,
-         10,
-         {{Registers, "0", 1}, {Coils, "0", 1}, {InputPairs, "0", 2}, {Inputs, "0", 1}, {Pairs, "4", 2}},
-         "0:0*1 1:0*1 4:0*2 5:0*6"},
-        {"nothing usable", 0, 10, {{9, "0", 1}, {InputBit, "5", 1}, {Registers, "-1", 1}}, ""},
-        {"no limit, no merging",
-         0,
-         0,
-         {{Registers, "0", 300}, {Registers, "300", 1}, {Registers, "290", 10}, {Registers, "301", 0}},
-         "5:0*300 5:300*1 5:301*0"},
-        {"negative block is no limit", 0, -1, {{Registers, "0", 300}, {Registers, "300", 1}}, "5:0*300 5:300*1"},
-        {"an empty variable", 0, 10, {{Registers, "4", 0}}, "5:4*0"},
-        {"the same address twice", 0, 10, {{Registers, "4", 1}, {Registers, "4", 3}}, "5:4*3"},
-        {"no count passes a table", 0, 0, {{InputRegisters, "0", INT_MAX}}, "4:0*65536"},
-        {"of one station each", 1, 10, {{Registers, "0", 2, 1}, {Registers, "0", 2, 2}, {Registers, "4", 2, 1}}, "5:0*6 2/5:0*2"},
-        {"255 of one area is 0 of the next", 1, 10, {{Coils, "16", 1, 255}, {Inputs, "0", 1, 0}}, "0/1:0*3"},
-        {"an unknown area", 1, 10, {{9, "0", 25}}, "9:0*10 9:10*10 9:20*5"},
-        {"bits in blocks of whole bytes", 1, 10, {{Coils, "27", 200}}, "0:24*10 0:104*10 0:184*6"},
-        {"what asks for nothing opens no group",
-         1,
-         10,
-         {{Registers, "0", 0, 2}, {RegisterBit, "1", 1}, {Registers, "-1", 1}, {Registers, "0", 1, 1}, {Registers, "0", 1, 2}},
-         "5:0*1 2/5:0*1"},
-        {"equal addresses, the newest first", 1, 0, {{Registers, "0", 2}, {Registers, "0", 3}}, "5:0*3"},
-        {"the newest is the shorter", 1, 0, {{Registers, "0", 3}, {Registers, "0", 2}}, "5:0*2 5:0*3"},
+        {"a gap within the block", 0, 10, "5:8*2 5:0*2 5:20*1 5:5*2", "5:0*10 5:20*1"},
+        {"one inside another", 0, 10, "5:0*10 5:3*2", "5:0*10"},
+        {"ends inside, starts outside", 0, 10, "5:0*10 5:3*8", "5:0*10 5:3*8"},
+        {"coils in whole bytes", 0, 10, "0:3*4 0:10*2 0:100*1", "0:0*2 0:96*1"},
+        {"bits of a register", 0, 10, "3:10.5*3 3:10.15*2", "5:10*2"},
+        {"a run longer than a block", 0, 32, "0:13*500", "0:8*33 0:264*32"},
+        {"registers longer than a block", 0, 10, "5:0*25", "5:0*10 5:10*10 5:20*5"},
+        {"the order of areas", 0, 10, "5:0*1 0:0*1 6:0*2 1:0*1 7:4*2", "0:0*1 1:0*1 4:0*2 5:0*6"},
+        {"nothing usable", 0, 10, "9:0*1 2:5*1 5:-1*1", ""},
+        {"no limit, no merging", 0, 0, "5:0*300 5:300*1 5:290*10 5:301*0", "5:0*300 5:300*1 5:301*0"},
+        {"negative block is no limit", 0, -1, "5:0*300 5:300*1", "5:0*300 5:300*1"},
+        {"an empty variable", 0, 10, "5:4*0", "5:4*0"},
+        {"the same address twice", 0, 10, "5:4*1 5:4*3", "5:4*3"},
+        {"no count passes a table", 0, 0, "4:0*2147483647", "4:0*65536"},
+        {"of one station each", 1, 10, "5:0*2 2/5:0*2 5:4*2", "5:0*6 2/5:0*2"},
+        {"255 of one area is 0 of the next", 1, 10, "255/0:16*1 0/1:0*1", "0/1:0*3"},
+        {"an unknown area", 1, 10, "9:0*25", "9:0*10 9:10*10 9:20*5"},
+        {"bits in blocks of whole bytes", 1, 10, "0:27*200", "0:24*10 0:104*10 0:184*6"},
+        {"what asks for nothing opens no group", 1, 10, "2/5:0*0 3:1*1 5:-1*1 5:0*1 2/5:0*1", "5:0*1 2/5:0*1"},
+        {"equal addresses, the newest first", 1, 0, "5:0*2 5:0*3", "5:0*3"},
+        {"the newest is the shorter", 1, 0, "5:0*3 5:0*2", "5:0*2 5:0*3"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.what);
@@ -184,12 +167,12 @@ TEST_F(Queues, PolledRequestsCarryTheTemplate)
 
 TEST_F(Queues, OnlyARealRebuildStartsThePassAfresh)
 {
-    poll({{Registers, "0", 1}});
+    poll("5:0*1");
     settings.cycleDone = PLC_driver.cyclicDone = 1;
-    EXPECT_EQ(poll({}), 0);
+    EXPECT_EQ(poll(""), 0);
     EXPECT_EQ(settings.cycleDone + PLC_driver.cyclicDone, 2);
     EXPECT_TRUE(PLC_driver.readList.isEmpty());
-    poll({{Registers, "0", 1}});
+    poll("5:0*1");
     EXPECT_EQ(settings.cycleDone + PLC_driver.cyclicDone, 0);
 }
 

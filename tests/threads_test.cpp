@@ -31,26 +31,17 @@ class Threads : public testing::TestWithParam<bool>
 protected:
     int unitOf(int writer) const { return settings.multiStation ? 1 + writer : 1; }
     static int addressOf(int writer, int value) { return 2 * (writer * values + value); }
-    void write(int writer, int area, const QString &address, QByteArray value, int item);
-    void lookForTornValues(int area, int address, int unit);
-    void writeAndReadBack(int writer);
-    void rebuild(int areas);
-    void pollSwitchAndShow();
-    void exchange();
 
-    CommSettings settings;
-    MemoryStation station;
-    std::atomic<bool> panelsDone{false};
     std::atomic<int> torn{0};
     int exchanges = 0;
 };
 
-void Threads::write(int writer, int area, const QString &address, QByteArray value, int item)
+void write(int writer, int area, const QString &address, QByteArray value, int item)
 {
     SetRegisterData(QString(), area, address, unitOf(writer), value, value.size() == 4 ? 2 : 1, writer, item);
 }
 
-void Threads::lookForTornValues(int area, int address, int unit)
+void lookForTornValues(int area, int address, int unit)
 {
     QByteArray shown;
     GetRegisterData(0, area, QString::number(address), unit, shown, 2 * values);
@@ -58,7 +49,7 @@ void Threads::lookForTornValues(int area, int address, int unit)
         torn += shown.mid(i, 2) != shown.mid(i + 2, 2);
 }
 
-void Threads::writeAndReadBack(int writer)
+void writeAndReadBack(int writer)
 {
     for (int round = 1; round <= rounds; ++round) {
         const QByteArray half = QByteArray(1, static_cast<char>(round)).append(static_cast<char>(round >> 8));
@@ -70,7 +61,7 @@ void Threads::writeAndReadBack(int writer)
     }
 }
 
-void Threads::rebuild(int areas)
+void rebuild(int areas)
 {
     QList<VAR_ITEM> items;
     for (int unit = 1; unit <= units; ++unit) {
@@ -86,7 +77,7 @@ void Threads::rebuild(int areas)
     ReCreatReadVarList(&items);
 }
 
-void Threads::pollSwitchAndShow()
+void pollSwitchAndShow()
 {
     for (int round = 1; round <= rounds; ++round) {
         rebuild(1 + round % 2);
@@ -102,7 +93,7 @@ void Threads::pollSwitchAndShow()
     EnCommStation(-1, 1);
 }
 
-void Threads::exchange()
+void exchange()
 {
     const Protocol *request = ComCommunication();
     if (!request)
@@ -115,6 +106,13 @@ void Threads::exchange()
     QByteArray reply = lost ? QByteArray() : station.reply(request->frame);
     DataCom(&reply, reply.size());
 }
+
+CommSettings settings;
+MemoryStation station;
+std::atomic<bool> panelsDone{false};
+std::atomic<int> torn{0};
+int exchanges = 0;
+};
 
 TEST_P(Threads, PanelsAndTheCycleAgreeOnEveryValue)
 {

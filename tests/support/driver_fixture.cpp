@@ -53,16 +53,18 @@ void DriverFixture::restart(int multiStation)
     calls.clear();
 }
 
-int DriverFixture::poll(const std::vector<Item> &items)
+int DriverFixture::poll(const char *items)
 {
     QList<VAR_ITEM> list;
-    for (const Item &item : items) {
-        VAR_ITEM var;
-        var.area = static_cast<quint8>(item.area);
-        var.station = static_cast<quint8>(item.station);
-        var.addressText = QString::fromLatin1(item.address);
-        var.count = item.count;
-        list.append(var);
+    for (const QString &text : QString::fromLatin1(items).split(QLatin1Char(' '))) {
+        const QChar slash = QLatin1Char('/'), colon = QLatin1Char(':'), times = QLatin1Char('*');
+        VAR_ITEM item;
+        item.station = static_cast<quint8>(text.contains(slash) ? text.section(slash, 0, 0).toInt() : 1);
+        item.area = static_cast<quint8>(text.section(slash, -1).section(colon, 0, 0).toInt());
+        item.addressText = text.section(colon, 1).section(times, 0, 0);
+        item.count = text.section(times, 1).toInt();
+        if (!text.isEmpty())
+            list << item;
     }
     return ReCreatReadVarList(&list);
 }

@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 // The areas, short enough for rows.
 enum { Coils, Inputs, InputBit, RegisterBit, InputRegisters, Registers, InputPairs, Pairs, NoArea };
@@ -30,14 +29,6 @@ inline std::string hex(const char *text)
     return hex(bytes(text));
 }
 
-struct Item
-{
-    int area;
-    const char *address;
-    int count;
-    int station = 1;
-};
-
 /// The driver as it is after loading, with this record handed over.
 void reloadDriver(CommSettings *settings);
 
@@ -48,7 +39,8 @@ protected:
 
     /// Everything as at the start of a test, with this CommSettings::multiStation.
     void restart(int multiStation);
-    int poll(const std::vector<Item> &items);
+    /// Rebuilds the poll list from items written as listed() writes requests, with any address text.
+    int poll(const char *items);
     int write(int area, const char *address, int count, const char *value, int hostId = 0, int hostItem = 0, int station = 1);
     void expectRequest(const char *frame);
     void expectNothingToSend() { EXPECT_EQ(ComCommunication(), nullptr); }
