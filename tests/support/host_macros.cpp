@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: MIT
 // A host that includes X11's headers between Qt's and the driver's. Compiling is the test.
-#include <QtCore/QtCore>
+#include <QtCore/QList>
+#include <QtCore/QMap>
+#include <QtCore/QMutex>
+#include <QtCore/QString>
+
+#include <atomic>
 
 #define Status int
 #define None 0L
