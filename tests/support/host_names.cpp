@@ -6,7 +6,11 @@ struct Status
 {
     int code;
 };
-enum Area { AreaCoils = 7, Outcome };
+enum Area { AreaCoils = 7 };
+struct Outcome
+{
+    int code;
+};
 typedef int RequestOrigin;
 uint qHash(const Status &status)
 {
@@ -23,5 +27,5 @@ using namespace modbus_driver;
 
 uint codeOf(int code)
 {
-    return qHash(Status{code}) + uint(image + Outcome + StatusDone + ::AreaCoils + modbus_driver::AreaCoils);
+    return qHash(Status{code}) + uint(image + Outcome{code}.code + StatusDone + ::AreaCoils + modbus_driver::AreaCoils);
 }
