@@ -32,86 +32,82 @@ protected:
     int unitOf(int writer) const { return settings.multiStation ? 1 + writer : 1; }
     static int addressOf(int writer, int value) { return 2 * (writer * values + value); }
 
-    std::atomic<int> torn{0};
-    int exchanges = 0;
-};
-
-void write(int writer, int area, const QString &address, QByteArray value, int item)
-{
-    SetRegisterData(QString(), area, address, unitOf(writer), value, value.size() == 4 ? 2 : 1, writer, item);
-}
-
-void lookForTornValues(int area, int address, int unit)
-{
-    QByteArray shown;
-    GetRegisterData(0, area, QString::number(address), unit, shown, 2 * values);
-    for (int i = 0; i + 3 < shown.size(); i += 4)
-        torn += shown.mid(i, 2) != shown.mid(i + 2, 2);
-}
-
-void writeAndReadBack(int writer)
-{
-    for (int round = 1; round <= rounds; ++round) {
-        const QByteArray half = QByteArray(1, static_cast<char>(round)).append(static_cast<char>(round >> 8));
-        for (int value = 0; value < values; ++value)
-            write(writer, Pairs, QString::number(addressOf(writer, value)), half + half, value);
-        const QByteArray bit(1, static_cast<char>(round % 2));
-        write(writer, RegisterBit, QString::fromLatin1("%1.%2").arg(bitsOf).arg(writer), bit, values);
-        lookForTornValues(Pairs, addressOf(writer, 0), unitOf(writer));
+    void write(int writer, int area, const QString &address, QByteArray value, int item)
+    {
+        SetRegisterData(QString(), area, address, unitOf(writer), value, value.size() == 4 ? 2 : 1, writer, item);
     }
-}
 
-void rebuild(int areas)
-{
-    QList<VAR_ITEM> items;
-    for (int unit = 1; unit <= units; ++unit) {
-        for (int area = Pairs; area > Pairs - areas; --area) {
-            VAR_ITEM item;
-            item.area = static_cast<quint8>(area);
-            item.station = static_cast<quint8>(unit);
-            item.addressText = QString::number(0);
-            item.count = 2 * writers * values;
-            items.append(item);
+    void lookForTornValues(int area, int address, int unit)
+    {
+        QByteArray shown;
+        GetRegisterData(0, area, QString::number(address), unit, shown, 2 * values);
+        for (int i = 0; i + 3 < shown.size(); i += 4)
+            torn += shown.mid(i, 2) != shown.mid(i + 2, 2);
+    }
+
+    void writeAndReadBack(int writer)
+    {
+        for (int round = 1; round <= rounds; ++round) {
+            const QByteArray half = QByteArray(1, static_cast<char>(round)).append(static_cast<char>(round >> 8));
+            for (int value = 0; value < values; ++value)
+                write(writer, Pairs, QString::number(addressOf(writer, value)), half + half, value);
+            const QByteArray bit(1, static_cast<char>(round % 2));
+            write(writer, RegisterBit, QString::fromLatin1("%1.%2").arg(bitsOf).arg(writer), bit, values);
+            lookForTornValues(Pairs, addressOf(writer, 0), unitOf(writer));
         }
     }
-    ReCreatReadVarList(&items);
-}
 
-void pollSwitchAndShow()
-{
-    for (int round = 1; round <= rounds; ++round) {
-        rebuild(1 + round % 2);
-        EnCommStation(switched, round % 2);
-        RW_VAR read = access(InputRegisters, 0, 2);
-        read.hostId = writers;
-        read.addressText = QString::number(2 * (round % values));
-        AddListOnceReadVar(&read, QueueMerged);
-        for (int unit = 1; unit <= units; ++unit)
-            lookForTornValues(InputPairs, 0, unit);
+    void rebuild(int areas)
+    {
+        QList<VAR_ITEM> items;
+        for (int unit = 1; unit <= units; ++unit) {
+            for (int area = Pairs; area > Pairs - areas; --area) {
+                VAR_ITEM item;
+                item.area = static_cast<quint8>(area);
+                item.station = static_cast<quint8>(unit);
+                item.addressText = QString::number(0);
+                item.count = 2 * writers * values;
+                items.append(item);
+            }
+        }
+        ReCreatReadVarList(&items);
     }
-    rebuild(2);
-    EnCommStation(-1, 1);
-}
 
-void exchange()
-{
-    const Protocol *request = ComCommunication();
-    if (!request)
-        return;
-    const bool lost = ++exchanges % lossesEvery < 2 && !panelsDone;
-    for (int unit = 1; unit <= units; ++unit) { // both halves of every 32-bit input change at once
-        for (int input = 0; input < 2 * writers * values; ++input)
-            station.put(unit, InputRegisters, input, exchanges & 0xFFFF);
+    void pollSwitchAndShow()
+    {
+        for (int round = 1; round <= rounds; ++round) {
+            rebuild(1 + round % 2);
+            EnCommStation(switched, round % 2);
+            RW_VAR read = access(InputRegisters, 0, 2);
+            read.hostId = writers;
+            read.addressText = QString::number(2 * (round % values));
+            AddListOnceReadVar(&read, QueueMerged);
+            for (int unit = 1; unit <= units; ++unit)
+                lookForTornValues(InputPairs, 0, unit);
+        }
+        rebuild(2);
+        EnCommStation(-1, 1);
     }
-    QByteArray reply = lost ? QByteArray() : station.reply(request->frame);
-    DataCom(&reply, reply.size());
-}
 
-CommSettings settings;
-MemoryStation station;
-std::atomic<bool> panelsDone{false};
-std::atomic<int> torn{0};
-int exchanges = 0;
+    void exchange()
+    {
+        const Protocol *request = ComCommunication();
+        if (!request)
+            return;
+        const bool lost = ++exchanges % lossesEvery < 2 && !panelsDone;
+        for (int unit = 1; unit <= units; ++unit) { // both halves of every 32-bit input change at once
+            for (int input = 0; input < 2 * writers * values; ++input)
+                station.put(unit, InputRegisters, input, exchanges & 0xFFFF);
+        }
+        QByteArray reply = lost ? QByteArray() : station.reply(request->frame);
+        DataCom(&reply, reply.size());
+    }
+
+    CommSettings settings;
+    MemoryStation station;
+    std::atomic<bool> panelsDone{false};
+    std::atomic<int> torn{0};
+    int exchanges = 0;
 };
 
 TEST_P(Threads, PanelsAndTheCycleAgreeOnEveryValue)
