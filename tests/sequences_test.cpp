@@ -442,7 +442,8 @@ TEST_P(Sequences, NothingGrows)
     EXPECT_EQ(sequence.failure, "");
     EXPECT_LE(longest, 800) << "places that are written and read, not times";
     EXPECT_EQ(PLC_driver.extendList.size(), values);
-    EXPECT_TRUE(!MEASURES_MEMORY || now <= pages + pages / 100) << now << " pages instead of " << pages;
+    // 100 pages: the heap's fragments, at most 60 in ten million exchanges.
+    EXPECT_TRUE(!MEASURES_MEMORY || now <= pages + 100) << now << " pages instead of " << pages;
 }
 
 INSTANTIATE_TEST_SUITE_P(Image, Sequences, testing::Bool(),
