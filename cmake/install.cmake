@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# What is installed: the library, the public headers, a CMake package and a pkg-config file. Package and pkg-config file
+# What is installed: the library, the public headers, a CMake package and a pkg-config file. They
 # find the rest relative to their own place, so the installed tree may be moved.
 include(CMakePackageConfigHelpers)
 
@@ -39,9 +39,15 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${PROJECT_NAME}Config.cmake
     ${CMAKE_CURRENT_BINARY_DIR}/${PROJECT_NAME}ConfigVersion.cmake
   DESTINATION ${modbus_package} COMPONENT dev)
 
-file(RELATIVE_PATH modbus_prefix_from_pc
-  ${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-string(REGEX REPLACE "/$" "" modbus_prefix_from_pc ${modbus_prefix_from_pc})
+# An installation below /usr is a system's, which a cross compiler has in a folder of its own: there pkg-config puts that
+# folder in front, so the file must say where things are in the system. Any other installation may be moved.
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(modbus_pc_prefix /usr)
+else()
+  file(RELATIVE_PATH modbus_pc_prefix
+    ${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+  string(REGEX REPLACE "/$" "" modbus_pc_prefix "\${pcfiledir}/${modbus_pc_prefix}")
+endif()
 configure_file(cmake/driver.pc.in ${PROJECT_NAME}.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${PROJECT_NAME}.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
