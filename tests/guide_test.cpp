@@ -83,7 +83,7 @@ protected:
     void prepare(const std::string &call)
     {
         startAnew(PLC_driver, settings);
-        poll({{AreaHoldingRegisters, "1", 1}});
+        poll("5:1*1");
         if (call == "DataCom")
             ComCommunication();
         else
@@ -158,7 +158,7 @@ TEST_F(Guide, TellsTheFunctionsOfEachArea)
     for (const QStringList &row : rows("| Area | What |")) {
         const int area = row.at(1).toInt();
         const char *address = isBitOfRegister(area) ? "2.3" : "2";
-        poll({{area, address, 2}});
+        poll(qPrintable(QString::fromLatin1("%1:%2*2").arg(area).arg(QLatin1String(address))));
         EXPECT_EQ(functions(), all("\\d+", row.at(4))) << area;
         write(area, address, isBitArea(area) || isBitOfRegister(area) ? 1 : 2, "01020304");
         EXPECT_EQ(functions(), all("\\d+", row.at(5))) << area;
@@ -178,7 +178,7 @@ TEST_F(Guide, StartsAnewAsShown)
     const QByteArray fresh = numbers();
     settings.multiStation = 1;
     settings.retryLimit = 5;
-    poll({{AreaHoldingRegisters, "1", 1}, {AreaCoils, "1", 1, 2}});
+    poll("5:1*1 2/0:1*1");
     write(AreaHoldingRegisterBit, "1.3", 1, "01");
     AddListOnceReadVar(&(queued = access(AreaHoldingRegisters, 5, 1)), QueueAsIs);
     EnCommStation(2, 0);
