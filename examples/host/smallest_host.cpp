@@ -45,7 +45,7 @@ int main(int argc, char *argv[])
                 settings.failCount = 0; // else failures add up over all requests
                 ++good;
             }
-            QByteArray value; // what the last good reply said
+            QByteArray value; // as it was read last; 0 before that
             GetRegisterData(0, item.area, item.addressText, item.station, value, item.count);
             std::printf("status %d, value %d\n", done->status, qFromLittleEndian<quint16>(value.constData()));
         }
