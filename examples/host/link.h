@@ -17,21 +17,21 @@ class Link
 public:
     // `patience` in ms, for a connection and for a whole reply.
     Link(const QString &address, quint16 port, int patience = 1000)
-        : address(address), port(port), patience(patience)
+        : m_address(address), m_port(port), m_patience(patience)
     {
     }
 
     // Sends the request. Returns the whole reply; nothing when none is due or none came.
     QByteArray exchange(const Protocol &request)
     {
-        number = quint16(number % 0xFFFF + 1); // not 0: that is what stations send that repeat no number
+        m_number = quint16(m_number % 0xFFFF + 1); // not 0: that is what stations send that repeat no number
         QByteArray frame = request.frame;
-        qToBigEndian(number, frame.data());
-        if (!ready() || socket.write(frame) < 0)
+        qToBigEndian(m_number, frame.data());
+        if (!ready() || m_socket.write(frame) < 0)
             return dropped();
         if (request.replyLength == 0)
-            return socket.waitForBytesWritten(patience) ? QByteArray() : dropped();
-        const QDeadlineTimer deadline(patience);
+            return m_socket.waitForBytesWritten(m_patience) ? QByteArray() : dropped();
+        const QDeadlineTimer deadline(m_patience);
         const QByteArray head = receive(6, deadline);
         const int rest = head.isEmpty() ? 0 : qFromBigEndian<quint16>(head.constData() + 4);
         const QByteArray reply = rest < 2 || rest > 254 ? QByteArray() : head + receive(rest, deadline);
@@ -52,33 +52,33 @@ private:
     // connection.
     bool ready()
     {
-        if (!socket.waitForReadyRead(0) && socket.bytesAvailable() == 0 &&
-            socket.state() == QAbstractSocket::ConnectedState)
+        if (!m_socket.waitForReadyRead(0) && m_socket.bytesAvailable() == 0 &&
+            m_socket.state() == QAbstractSocket::ConnectedState)
             return true;
-        socket.abort();
-        socket.connectToHost(address, port);
-        return socket.waitForConnected(patience);
+        m_socket.abort();
+        m_socket.connectToHost(m_address, m_port);
+        return m_socket.waitForConnected(m_patience);
     }
 
     // Exactly `size` bytes, or nothing when they did not come in time.
     QByteArray receive(int size, const QDeadlineTimer &deadline)
     {
-        while (socket.bytesAvailable() < size) {
-            if (!socket.waitForReadyRead(int(deadline.remainingTime())))
+        while (m_socket.bytesAvailable() < size) {
+            if (!m_socket.waitForReadyRead(int(deadline.remainingTime())))
                 return QByteArray();
         }
-        return socket.read(size);
+        return m_socket.read(size);
     }
 
     QByteArray dropped()
     {
-        socket.abort();
+        m_socket.abort();
         return QByteArray();
     }
 
-    const QString address;
-    const quint16 port;
-    const int patience;
-    quint16 number = 0; // of the last request
-    QTcpSocket socket;
+    const QString m_address;
+    const quint16 m_port;
+    const int m_patience;
+    quint16 m_number = 0; // of the last request
+    QTcpSocket m_socket;
 };
