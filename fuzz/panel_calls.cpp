@@ -26,9 +26,11 @@ RW_VAR record(Script *script)
 
 } // namespace
 
+/// Mostly small: many small calls reach more than one that queues sixty bits.
 int countOf(Script *script)
 {
-    return qMin(script->number(), 60);
+    const int number = script->number();
+    return number < 64 ? number : number < 240 ? number % 16 : 60;
 }
 
 void rebuild(Script *script)

@@ -4,6 +4,9 @@
 
 #include "driver_checks.h"
 
+#include <algorithm>
+#include <vector>
+
 using namespace modbus_driver;
 
 namespace {
@@ -26,25 +29,22 @@ Run runOf(const VAR_ITEM &item, int station)
     return {station, getPlcReg(item.area), address, qint64(address) + item.count};
 }
 
-/// How far the requests that begin at or ahead of this element reach.
-qint64 asksUpTo(const QList<RW_VAR> &requests, const Run &run, qint64 element)
-{
-    qint64 end = element;
-    for (const RW_VAR &request : requests) {
-        const qint64 length = qint64(request.dataLength) * (isBitArea(run.area) ? 8 : 1);
-        if (request.station == run.station && request.area == run.area && request.startAddress <= element)
-            end = qMax(end, request.startAddress + length);
-    }
-    return end;
-}
-
+/// Looks through the requests once, however many they are: what asks for the run is sorted and followed.
 void requireAsked(const QList<RW_VAR> &requests, const Run &run)
 {
-    for (qint64 asked = run.first; asked < run.end;) {
-        const qint64 end = asksUpTo(requests, run, asked);
-        require(end > asked, "every value of the list is asked for");
-        asked = end;
+    std::vector<std::pair<qint64, qint64>> asking; // start and end
+    for (const RW_VAR &request : requests) {
+        const qint64 end = request.startAddress + qint64(request.dataLength) * (isBitArea(run.area) ? 8 : 1);
+        if (request.station == run.station && request.area == run.area && request.startAddress < run.end && end > run.first)
+            asking.emplace_back(request.startAddress, end);
     }
+    std::sort(asking.begin(), asking.end());
+    qint64 asked = run.first;
+    for (const auto &request : asking) {
+        if (request.first <= asked)
+            asked = qMax(asked, request.second);
+    }
+    require(asked >= run.end, "every value of the list is asked for");
 }
 
 /// A request of bits may exceed the block by the byte that its start was rounded down into.
@@ -64,7 +64,8 @@ void askOnce(const VAR_ITEM &item, const Run &run)
     var.station = item.station;
     var.addressText = item.addressText;
     var.dataLength = item.count;
-    const int queued = AddListOnceReadVar(&var, 0);
+    PLC_driver.onceReadList.clear(); // host_calls.cpp fills queues; a long one only takes time here
+    const int queued = AddListOnceReadVar(&var, QueueMerged);
     const bool refused = StringAddressToInt(item.area, item.addressText) < 0;
     require(queued == (refused ? 0 : PLC_driver.onceReadList.size()), "a one-shot read tells the queue's length");
     if (PLC_driver.onceReadList.size() < QueueLimit)
