@@ -9,6 +9,7 @@
 #include "../host/explain/write_outcome.h"
 
 #include <functional>
+#include <tuple>
 
 namespace {
 
@@ -270,6 +271,69 @@ TEST_F(SessionTest, NothingForeignGetsThroughWhicheverReplyIsSpoilt)
             }
         }
     }
+}
+
+TEST_F(SessionTest, ARetryBelongsToOneRequest)
+{
+    options.retries = 1;
+    EXPECT_EQ(valuesOf(readOnce("hr:60 hr:70 hr:80", "exception=6@every=2")), "60 | 70 | 80");
+    EXPECT_EQ(session->station()->requests().size(), 5);
+}
+
+TEST_F(SessionTest, OneItemsFailureTakesNoOthersValueOrReason)
+{
+    const char illegal[] = "exception 2: illegal data address";
+    EXPECT_EQ(valuesOf(readOnce("hr:60*2 hr:61", "exception=2@nth=2")), std::string("60 61 | ") + illegal);
+    EXPECT_EQ(valuesOf(readOnce("hr:61 hr:60*2", "exception=2@nth=1")), std::string(illegal) + " | 60 61");
+}
+
+TEST_F(SessionTest, AVariableIsGoodOnlyWhenAllItsPartsAre)
+{
+    options.block = 2;
+    EXPECT_EQ(valuesOf(poll(3, "hr:60*6", "exception=6@address=62")), "exception 6: device busy") << "not its last part";
+}
+
+TEST_F(SessionTest, AnExceptionMayLeaveAWriteInDoubt)
+{
+    using Row = std::tuple<const char *, WriteOutcome::End, int>;
+    const Row rows[] = {
+        {"exception=1", WriteOutcome::Failed, 2},  {"exception=4", WriteOutcome::Unknown, 2},
+        {"exception=5", WriteOutcome::Unknown, 1}, {"exception=6", WriteOutcome::Failed, 2},
+        {"exception=9", WriteOutcome::Unknown, 2}, {"exception=10", WriteOutcome::Failed, 2},
+        {"exception=11", WriteOutcome::Unknown, 2},
+    };
+    options.retries = 1;
+    for (const auto &[fault, end, sent] : rows) {
+        open("hr:70", fault);
+        const QList<WriteItem> items = queue("hr:70=1");
+        session->start();
+        PanelSnapshot now = waitUntil([](const PanelSnapshot &n) { return n.itemsEnded() == 1; });
+        EXPECT_EQ(writeOutcome(items.at(0), now.items[0]).end, end) << fault;
+        EXPECT_EQ(session->station()->requests().size(), sent) << fault;
+    }
+}
+
+TEST_F(SessionTest, AReplyFromAnotherUnitSaysWhichToTry)
+{
+    EXPECT_EQ(valuesOf(readOnce("1/hr:20", "unit=9")), "unit 9 answered a request to unit 1; try 9/hr:20");
+    EXPECT_EQ(valuesOf(readOnce("1/coil:8", "unit=255")), "unit 255 answered a request to unit 1; try 255/coil:8 "
+                                                          "(unit 255 is the device that has the connection, not one behind it)");
+}
+
+TEST_F(SessionTest, ARetryThatCannotBeSentHidesNotWhatTheWireShowed)
+{
+    options.retries = 5;
+    options.connection.patienceMs = 0;
+    EXPECT_EQ(valuesOf(readOnce("hr:60 hr:70", "refuse=600@nth=1")),
+              "connection closed by the peer | no link: connection refused");
+}
+
+TEST_F(SessionTest, AReadWaitsForALinkThatIsBackingOff)
+{
+    options.retries = 1;
+    options.connection.backOff = {100, 100, 0, tooLongMs};
+    options.connection.patienceMs = tooLongMs;
+    EXPECT_EQ(valuesOf(readOnce("hr:60 hr:70", "refuse=1@nth=1")), "60 | 70");
 }
 
 TEST_F(SessionTest, ADeadUnitIsSwitchedOffAndFoundAgain)
