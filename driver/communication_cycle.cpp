@@ -2,7 +2,6 @@
 #include "api/host_calls.h"
 #include "api/steps/driver_object.h"
 #include "api/steps/request_builders.h"
-
 #include "base/brief_lock.h"
 
 using namespace modbus_driver;

@@ -2,10 +2,9 @@
 #include "api/host_calls.h"
 #include "api/steps/reply_judging.h"
 #include "base/arithmetic.h"
+#include "base/brief_lock.h"
 #include "base/call_backs.h"
 #include "base/pending_requests.h"
-
-#include "base/brief_lock.h"
 
 using namespace modbus_driver;
 

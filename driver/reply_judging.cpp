@@ -3,9 +3,8 @@
 
 #include "api/host_calls.h"
 #include "api/steps/image_access.h"
-#include "base/pending_requests.h"
-
 #include "base/brief_lock.h"
+#include "base/pending_requests.h"
 
 using namespace modbus_driver;
 

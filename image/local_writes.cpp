@@ -5,7 +5,6 @@
 #include "../driver/api/steps/driver_object.h"
 #include "../driver/api/steps/image_access.h"
 #include "../driver/base/arithmetic.h"
-
 #include "../driver/base/brief_lock.h"
 
 #include <cstring>

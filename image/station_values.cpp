@@ -10,8 +10,7 @@ namespace {
 
 StationIndex listIndex; // of extendList; imageMutex
 
-/// noinline: keeps its stack frame out of findOrAppend.
-__attribute__((noinline)) int append(const StationKey &key)
+int append(const StationKey &key)
 {
     EXTENDVAR record;
     record.station = key.station;

@@ -6,7 +6,6 @@
 #include "../driver/api/steps/driver_object.h"
 #include "../driver/api/steps/list_building.h"
 #include "../driver/base/arithmetic.h"
-
 #include "../driver/base/brief_lock.h"
 
 #include <algorithm>

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "../driver/api/host_calls.h"
 #include "../driver/api/steps/driver_object.h"
-
 #include "../driver/base/brief_lock.h"
 
 #include <algorithm>

