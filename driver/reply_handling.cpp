@@ -131,12 +131,6 @@ bool countFailure()
     return true;
 }
 
-/// Judges the reply and stores the data of an accepted read. Returns a StatusCode.
-int judge(QByteArray *reply, int length, bool remote)
-{
-    return remote ? DealDataOfRemoteArea(reply, length) : DealDataOfLocalArea(reply, length);
-}
-
 /// Applies the outcome: retire, retry or give up. Returns the status of the exchange. The caller holds listMutex.
 int endExchange(int judged, bool remote)
 {
@@ -165,14 +159,14 @@ RW_VAR *DataCom(QByteArray *reply, int length)
     QByteArray noBytes;
     QByteArray *const received = reply ? reply : &noBytes;
     const bool remote = request->var.linkId != PLC_driver.comInfo->linkId;
-    if (request->var.subIndex == SubIndexReadHalf) {
-        // Storing completes the write half, with the bit of the write at the queue's head.
-        BriefLock lock(&PLC_driver.listMutex);
-        PLC_driver.result.status = endExchange(judge(received, length, remote), remote);
-    } else {
-        const int judged = judge(received, length, remote);
-        BriefLock lock(&PLC_driver.listMutex);
-        PLC_driver.result.status = endExchange(judged, remote);
-    }
+    const bool isReadHalf = request->var.subIndex == SubIndexReadHalf;
+    BriefLock lock;
+    if (isReadHalf) // storing completes the write half, with the bit of the write at the queue's head
+        lock.take(&PLC_driver.listMutex);
+    const int judged =
+        remote ? DealDataOfRemoteArea(received, length) : DealDataOfLocalArea(received, length);
+    if (!isReadHalf)
+        lock.take(&PLC_driver.listMutex);
+    PLC_driver.result.status = endExchange(judged, remote);
     return &PLC_driver.result;
 }
