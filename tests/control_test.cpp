@@ -19,6 +19,7 @@ TEST_F(Control, SettingsRecordLosesItsTwoHostCountersOnly)
 {
     CommSettings other;
     int *words = reinterpret_cast<int *>(&other);
+    EXPECT_EQ(std::count(words, words + 19, 0), 19) << "as the host makes it";
     std::fill(words, words + 19, 7);
     SetComInfo(&other);
     for (int i = 0; i < 19; ++i)
