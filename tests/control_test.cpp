@@ -107,12 +107,7 @@ TEST_F(Control, DigitsBeyondTheUsualOnesToo)
 
 TEST_F(Control, AddressTextToNumber)
 {
-    const struct
-    {
-        int area;
-        const char *text;
-        int address;
-    } rows[] = {
+    const Rows<int, Text, int> rows = {
         {Registers, "100", 100},      {Coils, "17", 17},
         {Registers, "12.5", 0},       {Inputs, "0x10", 0},
         {Registers, "abc", 0},        {Registers, "-3", -3},
@@ -125,9 +120,9 @@ TEST_F(Control, AddressTextToNumber)
         {InputPairs, "3.4", 0},       {RegisterBit, "x.9", 9},
         {Registers, "65536", 65536},  {RegisterBit, "2147483647.1", -15},
     };
-    for (const auto &row : rows) {
-        const QString text = QString::fromLatin1(row.text);
-        EXPECT_EQ(StringAddressToInt(row.area, text), row.address) << row.area << " " << row.text;
-        EXPECT_EQ(PLCAddressChangeIntef(row.area, text), row.address) << row.area << " " << row.text;
+    for (const auto &[area, written, address] : rows) {
+        const QString text = QString::fromLatin1(written);
+        EXPECT_EQ(StringAddressToInt(area, text), address) << area << " " << written;
+        EXPECT_EQ(PLCAddressChangeIntef(area, text), address) << area << " " << written;
     }
 }

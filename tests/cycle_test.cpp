@@ -26,34 +26,29 @@ TEST_F(Cycle, NothingToDoIsIdle)
 
 TEST_F(Cycle, WritesThenOneShotReadsThenThePoll)
 {
-    const struct
-    {
-        const char *what;
-        bool oneShots, polls;
-        std::string functions; ///< of the requests, '-' for nothing to send
-    } rows[] = {
+    const Rows<Text, bool, bool, std::string> rows = {
         {"all three", true, true, "555554444435544333"},
         {"a full burst goes idle once with nothing else to do", false, false, "55555-55-"},
     };
-    for (const auto &row : rows) {
+    for (const auto &[what, oneShots, polls, wanted] : rows) {
         restart(0);
         for (int i = 0; i < 7; ++i) {
             write(Coils, std::to_string(i).c_str(), 1, "01");
             RW_VAR read = access(InputRegisters, i, 1);
             read.linkId = settings.linkId;
-            if (row.oneShots)
+            if (oneShots)
                 AddListOnceReadVar(&read, QueueAsIs);
         }
-        if (row.polls)
+        if (polls)
             poll("5:0*1");
         std::string functions;
-        while (functions.size() < row.functions.size()) {
+        while (functions.size() < wanted.size()) {
             const Protocol *request = ComCommunication();
             functions += request ? static_cast<char>('0' + request->frame.at(7)) : '-';
             QByteArray data(request ? request->replyLength : 0, '\0');
             ASSERT_EQ(DataCom(&data, data.size())->status, StatusDone);
         }
-        EXPECT_EQ(functions, row.functions) << row.what;
+        EXPECT_EQ(functions, wanted) << what;
     }
 }
 
@@ -124,12 +119,7 @@ TEST_F(Cycle, FailuresAreRetriedUpToTheLimit)
     settings.retryLimit = 2;
     poll("5:0*2");
     PLC_driver.cyclicDone = settings.cycleDone = 1;
-    const struct
-    {
-        const char *reply;
-        int status, failCount, cyclicDone;
-        const char *calls;
-    } rows[] = {
+    const Rows<Text, int, int, int, Text> rows = {
         {refused, StatusRetry, 1, 0, ""},
         {refused, StatusRetry, 2, 0, ""},
         {refused, StatusLocalWrongLength, 0, 0, "notify(0 1) 0 0"},
@@ -138,11 +128,11 @@ TEST_F(Cycle, FailuresAreRetriedUpToTheLimit)
         {"", StatusRetry, 2, 0, ""},
         {"", StatusLocalNoReply, 0, 0, "notify(0 1) 0 0"},
     };
-    for (const auto &row : rows) {
-        exchange("0000 0000 0006 01 03 0000 0002", row.reply, row.status, row.calls);
-        EXPECT_EQ(settings.failCount, row.failCount);
-        EXPECT_EQ(PLC_driver.lastFailed, row.status != StatusDone);
-        EXPECT_EQ(PLC_driver.cyclicDone, row.cyclicDone);
+    for (const auto &[replied, status, failCount, cyclicDone, calls] : rows) {
+        exchange("0000 0000 0006 01 03 0000 0002", replied, status, calls);
+        EXPECT_EQ(settings.failCount, failCount);
+        EXPECT_EQ(PLC_driver.lastFailed, status != StatusDone);
+        EXPECT_EQ(PLC_driver.cyclicDone, cyclicDone);
         EXPECT_EQ(settings.cycleDone, 0);
     }
     EXPECT_EQ(listed(PLC_driver.readList), "5:0*2") << "polled again next time";
@@ -179,15 +169,7 @@ TEST_F(Cycle, PassIsCompleteAfterOneReplyMoreThanTheListHas)
 
 TEST_F(Cycle, RepliesAreJudgedByLengthThenByTheKindOfTheirRequest)
 {
-    const struct
-    {
-        const char *what;
-        int rwFlag, subIndex, replies, expected, length;
-        int local; ///< status
-        const char *localStores;
-        int remote;
-        const char *remoteStores;
-    } rows[] = {
+    const Rows<Text, int, int, int, int, int, int, Text, int, Text> rows = {
         {"a read", 0, -1, 0, 11, 11, 1, "1111", 1, "1111"},
         {"a second reply", 0, -1, 1, 11, 11, 1, "1111", 100, "1111"},
         {"not to be stored while remote", 0, 0, 0, 11, 11, 1, "1111", 100, "0000"},
@@ -199,47 +181,40 @@ TEST_F(Cycle, RepliesAreJudgedByLengthThenByTheKindOfTheirRequest)
         {"nothing expected", 1, 0, 0, 0, 0, 1, "0000", 100, "0000"},
         {"neither read nor write", 2, -1, 0, 12, 12, 12, "0000", 112, "0000"},
     };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.what);
-        for (bool remote : {false, true}) {
+    for (const auto &[what, rwFlag, subIndex, replies, expected, length, local, stored, remote, storedRemote] : rows) {
+        SCOPED_TRACE(what);
+        for (bool isRemote : {false, true}) {
             Protocol request;
-            request.replyLength = row.expected;
+            request.replyLength = expected;
             request.replyDataLength = 2;
             request.var = access(Registers, 0, 1);
-            request.var.rwFlag = row.rwFlag;
-            request.var.subIndex = row.subIndex;
+            request.var.rwFlag = rwFlag;
+            request.var.subIndex = subIndex;
             request.var.hostId = 1;
             PLC_driver.pendingList = QList<Protocol>() << request;
             PLC_driver.holdingRegisters[0] = 0;
-            settings.repliesReceived = row.replies;
-            QByteArray data(row.length, '\x11');
-            EXPECT_EQ((remote ? DealDataOfRemoteArea : DealDataOfLocalArea)(&data, row.length), remote ? row.remote : row.local);
-            EXPECT_EQ(value(Registers, "0", 1), remote ? row.remoteStores : row.localStores);
+            settings.repliesReceived = replies;
+            QByteArray data(length, '\x11');
+            EXPECT_EQ((isRemote ? DealDataOfRemoteArea : DealDataOfLocalArea)(&data, length), isRemote ? remote : local);
+            EXPECT_EQ(value(Registers, "0", 1), isRemote ? storedRemote : stored);
         }
     }
 }
 
 TEST_F(Cycle, OneShotReadsOfAnotherLinkAreNeverReportedAsDone)
 {
-    const struct
-    {
-        const char *what;
-        int link;
-        const char *reply;
-        int status;
-        const char *calls;
-    } rows[] = {
+    const Rows<Text, int, Text, int, Text> rows = {
         {"this link", 2, register0, StatusDone, "done(9 3 0 1) 0 1"},
         {"another link, and not the read half", 6, register0, StatusRemoteAccepted, ""},
         {"another link given up", 6, "", StatusRemoteNoReply + 3, "notify(3 1) 0 0"},
     };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.what);
+    for (const auto &[what, link, replied, status, calls] : rows) {
+        SCOPED_TRACE(what);
         RW_VAR read = access(Registers, 0, 1);
         read.hostId = 3;
-        read.linkId = row.link;
+        read.linkId = link;
         AddListOnceReadVar(&read, QueueAsIs);
-        exchange(readRegister0, row.reply, row.status, row.calls);
+        exchange(readRegister0, replied, status, calls);
         EXPECT_TRUE(PLC_driver.onceReadList.isEmpty());
     }
 }

@@ -8,15 +8,6 @@ typedef DriverFixture Frames;
 
 namespace {
 
-struct Built
-{
-    const char *what;
-    void (*builder)(RW_VAR *);
-    RW_VAR var;
-    const char *frame; ///< null: nothing is queued
-    int reply, header, data;
-};
-
 RW_VAR remote(int hostId, int rwFlag, const RW_VAR &var)
 {
     RW_VAR made = var;
@@ -30,7 +21,8 @@ RW_VAR remote(int hostId, int rwFlag, const RW_VAR &var)
 
 TEST_F(Frames, FramesByteForByte)
 {
-    const Built rows[] = {
+    typedef void (*Builder)(RW_VAR *);
+    const Rows<Text, Builder, RW_VAR, Text, int, int, int> rows = {
         {"coils", ReadRegister, access(Coils, 4660, 2), "0000 0000 0006 01 01 1234 0010", 11, 9, 2},
         {"discrete inputs", ReadRegister, access(Inputs, 8, 32), "0000 0000 0006 01 02 0008 0100", 41, 9, 32},
         {"input registers", ReadRegister, access(InputRegisters, 7, 3), "0000 0000 0006 01 04 0007 0003", 15, 9, 6},
@@ -72,24 +64,24 @@ TEST_F(Frames, FramesByteForByte)
          "16 00 00 02 00 0000 00000000 0001 00000000 00000000 19", 0, 0, 0},
         {"remote registers are not read", Remote_ReadVar, remote(0, 0, access(Registers, 0, 1)), nullptr, 0, 0, 0},
     };
-    for (const Built &row : rows) {
-        SCOPED_TRACE(row.what);
+    for (const auto &[what, builder, from, frame, length, header, data] : rows) {
+        SCOPED_TRACE(what);
         PLC_driver.pendingList.clear();
         settings.repliesExpected = settings.repliesReceived = 77;
-        RW_VAR var = row.var;
+        RW_VAR var = from;
         var.tagText = QString::fromLatin1("kept");
-        row.builder(&var);
-        EXPECT_EQ(settings.repliesExpected, row.frame ? 1 : 77);
-        EXPECT_EQ(settings.repliesReceived, row.frame ? 0 : 77);
-        ASSERT_EQ(PLC_driver.pendingList.size(), row.frame ? 1 : 0);
-        if (!row.frame)
+        builder(&var);
+        EXPECT_EQ(settings.repliesExpected, frame ? 1 : 77);
+        EXPECT_EQ(settings.repliesReceived, frame ? 0 : 77);
+        ASSERT_EQ(PLC_driver.pendingList.size(), frame ? 1 : 0);
+        if (!frame)
             continue;
         const Protocol &built = PLC_driver.pendingList.at(0);
-        EXPECT_EQ(hex(built.frame), hex(row.frame));
+        EXPECT_EQ(hex(built.frame), hex(frame));
         EXPECT_EQ(built.frameLength, built.frame.size());
-        EXPECT_EQ(built.replyLength, row.reply);
-        EXPECT_EQ(built.replyHeaderLength, row.header);
-        EXPECT_EQ(built.replyDataLength, row.data);
+        EXPECT_EQ(built.replyLength, length);
+        EXPECT_EQ(built.replyHeaderLength, header);
+        EXPECT_EQ(built.replyDataLength, data);
         EXPECT_EQ(built.var.tagText, var.tagText);
         EXPECT_EQ(built.var.data, var.data);
     }
@@ -134,31 +126,25 @@ TEST_F(Frames, BitOfRegisterIsReadThenWrittenBack)
 
 TEST_F(Frames, EveryWriteIsNotifiedAndMirroredUnlessItMayNotBe)
 {
-    const struct
-    {
-        const char *what;
-        int area;
-        bool failed;
-        const char *call, *register0;
-    } rows[] = {
+    const Rows<Text, int, bool, Text, Text> rows = {
         {"registers", Registers, false, "notify(6 1) 1 0", "3412"},
         {"after a failure", Registers, true, "notify(6 1) 1 0", "5555"},
         {"a bit of a register", RegisterBit, false, "notify(6 1) 2 0", "5555"},
         {"read-only area", InputRegisters, false, "notify(6 1) 0 0", "5555"},
         {"no area", NoArea, false, "notify(6 1) 0 0", "5555"},
     };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.what);
+    for (const auto &[what, area, failed, calls, register0] : rows) {
+        SCOPED_TRACE(what);
         PLC_driver.holdingRegisters[0] = 0x5555; // bit 0 is set, and byte 34 would clear it
         PLC_driver.pendingList.clear();
-        PLC_driver.lastFailed = row.failed;
-        RW_VAR var = access(row.area, 0, 1, "3412");
+        PLC_driver.lastFailed = failed;
+        RW_VAR var = access(area, 0, 1, "3412");
         var.hostId = 6;
         PLC_driver.listMutex.lock(); // as the cycle holds it
         WriteRegister(&var);
         PLC_driver.listMutex.unlock();
-        EXPECT_EQ(takeCalls(), row.call);
-        EXPECT_EQ(value(Registers, "0", 1), row.register0);
+        EXPECT_EQ(takeCalls(), calls);
+        EXPECT_EQ(value(Registers, "0", 1), register0);
     }
 }
 

@@ -53,17 +53,7 @@ enum Mode { Shared = 0, PerStation = 1, Both = 2 };
 
 TEST_F(Image, WhatThePanelShowsAfterwards)
 {
-    const struct
-    {
-        const char *what;
-        Mode mode;
-        void (*change)(RW_VAR);
-        RW_VAR var;
-        int area;
-        const char *address;
-        int count;
-        const char *value;
-    } rows[] = {
+    const Rows<Text, Mode, void (*)(RW_VAR), RW_VAR, int, Text, int, Text> rows = {
         {"coils from inside a byte", Both, unchanged, {}, Coils, "3", 8, "0101010000000001"},
         {"the last input", Both, unchanged, {}, Inputs, "14", 3, "000101"},
         {"bits of an input register", Both, unchanged, {}, InputBit, "0.7", 4, "00000001"},
@@ -120,20 +110,20 @@ TEST_F(Image, WhatThePanelShowsAfterwards)
         {"more bytes than announced", Shared, replied, access(Registers, 4, 1, "01020304"), Registers, "4", 2, "0201FF00"},
     };
     for (Mode mode : {Shared, PerStation}) {
-        for (const auto &row : rows) {
-            if (row.mode != mode && row.mode != Both)
+        for (const auto &[what, modes, change, var, area, address, count, wanted] : rows) {
+            if (modes != mode && modes != Both)
                 continue;
-            SCOPED_TRACE(testing::Message() << row.what << ", mode " << mode);
+            SCOPED_TRACE(testing::Message() << what << ", mode " << mode);
             restart(mode);
             store(access(Coils, 0, 2, "3C84"));
             store(access(Inputs, 8, 2, "8001"));
             store(access(InputRegisters, 0, 2, "04020806"));
             store(access(Registers, 0, 8, "C001 8003 0005 E007 00FF 00FF 00FF 00FF"));
-            row.change(row.var);
+            change(var);
             QByteArray out(32, '\x55'); // keeps what is not read
-            EXPECT_EQ(GetRegisterData(0, row.area, QString::fromLatin1(row.address), 1, out, row.count), 1);
-            const std::string rest(64 - std::string(row.value).size(), '5');
-            EXPECT_EQ(hex(out), row.value + rest);
+            EXPECT_EQ(GetRegisterData(0, area, QString::fromLatin1(address), 1, out, count), 1);
+            const std::string rest(64 - std::string(wanted).size(), '5');
+            EXPECT_EQ(hex(out), wanted + rest);
             EXPECT_EQ(PLC_driver.extendList.size(), mode == Shared ? 0 : 14) << "values that are known";
             EXPECT_EQ(PLC_driver.inputBits[0], 0) << "behind the coils";
         }
@@ -155,13 +145,7 @@ TEST_F(Image, RepliesOfOddSizes)
 // Read and write at and beyond the end; canaries are the neighbours of the arrays in the driver object.
 TEST_F(Image, AccessesAreClippedAtTheEnds)
 {
-    const struct
-    {
-        int area;
-        const char *address;
-        int count;
-        const char *read;
-    } rows[] = {
+    const Rows<int, Text, int, Text> rows = {
         {Coils, "65543", 3, "01"},
         {Coils, "65544", 1, ""},
         {RegisterBit, "65535.15", 3, "01"},
@@ -174,46 +158,34 @@ TEST_F(Image, AccessesAreClippedAtTheEnds)
         {Coils, "2147483647", INT_MAX, ""},
     };
     settings.writeMode = 0;
-    for (const auto &row : rows) {
+    for (const auto &[area, address, count, wanted] : rows) {
         QByteArray data(64, '\x01');
-        SetRegisterData(QString(), row.area, QString::fromLatin1(row.address), 1, data, row.count, 0, 0);
-        EXPECT_EQ(value(row.area, row.address, row.count), row.read) << row.address;
+        SetRegisterData(QString(), area, QString::fromLatin1(address), 1, data, count, 0, 0);
+        EXPECT_EQ(value(area, address, count), wanted) << address;
     }
     EXPECT_EQ(PLC_driver.inputBits[0], 0) << "behind the coils";
     PLC_driver.holdingRegisters[0] = 0x2222;
     PLC_driver.coilBits[0] = 1;
-    const struct
-    {
-        void (*read)(QByteArray &, unsigned short *, int, int); ///< null for coils
-        int start, count;
-        const char *out;
-    } below[] = {
+    const Rows<void (*)(QByteArray &, unsigned short *, int, int), int, int, Text> below = {
         {nullptr, -1, 2, "000155555555555555"},       {nullptr, -3, 4, "000000015555555555"},
         {GetWordFromUS, -1, 1, "000055555555555555"}, {GetWordFromUS, -3, 2, "000000005555555555"},
         {GetWordFromUS, -3, 4, "000000000000222255"}, {GetWordFromUI, -2, 4, "000000000000222255"},
         {GetWordFromUI, -1, 1, "000055555555555555"},
     };
-    for (const auto &row : below) {
+    for (const auto &[read, start, count, wanted] : below) {
         QByteArray out(9, '\x55');
-        if (row.read)
-            row.read(out, PLC_driver.holdingRegisters, row.start, row.count);
+        if (read)
+            read(out, PLC_driver.holdingRegisters, start, count);
         else
-            GetBitFromUC(out, PLC_driver.coilBits, row.start, row.count);
-        EXPECT_EQ(hex(out), row.out) << "from " << row.start << ", " << row.count;
+            GetBitFromUC(out, PLC_driver.coilBits, start, count);
+        EXPECT_EQ(hex(out), wanted) << "from " << start << ", " << count;
     }
     EXPECT_EQ(PLC_driver.inputRegisters[65535], 0) << "ahead of the holding registers";
 }
 
 TEST_F(Image, WriteHalfTakesTheRegisterWithTheBitChanged)
 {
-    const struct
-    {
-        const char *what;
-        int bit;
-        const char *data; ///< of the queued write
-        int subIndex, registers;
-        const char *read, *sent;
-    } rows[] = {
+    const Rows<Text, int, Text, int, int, Text, Text> rows = {
         {"set", 35, "01", -1, 1, "0000", "0008"},
         {"clear", 35, "00", -1, 1, "00FF", "00F7"},
         {"a bit of the high byte", 47, "01", -1, 1, "1234", "9234"},
@@ -227,14 +199,14 @@ TEST_F(Image, WriteHalfTakesTheRegisterWithTheBitChanged)
     };
     for (int perStation : {0, 1}) {
         restart(perStation);
-        for (const auto &row : rows) {
-            PLC_driver.writeList = QList<RW_VAR>() << access(RegisterBit, row.bit, 1, row.data);
-            RW_VAR read = access(RegisterBit, 2, row.registers, row.read);
-            read.subIndex = row.subIndex;
+        for (const auto &[what, bit, data, subIndex, registers, received, sent] : rows) {
+            PLC_driver.writeList = QList<RW_VAR>() << access(RegisterBit, bit, 1, data);
+            RW_VAR read = access(RegisterBit, 2, registers, received);
+            read.subIndex = subIndex;
             Protocol writeHalf;
             writeHalf.frame = bytes("0000 0000 0006 01 06 0002 3030");
             store(read, QList<Protocol>() << writeHalf);
-            EXPECT_EQ(hex(PLC_driver.pendingList.at(1).frame), hex("0000 0000 0006 01 06 0002") + row.sent) << row.what;
+            EXPECT_EQ(hex(PLC_driver.pendingList.at(1).frame), hex("0000 0000 0006 01 06 0002") + sent) << what;
         }
         EXPECT_EQ(value(Registers, "2", 1), "0201") << "the last one read";
     }
@@ -294,14 +266,7 @@ TEST_F(Image, RecordsAreFoundWhoeverMadeThem)
 
 TEST_F(Image, HostWritesAreQueuedInBlocks)
 {
-    const struct
-    {
-        const char *what;
-        int block, area;
-        const char *address;
-        int count, result;
-        const char *blocks;
-    } rows[] = {
+    const Rows<Text, int, int, Text, int, int, Text> rows = {
         {"rest in the last block", 4, Registers, "20", 10, 3, "5:20*4 5:24*4 5:28*2"},
         {"a full last block", 4, Pairs, "20", 8, 2, "7:20*4 7:24*4"},
         {"no limit", 0, Registers, "20", 10, 1, "5:20*10"},
@@ -316,14 +281,13 @@ TEST_F(Image, HostWritesAreQueuedInBlocks)
         {"a count past the table", 0, Registers, "0", INT_MAX, 1, "5:0*65536"},
         {"a full queue", 0, RegisterBit, "0.0", INT_MAX, 1024, nullptr},
     };
-    for (const auto &row : rows) {
+    for (const auto &[what, block, area, address, count, result, blocks] : rows) {
         PLC_driver.writeList.clear();
-        settings.writeBlockSize = row.block;
-        EXPECT_EQ(write(row.area, row.address, row.count, ""), row.result) << row.what;
-        EXPECT_TRUE(!row.blocks || listed(PLC_driver.writeList) == row.blocks)
-            << row.what << ": " << listed(PLC_driver.writeList);
-        for (const RW_VAR &block : PLC_driver.writeList)
-            EXPECT_EQ(block.data.size(), row.area < InputRegisters ? block.dataLength : 2 * block.dataLength);
+        settings.writeBlockSize = block;
+        EXPECT_EQ(write(area, address, count, ""), result) << what;
+        EXPECT_TRUE(!blocks || listed(PLC_driver.writeList) == blocks) << what << ": " << listed(PLC_driver.writeList);
+        for (const RW_VAR &entry : PLC_driver.writeList)
+            EXPECT_EQ(entry.data.size(), area < InputRegisters ? entry.dataLength : 2 * entry.dataLength);
     }
 }
 

@@ -58,14 +58,7 @@ TEST_F(Queues, FullQueuesDropButQueueAsIsDoesNot)
 
 TEST_F(Queues, OneShotReadsInBlocks)
 {
-    const struct
-    {
-        const char *what;
-        int block, area;
-        const char *address;
-        int length;
-        const char *blocks, *left; ///< what of the host's record is left
-    } rows[] = {
+    const Rows<Text, int, int, Text, int, Text, Text> rows = {
         {"coils in bytes", 2, Coils, "13", 30, "0:8*2 0:24*2 0:40*1", "0:40*1"},
         {"bits of registers", 1, RegisterBit, "10.5", 20, "5:10*1 5:11*1", "5:11*1"},
         {"bits in one input register", 10, InputBit, "10.5", 3, "4:10*1", "4:10*1"},
@@ -78,15 +71,15 @@ TEST_F(Queues, OneShotReadsInBlocks)
         {"unknown area keeps its own address", 10, 9, "50", 2, "9:-7*2", "9:-7*2"},
         {"huge length", 0, Coils, "7", INT_MAX, "0:0*268435457", "0:0*268435457"},
     };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.what);
+    for (const auto &[what, block, area, address, length, blocks, left] : rows) {
+        SCOPED_TRACE(what);
         PLC_driver.onceReadList.clear();
-        settings.writeBlockSize = row.block;
-        RW_VAR var = onceRead(row.area, row.address, row.length);
+        settings.writeBlockSize = block;
+        RW_VAR var = onceRead(area, address, length);
         var.subIndex = var.aux = 5;
         AddListOnceReadVar(&var, 0);
-        EXPECT_EQ(listed(PLC_driver.onceReadList), row.blocks);
-        EXPECT_EQ(listed(QList<RW_VAR>() << var), row.left);
+        EXPECT_EQ(listed(PLC_driver.onceReadList), blocks);
+        EXPECT_EQ(listed(QList<RW_VAR>() << var), left);
         EXPECT_EQ(var.subIndex, 0);
         EXPECT_EQ(var.aux, 0);
     }
@@ -114,12 +107,7 @@ TEST_F(Queues, OneShotReadsAreNotQueuedTwiceByOneItem)
 
 TEST_F(Queues, NeighboursShareARequest)
 {
-    const struct
-    {
-        const char *what;
-        int perStation, block;
-        const char *items, *requests;
-    } rows[] = {
+    const Rows<Text, int, int, Text, Text> rows = {
         {"a gap within the block", 0, 10, "5:8*2 5:0*2 5:20*1 5:5*2", "5:0*10 5:20*1"},
         {"one inside another", 0, 10, "5:0*10 5:3*2", "5:0*10"},
         {"ends inside, starts outside", 0, 10, "5:0*10 5:3*8", "5:0*10 5:3*8"},
@@ -142,12 +130,12 @@ TEST_F(Queues, NeighboursShareARequest)
         {"equal addresses, the newest first", 1, 0, "5:0*2 5:0*3", "5:0*3"},
         {"the newest is the shorter", 1, 0, "5:0*3 5:0*2", "5:0*2 5:0*3"},
     };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.what);
-        settings.multiStation = row.perStation;
-        settings.writeBlockSize = row.block;
-        const int count = poll(row.items);
-        EXPECT_EQ(listed(PLC_driver.readList), row.requests);
+    for (const auto &[what, perStation, block, items, requests] : rows) {
+        SCOPED_TRACE(what);
+        settings.multiStation = perStation;
+        settings.writeBlockSize = block;
+        const int count = poll(items);
+        EXPECT_EQ(listed(PLC_driver.readList), requests);
         EXPECT_EQ(count, PLC_driver.readList.size());
     }
 }
@@ -180,14 +168,8 @@ TEST_F(Queues, StepsOnFinishedRecords)
 {
     const QList<RW_VAR> neighbours = QList<RW_VAR>() << access(Registers, 0, 1) << access(Registers, 1, 1);
     const QList<RW_VAR> bits = QList<RW_VAR>() << access(Coils, 3, 4) << access(Coils, 12, 4) << access(Coils, 40, 9);
-    const struct
-    {
-        const char *what;
-        int (*step)(QList<RW_VAR> *, int, int);
-        QList<RW_VAR> sorted;
-        int limit, count, result;
-        const char *list;
-    } rows[] = {
+    typedef QList<RW_VAR> List;
+    const Rows<Text, int (*)(List *, int, int), List, int, int, int, Text> rows = {
         {"registers", WordVarReCreat, neighbours, 10, 1, 2, "5:90*1 5:0*2"},
         {"an entry that is not there is not widened", WordVarReCreat, neighbours, 10, 90, 91, "5:90*1 5:0*1"},
         {"nor one ahead of the first", WordVarReCreat, neighbours, 10, -1, 0, "5:90*1 5:0*1"},
@@ -195,12 +177,12 @@ TEST_F(Queues, StepsOnFinishedRecords)
         {"bits", BitVarReCreat, bits, 16, 1, 3, "5:90*1 0:0*2 0:40*2"},
         {"no limit", WordVarReCreat, neighbours, 0, 1, 3, "5:90*1 5:0*1 5:1*1"},
     };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.what);
+    for (const auto &[what, step, runs, limit, count, result, requests] : rows) {
+        SCOPED_TRACE(what);
         PLC_driver.readList = QList<RW_VAR>() << access(Registers, 90, 1);
-        QList<RW_VAR> sorted = row.sorted;
-        EXPECT_EQ(row.step(&sorted, row.limit, row.count), row.result);
-        EXPECT_EQ(listed(PLC_driver.readList), row.list);
+        List sorted = runs;
+        EXPECT_EQ(step(&sorted, limit, count), result);
+        EXPECT_EQ(listed(PLC_driver.readList), requests);
     }
     QList<RW_VAR> list = QList<RW_VAR>() << access(Registers, 3, 1) << access(Registers, -1, 1) << access(Registers, 3, 2);
     QList<RW_VAR> two = list.mid(0, 2);
@@ -211,21 +193,17 @@ TEST_F(Queues, StepsOnFinishedRecords)
 
 TEST_F(Queues, RunsAreSplitIntoBlocks)
 {
-    const struct
-    {
-        int length, limit;
-        const char *list, *left; ///< what of the record is left when it was split
-    } rows[] = {
+    const Rows<int, int, Text, Text> rows = {
         {10, 10, "5:100*99", "5:100*99"},
         {25, 10, "5:100*10 5:110*10 5:120*5", "5:120*5"},
         {24, 0, "5:100*24", "5:100*24"},
         {-2, -3, "5:100*99", "5:100*99"},
     };
-    for (const auto &row : rows) {
+    for (const auto &[length, limit, blocks, left] : rows) {
         QList<RW_VAR> list;
         RW_VAR var = access(Registers, 100, 99);
-        WhetherGroup(row.length, row.limit, &var, &list);
-        EXPECT_EQ(listed(list), row.list) << row.length;
-        EXPECT_EQ(listed(QList<RW_VAR>() << var), row.left) << row.length;
+        WhetherGroup(length, limit, &var, &list);
+        EXPECT_EQ(listed(list), blocks) << length;
+        EXPECT_EQ(listed(QList<RW_VAR>() << var), left) << length;
     }
 }

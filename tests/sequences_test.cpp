@@ -20,7 +20,7 @@ using namespace modbus_driver;
 
 namespace {
 
-typedef testing::Message Text;
+typedef testing::Message Line;
 typedef std::vector<quint32> Script;
 
 const int addresses = 40; ///< of each table that are written, read and polled; requests may reach a little further
@@ -177,7 +177,7 @@ private:
         const int area = pick(8);
         return rangeOf(pickUnit(), area, pick((addresses - 20) * scaleOf(area)), 2 + 2 * pick(10));
     }
-    void note(const Text &what) { trace += what.GetString() + '\n'; }
+    void note(const Line &what) { trace += what.GetString() + '\n'; }
 
     void check(bool holds, const char *what)
     {
@@ -194,7 +194,7 @@ private:
         QByteArray shown;
         GetRegisterData(0, range.area, range.address, range.unit, shown, range.count);
         if (shown != wanted && failure.empty())
-            failure = (Text() << range << ": " << hex(shown) << " instead of " << hex(wanted)).GetString();
+            failure = (Line() << range << ": " << hex(shown) << " instead of " << hex(wanted)).GetString();
     }
 
     void rebuild()
@@ -210,7 +210,7 @@ private:
             item.count = m_polled.back().count;
             items << item;
         }
-        note(Text() << "polls " << ReCreatReadVarList(&items) << " requests");
+        note(Line() << "polls " << ReCreatReadVarList(&items) << " requests");
     }
 
     void queueWrite()
@@ -231,7 +231,7 @@ private:
         }
         m_jobs[item] = {range, place, values, {}};
         QByteArray bytes = hostBytes(range.area, values);
-        note(Text() << "item " << item << " writes " << range << ": " << hex(bytes));
+        note(Line() << "item " << item << " writes " << range << ": " << hex(bytes));
         SetRegisterData(QString(), range.area, range.address, range.unit, bytes, range.count, item % 14, item);
     }
 
@@ -245,7 +245,7 @@ private:
         job.range = range;
         for (int k = 0; k < range.count; ++k)
             job.unread.insert((range.first + k) / scaleOf(range.area));
-        note(Text() << "item " << m_items << " reads " << range);
+        note(Line() << "item " << m_items << " reads " << range);
         AddListOnceReadVar(&read, QueueMerged);
     }
 
@@ -302,7 +302,7 @@ private:
         const QByteArray right = kind == Unheard ? QByteArray(request->replyLength, '\0') : m_station.reply(frame);
         check(right.size() == request->replyLength, "the station's reply has another length than is expected");
         QByteArray reply = spoilt(right, kind);
-        note(Text() << hex(frame) << " -> " << hex(reply));
+        note(Line() << hex(frame) << " -> " << hex(reply));
         report = Report();
         const int status = DataCom(&reply, reply.size())->status;
         m_failed = reply.size() != right.size();

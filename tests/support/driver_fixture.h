@@ -9,9 +9,16 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
+#include <vector>
 
 // The areas, short enough for rows.
 enum { Coils, Inputs, InputBit, RegisterBit, InputRegisters, Registers, InputPairs, Pairs, NoArea };
+
+typedef const char *Text;
+
+/// A table; its loop names the columns.
+template <typename... Columns> using Rows = std::vector<std::tuple<Columns...>>;
 
 inline QByteArray bytes(const char *hex)
 {
