@@ -55,11 +55,6 @@ TEST_F(Image, WhatThePanelShowsAfterwards)
 {
     const Rows<Text, Mode, void (*)(RW_VAR), RW_VAR, int, Text, int, Text> rows = {
         {"coils from inside a byte", Both, unchanged, {}, Coils, "3", 8, "0101010000000001"},
-        {"the last input", Both, unchanged, {}, Inputs, "14", 3, "000101"},
-        {"bits of an input register", Both, unchanged, {}, InputBit, "0.7", 4, "00000001"},
-        {"bits across holding registers", Both, unchanged, {}, RegisterBit, "0.13", 5, "0001010101"},
-        {"the first bit of a high byte", Both, unchanged, {}, RegisterBit, "0.8", 1, "00"},
-        {"a 32-bit input", Both, unchanged, {}, InputPairs, "0", 2, "06080204"},
         {"an odd register is left out", Both, unchanged, {}, Pairs, "1", 3, "05000380"},
         {"one register is the low word", Shared, unchanged, {}, Pairs, "0", 1, "0380"},
         {"one register is nothing", PerStation, unchanged, {}, Pairs, "0", 1, ""},
@@ -76,9 +71,7 @@ TEST_F(Image, WhatThePanelShowsAfterwards)
         {"the start picks the bit", PerStation, written, access(RegisterBit, 73, 2, "0101"), Registers, "4", 1, "FF02"},
         {"bits across registers", Shared, written, access(RegisterBit, 79, 2, "0101"), Registers, "4", 2, "FF80FF00"},
         {"one bit of two registers", PerStation, written, access(RegisterBit, 79, 2, "0101"), Registers, "4", 2, "FF80FF80"},
-        {"a bit cleared", Both, written, access(RegisterBit, 67, 1, "00"), Registers, "4", 1, "F700"},
         {"the very first bit", Both, written, access(RegisterBit, 0, 1, "00"), Registers, "0", 1, "00C0"},
-        {"the first bit of a high byte", Both, written, access(RegisterBit, 72, 1, "01"), Registers, "4", 1, "FF01"},
         {"a byte of 2 clears", Shared, written, access(RegisterBit, 64, 1, "02"), Registers, "4", 1, "FE00"},
         {"a byte of 2 changes nothing", PerStation, written, access(RegisterBit, 64, 1, "02"), Registers, "4", 1, "FF00"},
         {"bits stop with the data", Shared, written, access(RegisterBit, 79, 2, "01"), Registers, "4", 2, "FF80FF00"},
