@@ -16,6 +16,7 @@ set(modbus_public_headers
   api/export.h
   api/host_calls.h
   api/records.h
+  api/version.h
   api/steps/checksums.h
   api/steps/driver_object.h
   api/steps/image_access.h

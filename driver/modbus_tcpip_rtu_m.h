@@ -11,6 +11,7 @@
 #include "api/codes.h"
 #include "api/host_calls.h"
 #include "api/records.h"
+#include "api/version.h"
 
 #include "api/steps/checksums.h"
 #include "api/steps/driver_object.h"
