@@ -8,7 +8,7 @@ using namespace modbus_driver;
 
 namespace {
 
-const int burstLimit = 5; // calls in a row that serve writes, and that serve one-shot reads
+const int burstLimit = 5; // most consecutive calls that serve writes; the same limit for one-shot reads
 
 bool isRemote()
 {
@@ -31,8 +31,8 @@ void buildRead(RW_VAR *var)
         ReadRegister(var);
 }
 
-/// Moves entries of switched-off stations to the end, for good, until the head's station is on. False when
-/// every station is off.
+/// Moves entries of disabled stations to the end of the queue, until the station of the head is enabled. The
+/// new order stays. False when every station of the queue is disabled.
 bool moveEnabledStationToHead(QList<RW_VAR> *queue)
 {
     for (int i = 0; i < queue->size(); ++i) {
@@ -43,7 +43,7 @@ bool moveEnabledStationToHead(QList<RW_VAR> *queue)
     return false;
 }
 
-/// Builds a request from the queue's head. False when every station of the queue is off.
+/// Builds a request from the queue's head. False when every station of the queue is disabled.
 bool serve(QList<RW_VAR> *queue, int kind, void (*build)(RW_VAR *))
 {
     PLC_driver.currentKind = kind;
@@ -53,7 +53,8 @@ bool serve(QList<RW_VAR> *queue, int kind, void (*build)(RW_VAR *))
     return true;
 }
 
-/// A burst counts calls, whether or not a request was built.
+/// Serves the queue unless it is empty or its burst is over. The burst counts calls, not requests: a call
+/// that builds none counts too.
 bool serveInBurst(QList<RW_VAR> *queue, int kind, int *burst, void (*build)(RW_VAR *))
 {
     if (queue->isEmpty() || *burst >= burstLimit)

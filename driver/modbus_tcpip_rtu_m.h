@@ -2,9 +2,9 @@
 /// \file
 /// Modbus TCP master without input or output of its own. A host includes this one header.
 ///
-/// host_calls.h is the contract: what to call, on which thread, with which result. records.h and codes.h
-/// hold the records and numbers that go along. What is in steps/ is exported as well, for hosts that take
-/// single steps of the driver themselves; a usual host needs none of it.
+/// host_calls.h is the contract: the calls, their threads and their results. records.h and codes.h have the
+/// records and the numbers that these calls use. The headers in steps/ declare internal steps, which are
+/// exported too. A few hosts call these steps directly; a usual host does not need them.
 
 #pragma once
 

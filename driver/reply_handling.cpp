@@ -54,8 +54,8 @@ void reportEntry(const QList<RW_VAR> &queue, bool remote)
         callWriteDone(queue.at(0), WriteDoneServed);
 }
 
-/// Removes the entry that was served or given up from its queue, or moves it to the end of the poll list, and
-/// reports it to the host.
+/// Ends the queue entry of the request in flight, after success or after giving up. A poll entry moves to the
+/// end of the poll list. Any other entry is reported to the host and removed from its queue.
 void retireEntry(bool remote)
 {
     QList<RW_VAR> *queue = originQueue();
@@ -71,14 +71,15 @@ void retireEntry(bool remote)
     queue->removeFirst();
 }
 
-/// A group is everything that one item has queued, for one station while values are kept per station.
+/// A group is all queued entries with the same hostId and hostItem. While values are kept per station, they
+/// must be of the same station too.
 bool isInGroupOfResult(const RW_VAR &entry)
 {
     const bool everyStation = PLC_driver.comInfo->multiStation == 0;
     return sameItem(entry, PLC_driver.result) && (everyStation || entry.station == PLC_driver.result.station);
 }
 
-/// Giving up also drops the item's other queued entries.
+/// Drops the other queued entries of the group of the request that was given up.
 void dropGroupOfResult()
 {
     QList<RW_VAR> *queue = originQueue();
@@ -92,7 +93,8 @@ void dropGroupOfResult()
     *queue = kept;
 }
 
-/// Counts a good local reply; a pass is complete after one reply more than the poll list has entries.
+/// Counts a good local reply. The pass is complete when there was one reply more than the poll list has
+/// entries.
 void countTowardsPass()
 {
     PLC_driver.cyclicDone = wrapped(qint64(PLC_driver.cyclicDone) + 1);
@@ -102,7 +104,7 @@ void countTowardsPass()
     PLC_driver.comInfo->cycleDone = 1;
 }
 
-/// Counts a good reply. True when the request has had all replies that it needs.
+/// Counts a good reply and removes its request. True when all replies that the access needs are here.
 bool countReply(bool remote)
 {
     CommSettings &settings = *PLC_driver.comInfo;
@@ -116,7 +118,8 @@ bool countReply(bool remote)
     return true;
 }
 
-/// Counts a failure. True when no retry is left: the request is dropped, with its second half.
+/// Counts a failure. When no retry is left, it drops the request (both halves of a bit-in-register write) and
+/// returns true.
 bool countFailure()
 {
     CommSettings &settings = *PLC_driver.comInfo;
@@ -131,7 +134,8 @@ bool countFailure()
     return true;
 }
 
-/// Applies the outcome: retire, retry or give up. Returns the status of the exchange. The caller holds listMutex.
+/// Applies the outcome: retire, retry or give up. Returns the status of the exchange. The caller holds
+/// listMutex.
 int endExchange(int judged, bool remote)
 {
     if (isSuccess(judged)) {
@@ -161,7 +165,7 @@ RW_VAR *DataCom(QByteArray *reply, int length)
     const bool remote = request->var.linkId != PLC_driver.comInfo->linkId;
     const bool isReadHalf = request->var.subIndex == SubIndexReadHalf;
     BriefLock lock;
-    if (isReadHalf) // storing completes the write half, with the bit of the write at the queue's head
+    if (isReadHalf) // judging stores the reply, which reads the head of writeList to complete the write half
         lock.take(&PLC_driver.listMutex);
     const int judged =
         remote ? DealDataOfRemoteArea(received, length) : DealDataOfLocalArea(received, length);

@@ -10,10 +10,10 @@ using namespace modbus_driver;
 
 namespace {
 
-enum ReplyUse { UseNone = 0, UseStore = 1, UseNothing = 2 };
+enum ReplyUse { UseInvalid = 0, UseStore = 1, UseDiscard = 2 }; // the results of CheckGetData
 enum { AnyLength = -1 };
 
-/// The outcomes of one kind of judging, local or remote.
+/// The error outcomes of local or of remote judging.
 struct Findings
 {
     ReplyOutcome badKind, noReply, wrongLength;
@@ -22,7 +22,7 @@ struct Findings
 const Findings localFindings = {OutcomeLocalBadKind, OutcomeLocalNoReply, OutcomeLocalWrongLength};
 const Findings remoteFindings = {OutcomeRemoteBadKind, OutcomeRemoteNoReply, OutcomeRemoteWrongLength};
 
-/// Length first, then the kind of the request. OutcomeDone when the reply is accepted.
+/// Checks the length first, then the kind of the request. OutcomeDone when the reply is accepted.
 ReplyOutcome judge(int length, ReplyUse use, const Findings &findings)
 {
     const Protocol *request = requestInFlight();
@@ -32,7 +32,7 @@ ReplyOutcome judge(int length, ReplyUse use, const Findings &findings)
         return findings.noReply;
     if (length != request->replyLength && request->replyLength != AnyLength)
         return findings.wrongLength;
-    return use == UseNone ? findings.badKind : OutcomeDone;
+    return use == UseInvalid ? findings.badKind : OutcomeDone;
 }
 
 ReplyOutcome judgeLocal(QByteArray *reply, int length)
@@ -74,13 +74,13 @@ int CheckGetData(QByteArray *, int)
 {
     const Protocol *request = requestInFlight();
     if (!request)
-        return UseNone;
+        return UseInvalid;
     switch (request->var.rwFlag) {
     case AccessRead:
         return UseStore;
     case AccessWrite:
-        return UseNothing;
+        return UseDiscard;
     default:
-        return UseNone;
+        return UseInvalid;
     }
 }

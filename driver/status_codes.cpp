@@ -7,10 +7,10 @@ using namespace modbus_driver;
 
 namespace {
 
-/// hostIds from 1 up to here shift an error code within its class.
+/// A hostId from 1 to this number is added to an error code.
 const int lastShift = StatusCodesOfClass - 1;
 
-/// By ReplyOutcome; of an error the first code of its class.
+/// The code of each ReplyOutcome. For an error it is the first code of the class.
 const StatusCode codeOf[] = {
     StatusDone,           StatusLocalBadKind,  StatusLocalNoReply,  StatusLocalWrongLength,
     StatusRemoteAccepted, StatusRemoteBadKind, StatusRemoteNoReply, StatusRemoteWrongLength,

@@ -10,7 +10,7 @@ namespace modbus_driver {
 /// \addtogroup Records
 /// @{
 
-/// Where a variable is, RW_VAR::area and VAR_ITEM::area. Addresses count from 0 and are sent as they are.
+/// The kind of a variable: RW_VAR::area and VAR_ITEM::area. Addresses count from 0 and are sent unchanged.
 enum AreaCode {
     AreaCoils = 0,
     AreaDiscreteInputs = 1,
@@ -22,13 +22,13 @@ enum AreaCode {
     AreaHoldingPairs = 7, ///< 32-bit values, high word in the first register
 };
 
-/// Coils and discrete inputs; every other area is in registers.
+/// True for coils and discrete inputs. Every other area is in registers.
 inline bool isBitArea(int area)
 {
     return area == AreaCoils || area == AreaDiscreteInputs;
 }
 
-/// Bits of input registers and of holding registers.
+/// True for single bits of input registers and of holding registers.
 inline bool isBitOfRegister(int area)
 {
     return area == AreaInputRegisterBit || area == AreaHoldingRegisterBit;
@@ -36,7 +36,8 @@ inline bool isBitOfRegister(int area)
 
 enum { BitsOfRegister = 16 };
 
-/// The area on which an area is requested: bits and pairs of registers are parts of registers. Unknown areas stay.
+/// The area that a request for `area` reads. Bits and pairs of registers are read as registers: 2 and 6 give
+/// 4, 3 and 7 give 5. Any other value gives itself.
 inline int requestArea(int area)
 {
     switch (area) {
@@ -66,12 +67,13 @@ enum { StationBroadcast = 0 };
 /// CommSettings::writeMode. Any other value than 2 changes the image only.
 enum { WriteModeToStation = 2 };
 
-/// The most entries of the write queue, and of the one-shot reads. More are dropped, except with QueueAsIs.
+/// The most entries of the write queue and of the one-shot read queue. Entries beyond it are dropped, except
+/// with QueueAsIs.
 enum { QueueLimit = 1024 };
 
 /// The mode of AddListWriteVar and AddListOnceReadVar. Any value other than 1 means QueueMerged.
 enum QueueMode {
-    QueueMerged = 0, ///< converted, merged with queued entries, limited
+    QueueMerged = 0, ///< reads are converted; merged with queued entries; QueueLimit applies
     QueueAsIs = 1,   ///< appended as it is: no conversion, no merging, no limit
 };
 
@@ -81,29 +83,29 @@ enum WriteDoneOutcome {
     WriteDoneGivenUp = 2, ///< failed after its retries, and dropped
 };
 
-/// RW_VAR::status of the record that DataCom returns. An error code is the first of its class of twelve
-/// plus the hostId of the request when that is 1 to 11.
+/// RW_VAR::status of the record that DataCom returns. Each error has a class of twelve codes, named here by
+/// the first. The hostId of the request is added to it when that is 1 to 11.
 enum StatusCode {
     StatusRetry = 0,               ///< the exchange failed; the request will be sent again
     StatusDone = 1,                ///< success
     StatusLocalBadKind = 11,       ///< 11 to 22: the request is neither a read nor a write
     StatusLocalNoReply = 41,       ///< 41 to 52: no bytes, though a reply was expected
     StatusLocalWrongLength = 71,   ///< 71 to 82: not the expected length, such as an exception reply
-    StatusRemoteAccepted = 100,    ///< success, of another link: a write, or a read that stores nothing
-    StatusRemoteBadKind = 111,     ///< 111 to 122: as StatusLocalBadKind, of another link
-    StatusRemoteNoReply = 141,     ///< 141 to 152: as StatusLocalNoReply, of another link
-    StatusRemoteWrongLength = 171, ///< 171 to 182: as StatusLocalWrongLength, of another link
+    StatusRemoteAccepted = 100,    ///< success, for a request of another link
+    StatusRemoteBadKind = 111,     ///< 111 to 122: as StatusLocalBadKind, for another link
+    StatusRemoteNoReply = 141,     ///< 141 to 152: as StatusLocalNoReply, for another link
+    StatusRemoteWrongLength = 171, ///< 171 to 182: as StatusLocalWrongLength, for another link
     StatusUnknown = 200, ///< the code of an outcome that does not exist; the driver never reports it
 };
 enum { StatusCodesOfClass = 12 };
 
-/// What the judging of a reply found: the argument of GetDriverReturnValue.
+/// The result of judging a reply: the argument of GetDriverReturnValue.
 enum ReplyOutcome {
     OutcomeDone = 0,              ///< accepted, and stored if it was a read
     OutcomeLocalBadKind = 1,      ///< the request is neither a read nor a write
     OutcomeLocalNoReply = 2,      ///< no bytes, though some were expected
     OutcomeLocalWrongLength = 3,  ///< not the expected length
-    OutcomeRemoteAccepted = 4,    ///< accepted, but the variable is not complete
+    OutcomeRemoteAccepted = 4,    ///< accepted, for a request of another link
     OutcomeRemoteBadKind = 5,     ///< as OutcomeLocalBadKind
     OutcomeRemoteNoReply = 6,     ///< as OutcomeLocalNoReply
     OutcomeRemoteWrongLength = 7, ///< as OutcomeLocalWrongLength

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The version of the headers, for hosts that build against more than one. CHANGELOG.md says what each brought.
+/// The version of the headers, for hosts that build against more than one. CHANGELOG.md says what each
+/// brought.
 
 #pragma once
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// 32-bit arithmetic on numbers that a host may set to anything: computed in 64 bits, so nothing overflows.
+/// 32-bit arithmetic on numbers that a host may set to any value. It is done in 64 bits, so nothing
+/// overflows.
 
 #pragma once
 
@@ -23,7 +24,7 @@ inline int saturated(qint64 value)
         qBound<qint64>(std::numeric_limits<int>::min(), value, std::numeric_limits<int>::max()));
 }
 
-/// value / divisor rounded up, below 0 too; the divisor is above 0.
+/// value / divisor, rounded up for negative values too. The divisor must be above 0.
 inline qint64 ceilDiv(qint64 value, int divisor)
 {
     const qint64 quotient = value / divisor;

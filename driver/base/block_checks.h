@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The block checks that more than one program of this repository computes. Pure functions.
+/// The checksums that the driver, the host and the station share. Pure functions.
 
 #pragma once
 

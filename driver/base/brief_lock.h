@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Takes listMutex or imageMutex. Both are held for less than a microsecond, and a thread that sleeps is woken after
-/// tens of them. So a mutex that is taken is tried again some times before the thread sleeps. Any thread.
+/// Locks listMutex or imageMutex. Both are usually held for less than a microsecond, but waking a thread that
+/// sleeps takes tens of microseconds. So this lock tries several times before the thread sleeps. Any thread.
 
 #pragma once
 
@@ -9,7 +9,7 @@
 
 namespace modbus_driver {
 
-/// Holds a mutex until its end.
+/// Holds a mutex until its own destruction.
 class BriefLock
 {
 public:
@@ -21,7 +21,7 @@ public:
             m_mutex->unlock();
     }
 
-    /// For a lock that holds nothing yet.
+    /// Locks the mutex. Only for a BriefLock that holds none yet.
     void take(QMutex *mutex)
     {
         if (!mutex->tryLock())
@@ -30,8 +30,8 @@ public:
     }
 
 private:
-    BriefLock(const BriefLock &);            // not made
-    BriefLock &operator=(const BriefLock &); // not made
+    BriefLock(const BriefLock &);            // not copyable
+    BriefLock &operator=(const BriefLock &); // not copyable
 
     static void wait(QMutex *mutex);
 

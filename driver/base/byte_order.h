@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Between the wire, high byte first, and registers in memory, low byte first.
+/// Converts between the wire (high byte first) and registers in memory (low byte first).
 
 #pragma once
 
 namespace modbus_driver {
 
 /// Copies `registers` registers of two bytes and swaps the bytes of each. A number below 1 copies nothing.
-/// Neither side need be aligned; the two must not overlap.
+/// `to` and `from` need no alignment and must not overlap.
 void swapRegisterBytes(void *to, const void *from, int registers);
 
 /// Copies `values` 32-bit values and reverses the four bytes of each.

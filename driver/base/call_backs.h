@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Calls the host back, with listMutex held. A call-back that is not registered is skipped.
+/// Calls the host's call-backs. The caller holds listMutex. A call-back that is not registered is skipped.
 
 #pragma once
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The Modbus TCP frame in constants: positions, lengths, function codes. The one home of these facts, for
-/// the driver, its host and its station. All fields are high byte first.
+/// The constants of the Modbus TCP frame: positions, lengths, function codes. The driver, the host and the
+/// station all take them from here. All fields are high byte first.
 ///
 ///     0-1 transaction    4-5 number of bytes that follow    7    function code
-///     2-3 protocol, 0    6   unit identifier                8..  as the function says
+///     2-3 protocol, 0    6   unit identifier                8..  depends on the function
 ///
 /// A request has its address at 8 and its value or quantity at 10. A reply to a read has its byte count at 8
 /// and its data from 9 on; a reply to a write repeats bytes 7 to 11 of the request; an exception reply has
@@ -64,7 +64,8 @@ enum Length {
     LongestLengthField = 254, ///< unit identifier and the longest PDU
 };
 
-/// The protocol's limits of one request. The driver does not check them; its host warns and its station refuses.
+/// The protocol's limits for one request. The driver does not check them. The host in host/ warns, and the
+/// simulated station refuses.
 enum Limit {
     MostBitsRead = 2000,
     MostRegistersRead = 125,
@@ -75,7 +76,7 @@ enum Limit {
 /// Addresses of each table: 0 to 65535.
 enum { AddressesOfTable = 65536 };
 
-/// What a single coil's value field holds for "on".
+/// The value field of a single coil write that means "on".
 enum { CoilOn = 0xFF00 };
 
 /// The byte at `index`, or 0 beyond the end.

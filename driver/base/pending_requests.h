@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The requests that are built and wait for their replies: pendingList, whose head is in flight. On the
-/// communication thread, listMutex held.
+/// pendingList: the requests that are built and wait for their replies. Its head is in flight. Used on the
+/// communication thread. The caller holds listMutex, except for requestInFlight.
 
 #pragma once
 
@@ -11,7 +11,7 @@
 
 namespace modbus_driver {
 
-/// Bytes of a reply: all of it, the part before the data, the data.
+/// Numbers of bytes of a reply: the whole reply, the part before the data, the data.
 struct ExpectedReply
 {
     int length;
@@ -19,16 +19,16 @@ struct ExpectedReply
     int dataLength;
 };
 
-/// A read's reply with that many data bytes; none at all for station 0.
+/// The reply to a read with `dataBytes` data bytes. All lengths are 0 for station 0, which never replies.
 ExpectedReply readReply(int station, int dataBytes);
 
-/// A write's echo; none at all for station 0.
+/// The echo of a write. All lengths are 0 for station 0.
 ExpectedReply writeEcho(int station);
 
 /// Appends one request.
 void appendRequest(QByteArray frame, const ExpectedReply &reply, const RW_VAR &var);
 
-/// Tells the settings record how many replies the request needs, with none received so far.
+/// Sets CommSettings::repliesExpected to `count` and CommSettings::repliesReceived to 0.
 void expectReplies(int count);
 
 /// The request in flight, or null when nothing is pending.
@@ -37,10 +37,11 @@ inline const Protocol *requestInFlight()
     return PLC_driver.pendingList.isEmpty() ? nullptr : &PLC_driver.pendingList.at(0);
 }
 
-/// The second half of a bit-in-register write (frames/bit_in_register_write.cpp builds both halves). While
-/// the read half is in flight (subIndex -1) and the write half waits behind it, puts the register's `value`
-/// into the frame of the write half, with the bit of the write at the head of writeList set (first data byte
-/// 1), cleared (0) or left (any other). Does nothing otherwise.
+/// Completes the write half of a bit-in-register write (frames/bit_in_register_write.cpp builds both halves).
+/// `value` is the register as it was read. The write at the head of writeList says which bit changes: its
+/// first data byte 1 sets the bit, 0 clears it, any other byte or none changes nothing. The result goes into
+/// the frame of the write half. Does nothing unless the read half (subIndex -1) is in flight and another
+/// request waits behind it.
 void completeWriteHalf(quint16 value);
 
 } // namespace modbus_driver

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t pointer = sizeof(void *);
 
-/// `size` rounded up to a whole number of pointers, where a text or byte array can stand.
+/// `size` rounded up to the alignment of a pointer, which texts and byte arrays need.
 constexpr std::size_t aligned(std::size_t size)
 {
     return (size + pointer - 1) / pointer * pointer;

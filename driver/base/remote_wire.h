@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The driver's own remote frame in constants, for the driver, its host and its station. All fields are high
-/// byte first. The length of the frame is sent modulo 256.
+/// The constants of the driver's own remote frame, for the driver, the host and the station. All fields are
+/// high byte first. The length of the frame is sent modulo 256.
 
 #pragma once
 

@@ -3,10 +3,9 @@
 /// The one driver object: all state that the driver shares with its host. It is constructed when the
 /// library is loaded and destroyed when the process exits.
 ///
-/// Locks nest only as listMutex then stationMutex, and listMutex then imageMutex. None is recursive.
-/// pendingList, the counters of the cycle and the words of the settings record belong to the communication
-/// thread, the one that calls ComCommunication and DataCom. Size and member offsets of the object are part
-/// of the ABI.
+/// stationMutex and imageMutex may be taken while listMutex is held. No other two locks are held together,
+/// and none is recursive. Only the communication thread, which calls ComCommunication and DataCom, uses
+/// pendingList and the counters of the cycle. Size and member offsets of the object are part of the ABI.
 
 #pragma once
 
@@ -48,14 +47,14 @@ public:
     QList<RW_VAR> spareVarList;      ///< unused
     QList<Protocol> pendingList;     ///< built requests, the head is in flight; communication thread
     QList<EXTENDVAR> extendList;     ///< per-station values; imageMutex
-    QMap<int, int> disabledStations; ///< the keys are the stations that are passed over; stationMutex
+    QMap<int, int> disabledStations; ///< the keys are the disabled stations; stationMutex
 
     /// Called with listMutex held when a queued write or one-shot read has ended.
     void (*writeDoneCallBack)(int hostChannel, int hostId, int hostItem, int outcome) = nullptr;
     /// Called with listMutex held when a queued write was handled or a request given up.
     void (*itemNotifyCallBack)(QList<RW_VAR> *list, int hostId, int flag) = nullptr;
 
-    QMutex listMutex;    ///< the three queues, the bursts, currentKind, the publishing of result.status
+    QMutex listMutex;    ///< the three queues, the bursts, currentKind, the queue entry in `result`
     QMutex imageMutex;   ///< the image arrays and extendList
     QMutex stationMutex; ///< disabledStations
 
@@ -69,7 +68,7 @@ public:
     std::atomic<bool> lastFailed{false};
 
     quint8 coilBits[modbus_driver::ImageBitBytes] = {};         ///< area 0, bit b is bit b % 8 of byte b / 8
-    quint8 inputBits[modbus_driver::ImageBitBytes] = {};        ///< area 1, likewise
+    quint8 inputBits[modbus_driver::ImageBitBytes] = {};        ///< area 1, same layout
     quint16 inputRegisters[modbus_driver::ImageRegisters] = {}; ///< areas 2, 4 and 6, native byte order
     quint16 holdingRegisters[modbus_driver::ImageRegisters] = {}; ///< areas 3, 5 and 7, native byte order
 };
@@ -78,14 +77,14 @@ public:
 extern MODBUS_TCPIP_RTU_M_API Modbus_TCPIP_RTU_M PLC_driver;
 
 extern "C" {
-// The host's own areas, as FlashLocalRegister got them. The driver only keeps them.
+// The host's own areas, set by FlashLocalRegister. The driver does not use them.
 extern MODBUS_TCPIP_RTU_M_API int LB;  ///< the host's local bit area
 extern MODBUS_TCPIP_RTU_M_API int LW;  ///< the host's local word area
 extern MODBUS_TCPIP_RTU_M_API int RWI; ///< the host's third area
 }
 
-/// Copies every field but `data`, which is left empty: value bytes never reach the result record. Needs
-/// listMutex when one of the two is shared.
+/// Copies every field except `data`, which becomes empty: the result record has no value bytes. The caller
+/// holds listMutex when another thread may use one of the two records.
 MODBUS_TCPIP_RTU_M_API void passRetValue(const RW_VAR &from, RW_VAR &to);
 
 /// @}

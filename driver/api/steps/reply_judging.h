@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Whether a reply is accepted. Only its length and the kind of the request in flight matter: unit, function
-/// and transaction of the reply are not compared with the request. For the communication thread. Without a
-/// request in flight nothing is accepted.
+/// Decides whether a reply is accepted. Only its length and the kind of the request in flight count: unit,
+/// function and transaction of the reply are not compared with the request. For the communication thread.
+/// Without a request in flight no reply is accepted.
 
 #pragma once
 
@@ -13,18 +13,18 @@
 /// \addtogroup Steps
 /// @{
 
-/// Judges a reply of `length` bytes, 0 for none, and stores the data of an accepted read, under imageMutex.
-/// Returns a StatusCode. For the read half of a bit-in-register write the caller holds listMutex when there are
-/// panel threads.
+/// Judges a reply of `length` bytes (0: no reply), and stores the data of an accepted read under imageMutex.
+/// Returns a StatusCode. For the read half of a bit-in-register write the caller holds listMutex when other
+/// threads use the driver.
 MODBUS_TCPIP_RTU_M_API int DealDataOfLocalArea(QByteArray *reply, int length);
 
-/// The same for a request of another link. Only the reply to a request with subIndex -1 is stored, without
-/// imageMutex, deliberately: no other thread may use the image meanwhile. Every other reply is accepted with
-/// StatusRemoteAccepted, and so is the second reply of a request.
+/// The same for a request of another link. Only the reply to a request with subIndex -1 is stored. Storing
+/// takes no imageMutex on purpose: no other thread may use the image meanwhile. An accepted reply gives
+/// StatusDone when it is stored and is the first reply of its access, else StatusRemoteAccepted.
 MODBUS_TCPIP_RTU_M_API int DealDataOfRemoteArea(QByteArray *reply, int length);
 
-/// What the request in flight wants done with its reply: 1 store it (a read), 2 nothing (a write), 0 it is
-/// neither. The reply itself is not looked at.
+/// Returns what to do with the reply to the request in flight: 1 for a read (store it), 2 for a write
+/// (nothing), 0 for neither. Does not use the arguments.
 MODBUS_TCPIP_RTU_M_API int CheckGetData(QByteArray *reply, int length);
 
 /// @}
