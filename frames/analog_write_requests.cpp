@@ -12,13 +12,13 @@ using namespace modbus_driver;
 
 namespace {
 
-void queue(QByteArray frame, const RW_VAR &var)
+void appendWrite(QByteArray frame, const RW_VAR &var)
 {
     appendRequest(std::move(frame), writeEcho(var.station), var);
     expectReplies(1);
 }
 
-/// A byte that is missing counts as 0.
+/// The register value in `data`, low byte first. A missing byte counts as 0.
 int singleRegister(const QByteArray &data)
 {
     const int low = data.size() > 0 ? static_cast<quint8>(data.at(0)) : 0;
@@ -31,7 +31,7 @@ int singleRegister(const QByteArray &data)
 void WriteAnalog_10(RW_VAR *var)
 {
     const auto write = var->area == AreaHoldingRegisters ? mbap::writeRegisters : mbap::writePairs;
-    queue(write(var->station, var->startAddress, var->dataLength, var->data), *var);
+    appendWrite(write(var->station, var->startAddress, var->dataLength, var->data), *var);
 }
 
 void WriteAnalog(RW_VAR *var)
@@ -40,7 +40,7 @@ void WriteAnalog(RW_VAR *var)
         WriteAnalog_10(var);
         return;
     }
-    queue(
+    appendWrite(
         mbap::request(var->station, wire::WriteSingleRegister, var->startAddress, singleRegister(var->data)),
         *var);
 }

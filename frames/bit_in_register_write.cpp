@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Writing one bit of a holding register: read the register, change the bit, write the register back. Both
-// halves are built here. completeWriteHalf (driver/base/pending_requests.cpp) puts the changed value into the
-// write half when the reply to the read half is stored.
+// Writes one bit of a holding register: reads the register, changes the bit, writes the register. This file
+// builds both requests, the read half and the write half. When the reply to the read half is stored,
+// completeWriteHalf (driver/base/pending_requests.cpp) puts the changed value into the write half.
 #include "mbap.h"
 
 #include "../driver/api/codes.h"
@@ -14,10 +14,10 @@ using namespace modbus_driver;
 
 namespace {
 
-const int placeholder = 0x3030; // replaced by completeWriteHalf
+const int placeholder = 0x3030; // the value of the write half until completeWriteHalf replaces it
 
-/// The frame asks for one register, but the expected reply is as long as the variable's own dataLength says.
-void queueReadHalf(const RW_VAR &var, int reg)
+/// The frame reads one register, but the expected reply has dataLength registers. Hosts rely on it.
+void appendReadHalf(const RW_VAR &var, int reg)
 {
     RW_VAR half = var;
     half.rwFlag = AccessRead;
@@ -28,7 +28,7 @@ void queueReadHalf(const RW_VAR &var, int reg)
                   readReply(var.station, bytes), half);
 }
 
-void queueWriteHalf(const RW_VAR &var, int reg)
+void appendWriteHalf(const RW_VAR &var, int reg)
 {
     RW_VAR half = var;
     half.rwFlag = AccessWrite;
@@ -43,8 +43,8 @@ void WriteBool_WordOfBit(RW_VAR *var)
 {
     if (var->station == StationBroadcast)
         return;
-    const int reg = var->startAddress / 16; // rounds towards zero: bit -1 is of register 0
-    queueReadHalf(*var, reg);
-    queueWriteHalf(*var, reg);
+    const int reg = var->startAddress / 16; // rounds towards zero: bit -1 gives register 0
+    appendReadHalf(*var, reg);
+    appendWriteHalf(*var, reg);
     expectReplies(2);
 }

@@ -10,7 +10,7 @@ namespace mbap {
 
 namespace {
 
-/// A request of `size` bytes: the twelve that all have, then zeros.
+/// A request of `size` bytes: the twelve bytes that every request has, then zeros.
 QByteArray frame(int size, int station, wire::FunctionCode function, int address, int value)
 {
     QByteArray bytes(size, '\0');
@@ -23,14 +23,14 @@ QByteArray frame(int size, int station, wire::FunctionCode function, int address
     return bytes;
 }
 
-/// How values of `bytes` bytes each are copied from the host's byte order to the wire's.
+/// How values of `bytes` bytes each are copied from the host's byte order to that of the wire.
 struct ValueCopy
 {
     int bytes;
     void (*copy)(void *to, const void *from, int values);
 };
 
-/// A WriteMultipleRegisters request with as many values as `values` and hostData allow.
+/// A WriteMultipleRegisters request with `values` values, or fewer when hostData has fewer.
 QByteArray writeMultiple(int station, int address, int registers, const QByteArray &hostData, int values,
                          const ValueCopy &order)
 {

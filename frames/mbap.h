@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
 /// Encodes Modbus TCP requests; the layout is in driver/base/modbus_wire.h. Pure functions: no state, no
-/// queue. Station, address, value and quantity keep only the low bits that fit their field.
+/// queue. Of station, address, value and quantity only the low bits that fit the field are sent.
 
 #pragma once
 
@@ -16,8 +16,8 @@ namespace mbap {
 QByteArray request(int station, wire::FunctionCode function, int address, int value);
 
 /// A WriteMultipleRegisters request with the first `registers` registers of `hostData` (low byte first).
-/// Quantity and byte count (modulo 256) follow `registers`; registers that hostData does not hold completely
-/// are left out, and the length field counts the bytes that are sent.
+/// Quantity and byte count (modulo 256) are always those of `registers`. Registers of which hostData lacks a
+/// byte are left out. The length field counts the bytes that are sent.
 QByteArray writeRegisters(int station, int address, int registers, const QByteArray &hostData);
 
 /// The same for 32-bit values of two registers each, least significant byte first in `hostData`, most

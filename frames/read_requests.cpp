@@ -11,8 +11,8 @@ using namespace modbus_driver;
 
 namespace {
 
-/// `quantity` in bits or registers, as the request asks; `dataBytes` of the reply.
-void queueRead(const RW_VAR &var, wire::FunctionCode function, int quantity, int dataBytes)
+/// `quantity` is that of the request, in bits or registers. `dataBytes` is the data length of the reply.
+void appendRead(const RW_VAR &var, wire::FunctionCode function, int quantity, int dataBytes)
 {
     appendRequest(mbap::request(var.station, function, var.startAddress, quantity),
                   readReply(var.station, dataBytes), var);
@@ -42,8 +42,8 @@ void ReadBool(RW_VAR *var)
     if (var->area != AreaCoils && var->area != AreaDiscreteInputs)
         return;
     const int bits = wrapped(qint64(var->dataLength) * 8);
-    queueRead(*var, var->area == AreaCoils ? wire::ReadCoils : wire::ReadDiscreteInputs, bits,
-              var->dataLength);
+    appendRead(*var, var->area == AreaCoils ? wire::ReadCoils : wire::ReadDiscreteInputs, bits,
+               var->dataLength);
 }
 
 void ReadAnalog(RW_VAR *var)
@@ -52,5 +52,5 @@ void ReadAnalog(RW_VAR *var)
         return;
     const int bytes = wrapped(qint64(var->dataLength) * 2);
     const bool input = var->area == AreaInputRegisters;
-    queueRead(*var, input ? wire::ReadInputRegisters : wire::ReadHoldingRegisters, var->dataLength, bytes);
+    appendRead(*var, input ? wire::ReadInputRegisters : wire::ReadHoldingRegisters, var->dataLength, bytes);
 }

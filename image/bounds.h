@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Clips an access to an image array, and makes room in the host's array.
+/// Clips an access to the size of an image array, and enlarges the host's byte array.
 
 #pragma once
 
@@ -8,8 +8,9 @@
 
 namespace modbus_driver {
 
-/// `count` elements from `start` on, clipped to a table of `table` elements: the elements `first` up to, not
-/// including, `end` lie inside; those ahead of `first` lie below address 0.
+/// Clips the elements 0 to count - 1, of which element k has the address start + k, to a table with the
+/// addresses 0 to table - 1. The elements from `first` to end - 1 are inside the table. Those before `first`
+/// have addresses below 0.
 struct ClippedRange
 {
     ClippedRange(int start, int count, int table)
@@ -18,7 +19,7 @@ struct ClippedRange
     {
     }
 
-    int end; // declared ahead of first, which is computed from it
+    int end; // declared before first, which is computed from it
     int first;
 };
 

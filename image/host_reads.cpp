@@ -48,19 +48,19 @@ void readImage(int area, int address, QByteArray &out, int count)
     }
 }
 
-/// Where one read of per-station values looks: a station, a request area, an address in the area's unit.
+/// The first value of a read of per-station values.
 struct StationRead
 {
     int station;
-    int area;
-    int address; ///< not below 0
+    int area;    ///< a request area: 0, 1, 4 or 5
+    int address; ///< 0 or more: register * 16 + bit for bits of registers, else bit or register
 };
 
-/// How bits are kept in records: so many bits in each, and the record of bit b has the address b * step / bits.
+/// How records keep bits.
 struct BitRecords
 {
-    int bits;
-    int step; ///< from the address of a record to that of the next
+    int bits; ///< bits in each record
+    int step; ///< difference between the addresses of a record and the next
 };
 const BitRecords bitGroups = {8, 8}, registers = {16, 1};
 
@@ -76,7 +76,7 @@ void readStationBits(const StationRead &read, const BitRecords &records, QByteAr
         return;
     char *to = ensureSize(out, count);
     StationValues values(read.station, read.area);
-    int position = StationValues::Anywhere;
+    int position = StationValues::NoPosition;
     int offset = read.address % records.bits;
     qint64 address = qint64(read.address / records.bits) * records.step;
     for (int done = 0; done < count; ++position) {
@@ -103,13 +103,13 @@ void readStationRegisters(const StationRead &read, QByteArray &out, int count)
         return;
     char *to = ensureSize(out, 2 * count);
     StationValues values(read.station, read.area);
-    int position = StationValues::Anywhere;
+    int position = StationValues::NoPosition;
     for (int k = 0; k < count; ++k, ++position)
         copyRegister(values.value(wrapped(qint64(read.address) + k), &position), to + 2 * k);
 }
 
-/// A single register gives nothing here, unlike in the shared image. The low word comes first: where its record was
-/// made here, that of the high word is the next one.
+/// Unlike in the shared image, a single register gives nothing. The low word is read first. When this read
+/// makes new records, the record of the high word follows that of the low word in the list.
 void readStationPairs(const StationRead &read, QByteArray &out, int count)
 {
     if (count < 2)
@@ -117,20 +117,20 @@ void readStationPairs(const StationRead &read, QByteArray &out, int count)
     const int pairs = count / 2;
     char *to = ensureSize(out, 4 * pairs);
     StationValues values(read.station, read.area);
-    int low = StationValues::Anywhere, fromLow = 1;
+    int low = StationValues::NoPosition, lowToHigh = 1;
     for (int j = 0; j < pairs; ++j, low += 2) {
         const qint64 first = qint64(read.address) + 2 * j;
         copyRegister(values.value(wrapped(first + 1), &low), to + 4 * j);
-        int high = low + fromLow;
+        int high = low + lowToHigh;
         copyRegister(values.value(wrapped(first), &high), to + 4 * j + 2);
-        fromLow = high - low;
+        lowToHigh = high - low;
     }
 }
 
-/// No count reaches further than a whole table.
+/// Reads at most one whole table.
 ///
-/// noinline: keeps its stack frame out of reads of the shared image, 260 instead of 277 instructions for one register on
-/// ARM (driver-bench, panel_read/1_register/shared).
+/// noinline: keeps its stack frame out of reads of the shared image. A read of one register then takes 260
+/// instead of 277 instructions on ARM (driver-bench, panel_read/1_register/shared).
 __attribute__((noinline)) void readStation(int area, int address, int station, QByteArray &out, int count)
 {
     const StationRead read = {station, getPlcReg(area), address};

@@ -12,8 +12,8 @@ using namespace modbus_driver;
 
 namespace {
 
-/// A copy of `size` bytes from `from` on; bytes that the value lacks are 0. Always a deep copy: the value may refer to
-/// memory of the host (QByteArray::fromRawData).
+/// A copy of `size` bytes from `from` on. Bytes that the value lacks are 0. Always a deep copy, because the
+/// value may refer to memory of the host (QByteArray::fromRawData).
 QByteArray part(const QByteArray &value, int from, int size)
 {
     QByteArray bytes(size, '\0');
@@ -23,7 +23,8 @@ QByteArray part(const QByteArray &value, int from, int size)
     return bytes;
 }
 
-/// Queues one block. A panel whose station does not answer still shows what was entered.
+/// Queues one block. While the station does not answer, the image gets the value at once, so that the panel
+/// shows the value that the user entered.
 int queueBlock(RW_VAR *var, int address, int length, const QByteArray &data)
 {
     var->startAddress = address;

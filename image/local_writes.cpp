@@ -39,11 +39,12 @@ char withBit(char byte, int mask, bool on)
     return static_cast<char>(on ? byte | mask : byte & ~mask);
 }
 
-/// Any byte but 1 clears. Every bit's record is made, also where data is too short to write it.
+/// A byte of 1 sets the bit, any other clears it. The record of a bit is also made when data has no byte for
+/// the bit.
 void writeStationCoils(const RW_VAR &var)
 {
     StationValues values(var.station, AreaCoils);
-    int position = StationValues::Anywhere;
+    int position = StationValues::NoPosition;
     const int count = qMin(var.dataLength, int(ImageBits));
     for (int i = 0; i < count; ++i) {
         const qint64 bit = qint64(var.startAddress) + i;
@@ -57,7 +58,7 @@ void writeStationCoils(const RW_VAR &var)
     }
 }
 
-/// The start address alone picks byte and bit, for every element; bytes other than 0 and 1 change nothing.
+/// The start address alone selects byte and bit, for all elements. Bytes other than 0 and 1 change nothing.
 void writeStationRegisterBits(const RW_VAR &var)
 {
     if (var.startAddress < 0)
@@ -65,7 +66,7 @@ void writeStationRegisterBits(const RW_VAR &var)
     const int byte = var.startAddress % 16 / 8;
     const int mask = 1 << (var.startAddress % 8);
     StationValues values(var.station, AreaHoldingRegisters);
-    int position = StationValues::Anywhere;
+    int position = StationValues::NoPosition;
     const int count = qMin(var.dataLength, int(ImageRegisterBits));
     for (int i = 0; i < count; ++i) {
         const qint64 reg = (qint64(var.startAddress) + i) / 16;
@@ -91,7 +92,7 @@ void writeStationRegisters(const RW_VAR &var)
     const int count = qMin(var.dataLength, var.data.size() / 2);
     const char *from = var.data.constData();
     StationValues values(var.station, AreaHoldingRegisters);
-    int position = StationValues::Anywhere;
+    int position = StationValues::NoPosition;
     for (int k = 0; k < count; ++k, ++position) {
         const qint64 reg = qint64(var.startAddress) + k;
         if (reg >= 0)
@@ -99,21 +100,22 @@ void writeStationRegisters(const RW_VAR &var)
     }
 }
 
-/// The low word first, as when pairs are read. A pair below address 0 is not written.
+/// The low word is written first, as readStationPairs does. A pair that starts below address 0 is not
+/// written.
 void writeStationPairs(const RW_VAR &var)
 {
     const int count = qMin(var.dataLength / 2, var.data.size() / 4);
     const char *from = var.data.constData();
     StationValues values(var.station, AreaHoldingRegisters);
-    int low = StationValues::Anywhere, fromLow = 1;
+    int low = StationValues::NoPosition, lowToHigh = 1;
     for (int j = 0; j < count; ++j, low += 2) {
         const qint64 first = qint64(var.startAddress) + 2 * j;
         if (first < 0)
             continue;
         setRegister(&values.value(wrapped(first + 1), &low), from + 4 * j);
-        int high = low + fromLow;
+        int high = low + lowToHigh;
         setRegister(&values.value(wrapped(first), &high), from + 4 * j + 2);
-        fromLow = high - low;
+        lowToHigh = high - low;
     }
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Between the image arrays and the host's bytes.
+// Copies values between the image arrays and the host's bytes.
 #include "bounds.h"
 
 #include "../driver/api/steps/driver_object.h"
@@ -19,7 +19,7 @@ void putLowFirst(char *to, quint16 value)
 
 static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "registers are copied as they are in memory, low byte first");
 
-/// Bytes of the registers that lie inside.
+/// The number of bytes of the registers inside the table.
 std::size_t registerBytes(const ClippedRange &inside)
 {
     return 2 * static_cast<std::size_t>(inside.end - inside.first);
@@ -30,7 +30,7 @@ quint16 takeLowFirst(const char *from)
     return static_cast<quint16>(static_cast<quint8>(from[0]) | static_cast<quint8>(from[1]) << 8);
 }
 
-/// The image in words of `bits` bits each: bytes for the bit areas, registers for the others.
+/// Single bits of an image array. A word is a byte for the bit areas and a register for the other areas.
 template <typename Word> struct BitRow
 {
     enum { bits = sizeof(Word) * 8 };

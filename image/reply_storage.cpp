@@ -14,7 +14,7 @@ using namespace modbus_driver;
 
 namespace {
 
-/// The data of a reply: what the request announced, and how much of it has come.
+/// The data of a reply: the amount that the request expects, and the amount that the reply has.
 class ReplyData
 {
 public:
@@ -73,20 +73,21 @@ void storeInImage(QByteArray *reply, int area)
     }
 }
 
-/// The record touched last keeps the length of the whole data, or the list's first when none was.
-void stretchLastTouched(QByteArray *touched, int size)
+/// Resizes the value that was stored last to the length of the whole data. When no value was stored, resizes
+/// the first one of extendList. Hosts rely on it.
+void resizeLastStored(QByteArray *stored, int size)
 {
-    if (!touched && !PLC_driver.extendList.isEmpty())
-        touched = &PLC_driver.extendList[0].value;
-    if (!touched)
+    if (!stored && !PLC_driver.extendList.isEmpty())
+        stored = &PLC_driver.extendList[0].value;
+    if (!stored)
         return;
-    const int had = touched->size();
-    touched->resize(size);
-    if (size > had)
-        std::memset(touched->data() + had, 0, static_cast<std::size_t>(size - had));
+    const int oldSize = stored->size();
+    stored->resize(size);
+    if (size > oldSize)
+        std::memset(stored->data() + oldSize, 0, static_cast<std::size_t>(size - oldSize));
 }
 
-/// A value mostly has the size already that the last reply gave it.
+/// Usually the value has this size already, from the reply before.
 void setSize(QByteArray *value, int size)
 {
     if (value->size() != size)
@@ -96,7 +97,7 @@ void setSize(QByteArray *value, int size)
 void storeStationBits(const ReplyData &data, const RW_VAR &var)
 {
     StationValues values(var.station, var.area);
-    int position = StationValues::Anywhere;
+    int position = StationValues::NoPosition;
     QByteArray *value = nullptr;
     const int groups = qMin(data.byteCount, int(ImageBitBytes));
     for (int j = 0; j < groups; ++j, ++position) {
@@ -105,13 +106,13 @@ void storeStationBits(const ReplyData &data, const RW_VAR &var)
         if (j < data.bytesPresent)
             *value->data() = static_cast<char>(data.bytes[j]);
     }
-    stretchLastTouched(value, data.byteCount);
+    resizeLastStored(value, data.byteCount);
 }
 
 void storeStationRegisters(const ReplyData &data, const RW_VAR &var, int area)
 {
     StationValues values(var.station, area);
-    int position = StationValues::Anywhere;
+    int position = StationValues::NoPosition;
     QByteArray *value = nullptr;
     for (int k = 0; k < data.registerCount; ++k, ++position) {
         value = &values.value(wrapped(qint64(var.startAddress) + k), &position);
@@ -122,7 +123,7 @@ void storeStationRegisters(const ReplyData &data, const RW_VAR &var, int area)
         to[0] = static_cast<char>(data.bytes[2 * k + 1]);
         to[1] = static_cast<char>(data.bytes[2 * k]);
     }
-    stretchLastTouched(value, data.byteCount);
+    resizeLastStored(value, data.byteCount);
 }
 
 void storePerStation(const ReplyData &data, const RW_VAR &var)
@@ -168,7 +169,7 @@ void SaveBitToUC(QByteArray *reply, unsigned char *bits)
     const ReplyData data(*reply, *request);
     const int start = request->var.startAddress;
     if (start < 0 && start % 8 != 0)
-        return; // no byte of the image begins there
+        return; // such a start is not at the first bit of a byte
     const ClippedRange inside(start / 8, data.bytesPresent, ImageBitBytes);
     if (inside.first < inside.end)
         std::memcpy(bits + (start / 8 + inside.first), data.bytes + inside.first,

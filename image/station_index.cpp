@@ -8,17 +8,19 @@ namespace modbus_driver {
 
 namespace {
 
-/// Results of a search that found no record: the key is unknown, or its record has another key now.
+/// Results of a search that found no record: the table has no slot for the key, or the record of its slot has
+/// another key now.
 enum { Absent = -1, Changed = -2 };
 
-const int sampleSteps = 8; // from the first of the nine samples to the last
+const int sampleSteps = 8; // there are nine samples
 
 StationKey keyOf(const EXTENDVAR &record)
 {
     return {record.station, record.area, record.address};
 }
 
-/// Spreads neighbouring addresses, and the same address of neighbouring stations, over all 32 bits.
+/// Gives neighbouring addresses, and equal addresses of neighbouring stations, hashes that differ in all
+/// bits.
 uint hashOf(const StationKey &key)
 {
     const uint table = static_cast<uint>(key.station) * 31u + static_cast<uint>(key.area);
@@ -26,40 +28,41 @@ uint hashOf(const StationKey &key)
     return (mixed ^ mixed >> 15) * 0x2C1B3C6Du;
 }
 
-/// The table is read again before more than four fifths of its places are taken, and has 1.75 places for each record
-/// then: 10 to 14 bytes a record.
-bool isCrowded(int records, int places)
+/// The table is rebuilt before more than four fifths of its slots are used. It then has 1.75 slots for each
+/// record. So it needs 10 to 14 bytes for each record.
+bool isNearlyFull(int records, int slots)
 {
-    return records >= places / 5 * 4;
+    return records >= slots / 5 * 4;
 }
 
-int placesFor(int records)
+int slotsFor(int records)
 {
     return records + records / 4 * 3 + 16;
 }
 
 } // namespace
 
-void StationIndex::Landmark::set(const EXTENDVAR &seen)
+void StationIndex::Snapshot::set(const EXTENDVAR &now)
 {
-    record = &seen;
-    key = keyOf(seen);
+    record = &now;
+    key = keyOf(now);
 }
 
 int StationIndex::find(const QList<EXTENDVAR> &list, const StationKey &key)
 {
-    if (m_indexed == 0 || m_indexed != list.size() || !landmarksMatch(list))
+    if (m_indexed == 0 || m_indexed != list.size() || !endsMatch(list))
         update(list);
-    const int expected = neighbour(key);
+    const int expected = expectedPosition(key);
     const bool isThere = expected >= 0 && expected < list.size() && hasKey(list.at(expected), key);
     m_found = isThere && m_distinct ? expected : findByTable(list, key);
     m_foundAddress = key.address;
     return m_found;
 }
 
-/// Where the record is when all records from the one asked for last up to this one were made in a row. Saves the
-/// table to a panel that reads its values one by one: 22 instead of 33 ns (driver-bench, panel_read/1_register).
-int StationIndex::neighbour(const StationKey &key) const
+/// The position of the record if all records between it and the one found last were made in order of address.
+/// A panel that reads its values one by one then needs no hash table: 22 instead of 33 ns (driver-bench,
+/// panel_read/1_register).
+int StationIndex::expectedPosition(const StationKey &key) const
 {
     const int distance = wrapped(qint64(key.address) - m_foundAddress);
     return wrapped(qint64(m_found) + (isBitArea(key.area) ? distance / 8 : distance));
@@ -70,7 +73,7 @@ int StationIndex::findByTable(const QList<EXTENDVAR> &list, const StationKey &ke
     int found = search(list, key);
     if (found >= 0 || (found == Absent && samplesMatch(list)))
         return found;
-    readAgain(list);
+    rebuild(list);
     found = search(list, key);
     return qMax(found, int(Absent));
 }
@@ -90,20 +93,20 @@ bool StationIndex::samplesMatch(const QList<EXTENDVAR> &list) const
 
 void StationIndex::update(const QList<EXTENDVAR> &list)
 {
-    if (m_indexed == 0 || !landmarksMatch(list) || isCrowded(list.size(), m_table.size()))
-        readAgain(list);
+    if (m_indexed == 0 || !endsMatch(list) || isNearlyFull(list.size(), m_table.size()))
+        rebuild(list);
     else
-        addTail(list);
+        addNewRecords(list);
 }
 
-void StationIndex::readAgain(const QList<EXTENDVAR> &list)
+void StationIndex::rebuild(const QList<EXTENDVAR> &list)
 {
     *this = StationIndex();
-    m_table = QVector<Place>(placesFor(list.size()));
-    addTail(list);
+    m_table = QVector<Slot>(slotsFor(list.size()));
+    addNewRecords(list);
 }
 
-void StationIndex::addTail(const QList<EXTENDVAR> &list)
+void StationIndex::addNewRecords(const QList<EXTENDVAR> &list)
 {
     for (; m_indexed < list.size(); ++m_indexed)
         add(list, m_indexed);
@@ -113,7 +116,7 @@ void StationIndex::addTail(const QList<EXTENDVAR> &list)
     m_last.set(list.at(m_indexed - 1));
 }
 
-/// The first record with a key keeps its place.
+/// Of several records with the same key, the table has the first.
 void StationIndex::add(const QList<EXTENDVAR> &list, int position)
 {
     const StationKey key = keyOf(list.at(position));
@@ -122,19 +125,19 @@ void StationIndex::add(const QList<EXTENDVAR> &list, int position)
         return;
     }
     const uint hash = hashOf(key);
-    int at = home(hash);
+    int at = firstSlot(hash);
     while (m_table.at(at).position >= 0)
-        at = after(at);
+        at = nextSlot(at);
     m_table[at].position = position;
     m_table[at].hash = hash;
 }
 
 int StationIndex::search(const QList<EXTENDVAR> &list, const StationKey &key) const
 {
-    const Place *const table = m_table.constData();
+    const Slot *const table = m_table.constData();
     const uint hash = hashOf(key);
     int result = Absent;
-    for (int at = home(hash); table[at].position >= 0; at = after(at)) {
+    for (int at = firstSlot(hash); table[at].position >= 0; at = nextSlot(at)) {
         if (table[at].hash != hash)
             continue;
         if (hasKey(list.at(table[at].position), key))

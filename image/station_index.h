@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Finds per-station records by their key. extendList is the truth, and it is the host's as much as the driver's: a
-/// host may append to it, or clear it and fill it again. The index remembers where records were, compares what it
-/// finds with the list, and reads the whole list again when they differ. The caller holds imageMutex, except while a
-/// remote reply is stored.
+/// Finds per-station records by their key. The records are in extendList, which a host may change too: it may
+/// append records, or clear the list and fill it again. The index is a hash table with the position of each
+/// record. It compares each result with the list, and is rebuilt from the whole list when they differ. The
+/// caller holds imageMutex, except while a remote reply is stored.
 ///
 ///     list    [ A ][ B ][ C ] ... [ K ][ L ] [ M ][ N ]
 ///               |                        |     appended since the last call: added to the index first
 ///             first                    last
 ///
-///     1. Are `first` and `last` still at the same place in memory, with the same keys?
-///        If not, the list was cleared: read it again.
+///     1. Are `first` and `last` still at the same address in memory, with the same keys?
+///        If not, the list was cleared: rebuild the index.
 ///     2. The table has a position for the key. Does the record there have this key?
-///        If not, the record was changed in place: read the list again.
-///     3. The table has no position. Does the table have nine records, evenly spread, where they are now?
-///        If not, some record was changed in place: read the list again.
+///        If not, the record was changed in place: rebuild the index.
+///     3. The table has no position for the key. Take nine records, evenly spread over the list. Does the
+///        table have their positions? If not, some record was changed in place: rebuild the index.
 
 #pragma once
 
@@ -44,48 +44,49 @@ public:
     /// The position of the first record with this key, or -1.
     int find(const QList<EXTENDVAR> &list, const StationKey &key);
 
-    /// No two records that find() has seen have the same key, so any record with a key is the first one.
+    /// True while all records in the index have different keys. A record with a key is then the first one
+    /// with it.
     bool isDistinct() const { return m_distinct; }
 
 private:
-    /// One place of the table: the position of a record, -1 when free, and the hash of the key that it had.
-    struct Place
+    /// One slot of the hash table.
+    struct Slot
     {
-        int position = -1;
-        uint hash = 0;
+        int position = -1; ///< of the record in the list; -1: the slot is free
+        uint hash = 0;     ///< of the key that the record had
     };
 
-    /// A record as the index has seen it: its place in memory, and its key.
-    struct Landmark
+    /// The address in memory and the key of a record, as they were when the index was updated.
+    struct Snapshot
     {
         const EXTENDVAR *record = nullptr;
         StationKey key = {0, 0, 0};
 
-        void set(const EXTENDVAR &seen);
+        void set(const EXTENDVAR &now);
         bool matches(const EXTENDVAR &now) const { return record == &now && hasKey(now, key); }
     };
 
-    bool landmarksMatch(const QList<EXTENDVAR> &list) const
+    bool endsMatch(const QList<EXTENDVAR> &list) const
     {
         return m_indexed <= list.size() && m_first.matches(list.at(0)) &&
                m_last.matches(list.at(m_indexed - 1));
     }
     bool samplesMatch(const QList<EXTENDVAR> &list) const;
-    int neighbour(const StationKey &key) const;
+    int expectedPosition(const StationKey &key) const;
     int findByTable(const QList<EXTENDVAR> &list, const StationKey &key);
     void update(const QList<EXTENDVAR> &list);
-    void readAgain(const QList<EXTENDVAR> &list);
-    void addTail(const QList<EXTENDVAR> &list);
+    void rebuild(const QList<EXTENDVAR> &list);
+    void addNewRecords(const QList<EXTENDVAR> &list);
     void add(const QList<EXTENDVAR> &list, int position);
     int search(const QList<EXTENDVAR> &list, const StationKey &key) const;
-    int home(uint hash) const { return static_cast<int>(quint64(hash) * uint(m_table.size()) >> 32); }
-    int after(int place) const { return place + 1 < m_table.size() ? place + 1 : 0; }
+    int firstSlot(uint hash) const { return static_cast<int>(quint64(hash) * uint(m_table.size()) >> 32); }
+    int nextSlot(int slot) const { return slot + 1 < m_table.size() ? slot + 1 : 0; }
 
-    QVector<Place> m_table; ///< open addressing: a key is in the row of taken places that begins at its home
-    int m_indexed = 0;      ///< so many records are in the table: the list's first ones
+    QVector<Slot> m_table; ///< open addressing with linear probing
+    int m_indexed = 0;     ///< number of records in the table: these are the first ones of the list
     bool m_distinct = true;
-    Landmark m_first, m_last;            ///< the first and the last record in the table
-    int m_found = 0, m_foundAddress = 0; ///< position and address of the record that was asked for last
+    Snapshot m_first, m_last;            ///< of the first and the last record in the table
+    int m_found = 0, m_foundAddress = 0; ///< result and address of the last search
 };
 
 } // namespace modbus_driver

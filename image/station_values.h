@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The values kept per station, used while CommSettings::multiStation is nonzero. The caller holds imageMutex, except
-/// while a remote reply is stored.
+/// The values that are kept per station while CommSettings::multiStation is nonzero. The caller holds
+/// imageMutex, except while a remote reply is stored.
 
 #pragma once
 
@@ -11,21 +11,22 @@
 
 namespace modbus_driver {
 
-/// Values of one station and area, asked for one after the other while extendList belongs to the caller.
+/// Access to the values of one station and area, for a caller that needs several of them.
 ///
-/// Records of neighbours were mostly made one after the other, so they are neighbours in the list too. The caller says
-/// where it expects the next record; only where another record is there the index is asked.
+/// Records of neighbouring addresses were usually made one after the other, so they are neighbours in the
+/// list too. The caller gives the position where it expects the next record. The index is searched only when
+/// the list has another record there.
 class StationValues
 {
 public:
-    /// A position to begin with, where no record is expected.
-    enum { Anywhere = -1 };
+    /// The position to begin with: no record is expected there, so the index is searched.
+    enum { NoPosition = -1 };
 
     /// `area` is a request area: 0, 1, 4 or 5.
     StationValues(int station, int area) : m_station(station), m_area(area) {}
 
-    /// The value of an address, expected at `*position` of the list, and made when absent. Sets `*position` to where
-    /// it is. The reference is valid until the next call.
+    /// The value of an address, expected at `*position` of the list. A missing record is appended. Sets
+    /// `*position` to the position of the record. The reference is valid until the next call.
     QByteArray &value(int address, int *position)
     {
         if (static_cast<uint>(*position) >= m_trusted ||
@@ -35,7 +36,7 @@ public:
     }
 
 private:
-    /// Where a record is, in the list as it is now.
+    /// The result of a search, with the state of the list.
     struct Found
     {
         int position;
@@ -54,8 +55,8 @@ private:
     }
 
     const int m_station, m_area;
-    QList<EXTENDVAR>::iterator m_records; ///< of the whole list
-    uint m_trusted = 0; ///< a record ahead of this position that has a key is the first with it
+    QList<EXTENDVAR>::iterator m_records; ///< the begin of the list
+    uint m_trusted = 0; ///< before this position, a record with a key is the first one with that key
 };
 
 } // namespace modbus_driver

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// From address text to address, for the driver itself. Pure function: no state, no lock, any thread.
+/// Converts an address text to an address, for use inside the driver. Pure function: no state, no lock, any
+/// thread.
 
 #pragma once
 
@@ -8,7 +9,7 @@
 
 namespace modbus_driver {
 
-/// PLCAddressChangeIntef without a copy of the text.
+/// The same as PLCAddressChangeIntef, but does not copy the text.
 int addressOf(int area, const QString &text);
 
 } // namespace modbus_driver

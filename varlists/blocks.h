@@ -6,15 +6,15 @@
 
 namespace modbus_driver {
 
-/// A run in `count` blocks, all of `block` elements but the last.
+/// A run of bits or registers, split into blocks.
 struct Blocks
 {
-    int count;
-    int block;
-    int last;
+    int count; ///< number of blocks
+    int block; ///< elements of each block except the last
+    int last;  ///< elements of the last block
 
     int length(int k) const { return k + 1 < count ? block : last; }
-    /// Elements ahead of block k; less than the run's length.
+    /// Elements before block k. For k below count it is less than the length of the run.
     int offset(int k) const { return k * block; }
 };
 

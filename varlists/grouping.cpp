@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The merging steps as a host may take them on finished records. ReCreatReadVarList (read_list.cpp) merges
-// its own runs.
+// The merging steps for hosts that call them with finished records. ReCreatReadVarList (read_list.cpp) does
+// not use them.
 #include "blocks.h"
 #include "run_merge.h"
 
@@ -27,9 +27,9 @@ int appendRequests(const QList<RW_VAR> &sorted, RunMerge merge, int count)
     for (int i = 0; i < sorted.size(); ++i) {
         RW_VAR request = sorted.at(i);
         const RunMerge::Effect effect = merge.take(request.startAddress, request.dataLength);
-        if (effect == RunMerge::Widens)
+        if (effect == RunMerge::Extended)
             widen(count, merge.length());
-        if (effect != RunMerge::Opens)
+        if (effect != RunMerge::Started)
             continue;
         request.startAddress = merge.start();
         request.dataLength = merge.length();

@@ -14,13 +14,13 @@ using namespace modbus_driver;
 
 namespace {
 
-/// How many groups of `size` bits a run of bits from `address` touches.
+/// The number of groups of `size` bits that `bits` bits from `address` on are part of.
 int groupsTouched(int address, int bits, int size)
 {
     return saturated(ceilDiv(qint64(address % size) + bits, size));
 }
 
-/// Converts the host's area, address and count to those of a request. Unknown areas stay as they are.
+/// Converts the host's area, address and count to those of a request. Unknown areas are not changed.
 void makeRequest(RW_VAR *var, int address)
 {
     switch (var->area) {

@@ -9,13 +9,13 @@ RunMerge::Effect RunMerge::take(int start, int length)
 {
     const qint64 end = qint64(start) + length;
     if (m_open && start < m_end && end <= m_end)
-        return LiesInside;
-    const bool widens = m_open && end - m_start <= m_limit;
-    if (!widens)
+        return Unchanged;
+    const bool extends = m_open && end - m_start <= m_limit;
+    if (!extends)
         m_start = start & ~qint64(m_unit - 1);
     m_end = m_start + ceilDiv(end - m_start, m_unit) * m_unit;
     m_open = true;
-    return widens ? Widens : Opens;
+    return extends ? Extended : Started;
 }
 
 int RunMerge::start() const

@@ -8,19 +8,20 @@
 
 namespace modbus_driver {
 
-/// Takes runs in order of their starts. A request spans at most the limit, bridging gaps of any size; a run
-/// that lies inside the current request needs none of its own.
+/// Takes runs sorted by their starts, and merges them into requests of at most the limit. Gaps between the
+/// runs of a request may have any size. A run inside the current request does not change it.
 class RunMerge
 {
 public:
-    /// What a run did to the current request.
-    enum Effect { LiesInside, Widens, Opens };
+    /// How a run changed the requests: not at all, it made the current one longer, or it began a new one.
+    enum Effect { Unchanged, Extended, Started };
 
-    /// Requests of registers, or, with `elementsOfUnit` 8, of whole bytes of bits. `limit` counts the
-    /// elements of runs; it is checked before the rounding to bytes. Below 1 only what lies inside joins.
+    /// `elementsOfUnit` is 1 for registers, 8 for bits, which are requested in whole bytes. `limit` counts
+    /// registers or bits. It is checked before rounding to bytes. With a limit below 1 only a run inside the
+    /// current request is merged.
     RunMerge(int limit, int elementsOfUnit) : m_limit(qMax(0, limit)), m_unit(elementsOfUnit) {}
 
-    /// The next run: `length` elements from `start` on.
+    /// Takes the next run: `length` elements from `start` on.
     Effect take(int start, int length);
 
     /// The current request: its first element, and its length in units.

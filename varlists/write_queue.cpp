@@ -9,14 +9,15 @@ using namespace modbus_driver;
 
 namespace {
 
-/// Writes to the same place; their values and host identifiers are not compared.
+/// True for writes to the same addresses. Values, hostId and hostItem are not compared.
 bool samePlace(const RW_VAR &a, const RW_VAR &b)
 {
     return a.startAddress == b.startAddress && a.station == b.station && a.area == b.area &&
            a.dataLength == b.dataLength;
 }
 
-/// The position of a queued write that may be overwritten, or -1. The head is not looked at.
+/// The position of the queued write that var may overwrite, or -1. The head is left out, because it may be in
+/// flight.
 int findMergeable(const QList<RW_VAR> &queue, const RW_VAR &var)
 {
     if (queue.isEmpty())
@@ -33,11 +34,11 @@ int AddListWriteVar(RW_VAR *var, int mode)
 {
     BriefLock lock(&PLC_driver.listMutex);
     QList<RW_VAR> &queue = PLC_driver.writeList;
-    const bool asItStands = mode == QueueAsIs;
-    const int merged = asItStands ? -1 : findMergeable(queue, *var);
+    const bool asIs = mode == QueueAsIs;
+    const int merged = asIs ? -1 : findMergeable(queue, *var);
     if (merged >= 0)
         queue[merged] = *var;
-    else if (asItStands || queue.size() < QueueLimit)
+    else if (asIs || queue.size() < QueueLimit)
         queue.append(*var);
     return queue.size();
 }

@@ -10,14 +10,15 @@ using namespace modbus_driver;
 
 namespace {
 
-/// The low `bytes` bytes of a number, high byte first.
+/// Appends the low `bytes` bytes of a number, high byte first.
 void append(QByteArray *frame, int value, int bytes)
 {
     for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8)
         frame->append(static_cast<char>((static_cast<unsigned>(value) >> shift) & 0xFF));
 }
 
-/// The byte sum of a frame of any length; CalSUM takes a 16-bit count.
+/// The byte sum of a frame of any length. CalSUM takes a 16-bit count, so it is called for parts of the
+/// frame.
 int byteSumOf(const QByteArray &frame)
 {
     const int most = 0xFFFF;
@@ -29,7 +30,7 @@ int byteSumOf(const QByteArray &frame)
     return sum;
 }
 
-/// The frame of this access, with these value bytes.
+/// The frame for this access, with these value bytes.
 QByteArray remoteFrame(const RW_VAR &var, const QByteArray &value)
 {
     QByteArray frame;
