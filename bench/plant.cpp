@@ -139,7 +139,8 @@ private:
     bool exchange()
     {
         const Protocol *request = ComCommunication();
-        require(request != nullptr, "the plant is not polled");
+        if (!request)
+            giveUp("the plant is not polled");
         const int station = request->var.station;
         if (!isSilent(station)) {
             QByteArray reply = replyTo(*request);

@@ -110,7 +110,7 @@ def memory_table(folder):
 def waits_of(folder, library):
     """The medians over all turns of that library, by the name of the wait and the counter."""
     runs = {}
-    for file in folder.glob(f"waits-{library}-*.json"):
+    for file in folder.glob(f"waits-{library}-[0-9]*.json"):
         for b in json.loads(file.read_text())["benchmarks"]:
             name = b["run_name"].replace("/iterations:1", "").replace("panel_wait/", "")
             for key in ("median_ns", "p999_ns", "worst_ns"):
