@@ -98,6 +98,7 @@ TEST_F(Image, WhatThePanelShowsAfterwards)
         {"a reply below 0", Shared, replied, access(Registers, -1, 2, "0102030405060708"), Registers, "0", 2, "04030380"},
         {"bits below 0", Shared, replied, access(Coils, -8, 2, "FFFFFFFF"), Coils, "0", 9, "010101010101010100"},
         {"bits below 0, between bytes", Shared, replied, access(Coils, -12, 2, "FFFF"), Coils, "0", 1, "00"},
+        {"bits from inside a byte on", Shared, replied, access(Coils, 12, 1, "FF"), Coils, "7", 3, "000101"},
         {"bits past the end", Shared, replied, access(Coils, 65536, 9, "01FF"), Coils, "65536", 1, "01"},
         {"fewer bytes than announced", Shared, replied, access(Coils, 40, 2, "FF"), Coils, "40", 9, "010101010101010100"},
         {"more bytes than announced", Shared, replied, access(Registers, 4, 1, "01020304"), Registers, "4", 2, "0201FF00"},

@@ -100,6 +100,9 @@ TEST_F(Queues, OneShotReadsAreNotQueuedTwiceByOneItem)
     settings.multiStation = 1;
     EXPECT_EQ(AddListOnceReadVar(&many, 0), 6) << "another station's";
     EXPECT_EQ(listed(PLC_driver.onceReadList), "4/5:0*10 4/5:10*5 4/5:0*10 4/5:10*5 5:0*10 5:10*5");
+    RW_VAR shorter = onceRead(Registers, "0", 9), inputs = onceRead(InputRegisters, "0", 10);
+    EXPECT_EQ(AddListOnceReadVar(&shorter, 0), 7) << "another length";
+    EXPECT_EQ(AddListOnceReadVar(&inputs, 0), 8) << "another area";
     bad.aux = 5;
     EXPECT_EQ(AddListOnceReadVar(&bad, 0), 0);
     EXPECT_EQ(listed(QList<RW_VAR>() << bad) + origin(bad), "2:-7*11 0 0 0 0 0 5  3") << "the host's record is left alone";
