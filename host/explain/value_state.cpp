@@ -4,7 +4,7 @@
 #include <algorithm>
 
 ValueState::ValueState(const Variable &variable)
-    : m_variable(variable), m_span(spanOf(variable)), m_parts(static_cast<std::size_t>(m_span.count))
+    : m_variable(variable), m_span(spanOf(variable)), m_parts{{m_span.first, m_span.end(), -1, QString()}}
 {
 }
 
@@ -22,26 +22,48 @@ QString ValueState::failure() const
     return failed == m_parts.end() ? QString() : failed->failure;
 }
 
-std::pair<ValueState::PartAt, ValueState::PartAt> ValueState::partsOf(const Span &read)
+/// The part that a read covers, which becomes one part if it was several.
+ValueState::Part &ValueState::partOf(const Span &read)
 {
-    const int from = std::max(read.first, m_span.first) - m_span.first;
-    const int to = std::min(read.end(), m_span.end()) - m_span.first;
-    return {m_parts.begin() + from, m_parts.begin() + std::max(from, to)};
+    const int first = std::max(read.first, m_span.first);
+    const int end = std::min(read.end(), m_span.end());
+    splitAt(first);
+    splitAt(end);
+    const auto part =
+        std::find_if(m_parts.begin(), m_parts.end(), [=](const Part &p) { return p.first == first; });
+    const auto next = std::find_if(part, m_parts.end(), [=](const Part &p) { return p.end == end; }) + 1;
+    for (auto joined = part + 1; joined != next; ++joined)
+        part->readAtMs = std::min(part->readAtMs, joined->readAtMs); // counts when the read failed
+    part->end = end;
+    m_parts.erase(part + 1, next);
+    return *part;
+}
+
+/// Lets a part begin at an address, unless one does.
+void ValueState::splitAt(int address)
+{
+    const auto part = std::find_if(m_parts.begin(), m_parts.end(),
+                                   [=](const Part &p) { return p.first < address && address < p.end; });
+    if (part == m_parts.end())
+        return;
+    Part tail = *part;
+    part->end = tail.first = address;
+    m_parts.insert(part + 1, tail);
 }
 
 void ValueState::store(const Span &read, const QByteArray &value, qint64 nowMs)
 {
     const bool wasKnown = readAtMs() >= 0;
-    const auto [first, last] = partsOf(read);
-    std::fill(first, last, Part{nowMs, QString()});
+    Part &part = partOf(read);
+    part.readAtMs = nowMs;
+    part.failure.clear();
     m_changed = wasKnown && value != m_value;
     m_value = value;
 }
 
 void ValueState::fail(const Span &read, const QString &why)
 {
-    const auto [first, last] = partsOf(read);
-    std::for_each(first, last, [&why](Part &part) { part.failure = why; });
+    partOf(read).failure = why;
 }
 
 QString ValueState::ageText(qint64 nowMs, qint64 freshForMs) const

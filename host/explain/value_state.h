@@ -37,19 +37,21 @@ public:
     QString ageText(qint64 nowMs, qint64 freshForMs) const;
 
 private:
+    /// Neighbouring bits or registers that were read together.
     struct Part
     {
+        int first = 0;
+        int end = 0;
         qint64 readAtMs = -1;
         QString failure; ///< of the last read
     };
-    using PartAt = std::vector<Part>::iterator;
 
-    /// The parts that a read covers, from the first to behind the last.
-    std::pair<PartAt, PartAt> partsOf(const Span &read);
+    Part &partOf(const Span &read);
+    void splitAt(int address);
 
     Variable m_variable;
     Span m_span;
-    std::vector<Part> m_parts; ///< each bit or register; a long variable takes several requests
+    std::vector<Part> m_parts; ///< ascending, the whole span; a long variable takes several requests
     QByteArray m_value;
     bool m_changed = false;
 };

@@ -116,13 +116,16 @@ QString floatText(quint32 bits)
     return isFraction(shortest) ? shortest : shortest + QStringLiteral(".0");
 }
 
-QString valueText(const Variable &variable, const QByteArray &bytes, ValueFormat format)
+QString valueText(const Variable &variable, const QByteArray &bytes, ValueFormat format, int longest)
 {
     const int width = widthOf(variable);
-    QStringList values;
-    for (int i = 0; i < variable.count && (i + 1) * width <= bytes.size(); ++i)
-        values << oneValue(numberAt(bytes, i * width, width), width, format);
-    return values.join(QLatin1Char(' '));
+    QString text;
+    for (int i = 0; i < variable.count && (i + 1) * width <= bytes.size() && text.size() <= longest; ++i) {
+        if (i > 0)
+            text += QLatin1Char(' ');
+        text += oneValue(numberAt(bytes, i * width, width), width, format);
+    }
+    return text;
 }
 
 std::optional<QByteArray> parseValues(const Variable &variable, const QString &text, QString *error)

@@ -9,13 +9,16 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
+#include <limits>
 #include <optional>
 
 enum class ValueFormat { Decimal, Hexadecimal, Signed, Float };
 
 /// The values in `bytes` (the driver's host-side layout), separated by one space. Float is for 32-bit values;
-/// other areas print it as Decimal. A value that `bytes` holds only in part is left out.
-QString valueText(const Variable &variable, const QByteArray &bytes, ValueFormat format);
+/// other areas print it as Decimal. A value that `bytes` holds only in part is left out,
+/// and so are values behind `longest` characters.
+QString valueText(const Variable &variable, const QByteArray &bytes, ValueFormat format,
+                  int longest = std::numeric_limits<int>::max());
 
 /// IEEE 754 single with these bits: the fewest digits that read back to the same bits, always with a point,
 /// an exponent, "nan" or "inf", so that parseValues can tell it from a whole number.

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -56,7 +57,18 @@ TcpSocket::Result TcpSocket::connectTo(const SocketAddress &address, const Deadl
         result = error == ECONNREFUSED ? Refused : Disconnected;
     if (result != Done)
         close();
+    else
+        letCallsWait();
     return result;
+}
+
+/// From now on send and recv wait by themselves, a slice at a time.
+void TcpSocket::letCallsWait() const
+{
+    const timeval slice = {0, sliceMs * 1000};
+    setsockopt(m_descriptor, SOL_SOCKET, SO_RCVTIMEO, &slice, sizeof slice);
+    setsockopt(m_descriptor, SOL_SOCKET, SO_SNDTIMEO, &slice, sizeof slice);
+    fcntl(m_descriptor, F_SETFL, fcntl(m_descriptor, F_GETFL) & ~O_NONBLOCK);
 }
 
 TcpSocket::Result TcpSocket::send(const char *bytes, int size, const Deadline &deadline)
@@ -70,9 +82,10 @@ TcpSocket::Result TcpSocket::send(const char *bytes, int size, const Deadline &d
         }
         if (errno != EAGAIN && errno != EINTR)
             return Disconnected;
-        const Result result = waitFor(POLLOUT, deadline);
-        if (result != Done)
-            return result;
+        if (m_stop)
+            return Stopped;
+        if (deadline.isOver())
+            return TimedOut;
     }
     return Done;
 }
@@ -80,16 +93,23 @@ TcpSocket::Result TcpSocket::send(const char *bytes, int size, const Deadline &d
 TcpSocket::Result TcpSocket::receive(char *bytes, int most, int *received, const Deadline &deadline)
 {
     for (;;) {
-        const Result result = waitFor(POLLIN, deadline);
-        if (result != Done)
-            return result;
-        const ssize_t size = recv(m_descriptor, bytes, static_cast<std::size_t>(most), 0);
+        const int left = deadline.left();
+        const bool isShort = left < sliceMs; // recv would wait too long
+        const Result ready = isShort && left > 0 ? waitFor(POLLIN, deadline) : Done;
+        if (ready != Done)
+            return ready;
+        const ssize_t size =
+            recv(m_descriptor, bytes, static_cast<std::size_t>(most), isShort ? MSG_DONTWAIT : 0);
         if (size > 0) {
             *received = static_cast<int>(size);
             return Done;
         }
         if (size == 0 || (errno != EAGAIN && errno != EINTR))
             return Disconnected;
+        if (m_stop)
+            return Stopped;
+        if (left == 0)
+            return TimedOut;
     }
 }
 

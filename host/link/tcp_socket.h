@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// \file
 /// One TCP connection. Every call that may wait has a deadline, and ends within a fraction of a second once the stop is
-/// set. A non-blocking POSIX socket: an exchange costs one send, one poll and one recv. Used on the communication
-/// thread only.
+/// set. A POSIX socket whose calls wait a slice of time by themselves: an exchange costs one send and two recv. Used on
+/// the communication thread only.
 
 #pragma once
 
@@ -38,6 +38,7 @@ public:
 
 private:
     Result connectTo(const SocketAddress &address, const Deadline &deadline);
+    void letCallsWait() const;
     Result waitFor(short events, const Deadline &deadline) const;
 
     const std::atomic<bool> &m_stop;
