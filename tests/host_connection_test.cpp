@@ -2,10 +2,10 @@
 // The host's connection against a station that sends what nobody asked for. The driver has no part in it. LIES=3333 asks
 // for ten thousand exchanges of each kind.
 
-#include "host_words.h"
-#include "lying_station.h"
 #include "../driver/base/modbus_wire.h"
 #include "../host/link/connection.h"
+#include "host_words.h"
+#include "lying_station.h"
 
 #include <tuple>
 
@@ -174,8 +174,16 @@ TEST_F(ConnectionTest, AStopEndsEveryWaitSoon)
         {"a reply", lie("silent", [](Lie &l) { l.silentEach = 1; }), [this] { readRegister(1, 1); }},
         {"the gap", Lie(), [this] { readRegister(1, 1), readRegister(1, 1); }},
         {"a flood to end", lie("flood", [](Lie &l) { l.floods = true; }), [this] { readRegister(1, 1), readRegister(1, 1); }},
-        {"a connection", Lie(), [this] { options.host = QStringLiteral("192.0.2.1"), connection = std::make_unique<Connection>(options, trace, stop), connection->open(); }},
-        {"a name", Lie(), [this] { options.host = QStringLiteral("no.such.name.example"), connection = std::make_unique<Connection>(options, trace, stop), connection->open(); }},
+        {"a connection", Lie(),
+         [this] {
+             options.host = QStringLiteral("192.0.2.1"), connection = std::make_unique<Connection>(options, trace, stop),
+             connection->open();
+         }},
+        {"a name", Lie(),
+         [this] {
+             options.host = QStringLiteral("no.such.name.example"),
+             connection = std::make_unique<Connection>(options, trace, stop), connection->open();
+         }},
     };
     options.timeoutMs = options.patienceMs = options.gapMs = patientMs;
     options.afterTimeout = AfterTimeout::Drain;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The whole host, driver loaded by its path, against the simulated station over TCP.
 
-#include "host_words.h"
 #include "../host/cli/panel_session.h"
 #include "../host/explain/exchange_text.h"
 #include "../host/explain/plan.h"
 #include "../host/explain/value_text.h"
 #include "../host/explain/write_outcome.h"
+#include "host_words.h"
 
 #include <functional>
 #include <tuple>
@@ -251,7 +251,7 @@ TEST_F(SessionTest, NothingForeignGetsThroughWhicheverReplyIsSpoilt)
         options.connection.timeoutMs = row.waits ? 500 : tooLongMs;
         options.connection.afterTimeout = row.policy;
         for (const auto &step : steps) {
-            SCOPED_TRACE(testing::Message() << row.fault << " at " << step.what<< ", policy " << static_cast<int>(row.policy));
+            SCOPED_TRACE(testing::Message() << row.fault << " at " << step.what << ", policy " << static_cast<int>(row.policy));
             open("1/hr:60 2/hr:60 1/hr:400 2/hr:400", QByteArray(row.fault) + "@nth=" + QByteArray::number(step.nth));
             session->station()->setValue(2, Table::HoldingRegisters, 60, 1060);
             session->station()->setValue(2, Table::HoldingRegisters, 400, 1400);
@@ -264,7 +264,8 @@ TEST_F(SessionTest, NothingForeignGetsThroughWhicheverReplyIsSpoilt)
             EXPECT_EQ(valuesOf(now), "60 | 1060 | 400 | 1400");
             for (const ValueState &value : now.values)
                 EXPECT_FALSE(value.hasChanged()) << "another value was shown in the second pass";
-            const WriteOutcome::End spoilt = step.writes || row.ofWrite == WriteOutcome::Done ? row.ofWrite : WriteOutcome::Failed;
+            const WriteOutcome::End spoilt =
+                step.writes || row.ofWrite == WriteOutcome::Done ? row.ofWrite : WriteOutcome::Failed;
             for (int i = 0; i < items.size(); ++i) {
                 const WriteOutcome outcome = writeOutcome(items.at(i), now.items[i]);
                 EXPECT_EQ(outcome.end, i == step.item ? spoilt : WriteOutcome::Done) << i << qPrintable(outcome.text);
@@ -297,9 +298,9 @@ TEST_F(SessionTest, AnExceptionMayLeaveAWriteInDoubt)
 {
     using Row = std::tuple<const char *, WriteOutcome::End, int>;
     const Row rows[] = {
-        {"exception=1", WriteOutcome::Failed, 2},  {"exception=4", WriteOutcome::Unknown, 2},
-        {"exception=5", WriteOutcome::Unknown, 1}, {"exception=6", WriteOutcome::Failed, 2},
-        {"exception=9", WriteOutcome::Unknown, 2}, {"exception=10", WriteOutcome::Failed, 2},
+        {"exception=1", WriteOutcome::Failed, 2},   {"exception=4", WriteOutcome::Unknown, 2},
+        {"exception=5", WriteOutcome::Unknown, 1},  {"exception=6", WriteOutcome::Failed, 2},
+        {"exception=9", WriteOutcome::Unknown, 2},  {"exception=10", WriteOutcome::Failed, 2},
         {"exception=11", WriteOutcome::Unknown, 2},
     };
     options.retries = 1;

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 // What the host decides and counts without a socket: the link, units, passes, ages, figures.
 
-#include "host_words.h"
-#include "../host/link/link_state.h"
-#include "../host/link/recovery.h"
-#include "../host/link/transaction_numbers.h"
-#include "../host/link/poll_pass.h"
 #include "../host/explain/statistics.h"
-#include "../host/link/unit_switch.h"
 #include "../host/explain/value_state.h"
 #include "../host/explain/write_outcome.h"
+#include "../host/link/link_state.h"
+#include "../host/link/poll_pass.h"
+#include "../host/link/recovery.h"
+#include "../host/link/transaction_numbers.h"
+#include "../host/link/unit_switch.h"
+#include "host_words.h"
 
 #include <tuple>
 
@@ -55,7 +55,7 @@ TEST(LinkState, BackOffDoublesUpToTheLongestUntilTheLinkIsProven)
 TEST(LinkState, AfterTheFreeReopeningALossBacksOffUnlessItTookATimeOutOrFollowedAnAnswer)
 {
     using Row = std::tuple<LinkCause, int, int>;
-    const Row rows[] = {{LinkCause::Silent, 100, 100},   {LinkCause::CutOff, 100, 100},     {LinkCause::Closed, 1000, 100},
+    const Row rows[] = {{LinkCause::Silent, 100, 100},    {LinkCause::CutOff, 100, 100},     {LinkCause::Closed, 1000, 100},
                         {LinkCause::HeldBack, 1000, 100}, {LinkCause::BadHeader, 1000, 100}, {LinkCause::Unasked, 1000, 100}};
     for (const auto &[cause, unanswered, answered] : rows) {
         for (const bool hasAnswered : {false, true}) {
@@ -194,9 +194,9 @@ TEST(WriteOutcome, ClaimsOnlyWhatWasAcknowledged)
     using Row = std::tuple<int, int, bool, const char *, WriteOutcome::End, const char *>;
     const Row rows[] = {
         {1, 0, false, "no reply", WriteOutcome::Failed, "not done: no reply"}, // to the read half of a bit write
-        {1, 0, true, "exception 5: x", WriteOutcome::Unknown, // the station may be carrying it out
+        {1, 0, true, "exception 5: x", WriteOutcome::Unknown,                  // the station may be carrying it out
          "outcome unknown: exception 5: x; it may or may not have been carried out"},
-        {1, 0, true, "exception 2: x", WriteOutcome::Unknown,           // to the retry after a time-out
+        {1, 0, true, "exception 2: x", WriteOutcome::Unknown, // to the retry after a time-out
          "outcome unknown: exception 2: x; it may or may not have been carried out"},
         {3, 1, false, "exception 2: x", WriteOutcome::Failed, "1 of 3 requests acknowledged, then refused with exception 2: x"},
         {1, 0, false, "", WriteOutcome::Failed, "not done: stopped before it was sent"},

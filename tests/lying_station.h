@@ -23,7 +23,7 @@ struct Lie
     bool isOneBehind = false; ///< every request is answered by the previous one's reply
     int slowEach = 0;         ///< every K-th reply comes slowMs late
     int slowMs = 0;
-    int silentEach = 0; ///< every K-th request is neither carried out nor answered
+    int silentEach = 0;  ///< every K-th request is neither carried out nor answered
     bool floods = false; ///< replies without end
     bool closes = false; ///< after each reply
 };

@@ -9,5 +9,5 @@ enum ExitCode {
     ExitFailed = 1,         ///< a station refused or did not answer; a frame to explain is faulty
     ExitUsage = 2,          ///< the command line, a variable, a value or a file is wrong
     ExitNoLink = 3,         ///< no connection, or the driver cannot be loaded
-    ExitOutcomeUnknown = 4, ///< a write got no reply: it may or may not have been carried out
+    ExitOutcomeUnknown = 4, ///< a write may or may not have been carried out
 };

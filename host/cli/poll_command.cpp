@@ -16,8 +16,8 @@ and state, and a line of counts for each unit: in place on a terminal,
 otherwise after every pass. Ctrl-C ends it.
 
 A pass is over when the first request comes round again, whether its requests
-were answered or not. While the link is down all requests fail at once, and it
-is opened again after 1 s, 2 s, 4 s... up to 60 s.
+were answered or not. A lost link is opened again at once the first time, then
+after 1 s, 2 s, 4 s... up to 60 s; meanwhile all requests fail at once.
 
 Ends with 0 after Ctrl-C; after --passes with 0 when the last read of every
 variable was good, else with 1; with 3 when the first connection cannot be

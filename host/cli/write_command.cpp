@@ -21,8 +21,9 @@ fraction. A bit of a register is written by reading the register and writing it
 back, so another master's change of its other bits in between is lost.
 
 Prints one line for each: acknowledged, refused, merged, dropped, or outcome
-unknown after a time-out. A write without a reply is not sent again unless
---retries says so, since it may have been carried out. Ends with 0 when all was
+unknown after a time-out or an exception that does not tell (4, 5, 11, unknown
+ones). A write without a reply is not sent again unless --retries says so, since
+it may have been carried out. Ends with 0 when all was
 acknowledged, 1 when anything was refused, dropped or not done, 4 when an
 outcome is unknown, 3 without a connection.
 
