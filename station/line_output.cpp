@@ -1,25 +1,83 @@
 // SPDX-License-Identifier: MIT
 #include "line_output.h"
 
+#include <QtCore/QElapsedTimer>
+
+#include <cerrno>
+#include <cstdio>
+
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-// A pipe is writable when it takes 4,096 bytes at once.
-bool LineOutput::isWritable() const
+namespace {
+const int mostWaiting = 1 << 20; // bytes
+const int lastChanceMs = 200;
+const int pieceSize = 4096; // a pipe that is writable takes so much at once, also where writes may wait
+} // namespace
+
+int openWithoutWaiting(int descriptor)
 {
-    pollfd output = {m_descriptor, POLLOUT, 0};
-    return poll(&output, 1, 0) == 1 && (output.revents & POLLOUT) != 0;
+    struct stat facts = {};
+    if (fstat(descriptor, &facts) != 0)
+        return -1;
+    // Only terminals and pipes make a writer wait. A file opened anew would lose its position.
+    int twin = -1;
+    if (isatty(descriptor) == 1 || S_ISFIFO(facts.st_mode)) {
+        char path[32];
+        std::snprintf(path, sizeof path, "/proc/self/fd/%d", descriptor);
+        twin = open(path, O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    }
+    return twin >= 0 ? twin : fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
+}
+
+LineOutput::LineOutput(int descriptor) : m_descriptor(openWithoutWaiting(descriptor)) {}
+
+LineOutput::~LineOutput()
+{
+    QElapsedTimer timer;
+    timer.start();
+    flush();
+    while (!m_waiting.isEmpty() && timer.elapsed() < lastChanceMs) {
+        isWritable(lastChanceMs / 10);
+        flush();
+    }
+    if (m_descriptor >= 0)
+        close(m_descriptor);
 }
 
 void LineOutput::write(const QByteArray &text)
 {
-    if (!isWritable()) {
+    if (m_waiting.size() + text.size() > mostWaiting) {
         ++m_leftOut;
-        return;
-    }
-    QByteArray line = text + '\n';
-    if (m_leftOut > 0)
-        line.prepend("# " + QByteArray::number(m_leftOut) + " left out\n");
-    if (::write(m_descriptor, line.constData(), static_cast<size_t>(line.size())) > 0)
+    } else {
+        if (m_leftOut > 0)
+            m_waiting += "# " + QByteArray::number(m_leftOut) + " lines left out\n";
         m_leftOut = 0;
+        m_waiting += text + '\n';
+    }
+    flush();
+}
+
+bool LineOutput::isWritable(int waitMs) const
+{
+    pollfd output = {m_descriptor, POLLOUT, 0};
+    return poll(&output, 1, waitMs) == 1;
+}
+
+void LineOutput::flush()
+{
+    int written = 0;
+    while (written < m_waiting.size() && isWritable(0)) {
+        const int size = qMin(pieceSize, m_waiting.size() - written);
+        const ssize_t taken =
+            ::write(m_descriptor, m_waiting.constData() + written, static_cast<size_t>(size));
+        if (taken < 0 && (errno == EAGAIN || errno == EINTR))
+            break;
+        if (taken < 0)
+            m_hasFailed = m_hasFailed || errno != EPIPE;
+        written += taken < 0 ? size : static_cast<int>(taken); // what is refused is lost
+    }
+    m_waiting.remove(0, written);
 }

@@ -93,7 +93,8 @@ std::optional<QList<ValueSetting>> readValueFile(const QString &path, QString *e
         return std::nullopt;
     }
     QList<ValueSetting> settings;
-    const QStringList lines = QString::fromUtf8(file.read(longestFile)).split(QLatin1Char('\n'));
+    const QByteArray content = file.read(longestFile);
+    const QStringList lines = QString::fromUtf8(content.constData(), content.size()).split(QLatin1Char('\n'));
     for (int i = 0; i < lines.size(); ++i) {
         const QString text = lines.at(i).section(QLatin1Char('#'), 0, 0).simplified();
         if (text.isEmpty())

@@ -3,8 +3,10 @@
 
 #include "../host/cli/commands.h"
 #include "../host/cli/exit_codes.h"
-#include "host_words.h"
 #include "../host/cli/standard_output.h"
+#include "host_words.h"
+
+#include <QtCore/QTemporaryFile>
 
 #include <algorithm>
 #include <cstdio>
@@ -47,6 +49,9 @@ TEST(Commands, WhatIsWrongIsOneLineAndACode)
         {"bad variable", readCommand, "hr:1 xx:1", ExitUsage, "xx"},
         {"bad number", pollCommand, "--timeout 1s hr:1", ExitUsage, "--timeout takes a number"},
         {"bad policy", pollCommand, "--after-timeout wait hr:1", ExitUsage, "numbers, reconnect or drain"},
+        {"a pass longer than the clock", pollCommand, "--every 2147483647 hr:1", ExitUsage, "--every takes a number"},
+        {"a unit off for ever", pollCommand, "--retry-off 2147483647 hr:1", ExitUsage, "--retry-off takes a number"},
+        {"a terminal's command", readCommand, "hr:1\x1b[2J", ExitUsage, "hr:1?[2J"},
         {"bad format", readCommand, "--format oct hr:1", ExitUsage, "--format takes"},
         {"bad peer", readCommand, "--connect 1.2.3.4:99999 hr:1", ExitUsage, "HOST:PORT"},
         {"a fault for a real station", readCommand, "--connect 127.0.0.1:1 --fault silence hr:1", ExitUsage, "built-in station"},
@@ -77,6 +82,28 @@ TEST(Commands, WhatIsWrongIsOneLineAndACode)
         EXPECT_TRUE(holds(ended.err, line)) << what << ": " << ended.err;
         EXPECT_EQ(std::count(ended.err.begin(), ended.err.end(), '\n'), 1) << what << ": " << ended.err;
         EXPECT_EQ(ended.out, "") << what;
+    }
+}
+
+TEST(Commands, RefuseAListWithBytesThatAreNoText)
+{
+    const std::pair<QByteArray, const char *> rows[] = {
+        {QByteArray("hr:1\0\nhr:2", 10), ":1: variable \"hr:1?\""},
+        {QByteArray("hr:1\nhr:2 a\0b", 13), ":2: the name holds a control character"},
+        {QByteArray("hr:1 level \x1b[2J"), ":1: the name holds a control character"},
+        {QByteArray("hr:1\xc2\x9b"
+                    "2J"),
+         ":1: variable \"hr:1?2J\""},
+    };
+    for (const auto &[content, complaint] : rows) {
+        QTemporaryFile file;
+        ASSERT_TRUE(file.open());
+        file.write(content);
+        file.close();
+        const Ended ended = run(planCommand, qPrintable(QStringLiteral("--file ") + file.fileName()));
+        EXPECT_EQ(ended.code, ExitUsage) << complaint;
+        EXPECT_TRUE(holds(ended.err, complaint)) << ended.err;
+        EXPECT_FALSE(holds(ended.err, "\x1b") || holds(ended.err, "\xc2\x9b")) << ended.err;
     }
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The plan against the driver that is really loaded; DRIVER_PATH names it.
-#include "host_words.h"
 #include "../host/explain/plan.h"
+#include "host_words.h"
 
 namespace {
 
@@ -28,6 +28,21 @@ struct Row
     int block;
     const char *expected;
 };
+
+TEST(Plan, TellsWhichRequestsCarryAVariable)
+{
+    const QList<Variable> of = variables("hr:0*20 2/hr:8 hr:10 hrbit:9.15*2 ir:10 hr:15");
+    const QList<PlannedRequest> requests = plan(of, 10);
+    QStringList carried;
+    for (const QList<Variable> &inRequest : carriedVariables(requests, of)) {
+        QStringList names;
+        for (const Variable &variable : inRequest)
+            names << variable.name;
+        carried << names.join(QLatin1Char(' '));
+    }
+    EXPECT_EQ(carried.join(QStringLiteral(" | ")).toStdString(),
+              "hr:0*20 hrbit:9.15*2 | hr:0*20 hr:10 hrbit:9.15*2 | hr:0*20 hr:10 hrbit:9.15*2 hr:15 | 2/hr:8 | ir:10");
+}
 
 TEST(Plan, ListsEachRequestOnceWithItsGaps)
 {

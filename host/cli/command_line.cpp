@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "command_line.h"
 
+#include "printable.h"
+
 #include <QtCore/QRegularExpression>
 
 #include <cstdio>
@@ -59,7 +61,7 @@ int CommandLine::number(const char *name, int lowest, int highest)
                      .arg(lowest)
                      .arg(highest)
                      .arg(value(name)));
-    return number;
+    return qBound(lowest, number, highest);
 }
 
 void CommandLine::complain(const QString &complaint)
@@ -70,6 +72,6 @@ void CommandLine::complain(const QString &complaint)
 
 ExitCode CommandLine::fail(ExitCode code, const QString &line) const
 {
-    std::fprintf(stderr, "modbus-panel %s: %s\n", qPrintable(m_command), qPrintable(line));
+    std::fprintf(stderr, "modbus-panel %s: %s\n", qPrintable(m_command), qPrintable(printable(line)));
     return code;
 }

@@ -31,7 +31,7 @@ public:
     QString value(const char *name) const { return m_parser.value(QLatin1String(name)); }
     QStringList values(const char *name) const { return m_parser.values(QLatin1String(name)); }
     QStringList words() const { return m_parser.positionalArguments(); }
-    /// The value as a number; an error when it is outside the limits.
+    /// The value as a number. An error when it is outside the limits; the nearest limit is then returned.
     int number(const char *name, int lowest, int highest);
 
     /// Notes an error; only the first is kept.

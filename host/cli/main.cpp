@@ -2,6 +2,7 @@
 // modbus-panel: a panel on the command line. The first word names the command.
 #include "commands.h"
 #include "exit_codes.h"
+#include "printable.h"
 #include "standard_output.h"
 
 #include <QtCore/QCoreApplication>
@@ -60,7 +61,7 @@ int run(const QStringList &words)
         std::fputs("modbus-panel: no command is named; modbus-panel --help lists them\n", stderr);
     else
         std::fprintf(stderr, "modbus-panel: no command is called \"%s\"; modbus-panel --help lists them\n",
-                     qPrintable(name));
+                     qPrintable(printable(name)));
     return ExitUsage;
 }
 
@@ -69,6 +70,7 @@ int run(const QStringList &words)
 int main(int argc, char *argv[])
 {
     guardStandardStreams();
+    endOutputAtInterrupts();
     QCoreApplication application(argc, argv);
     return endOutput(run(QCoreApplication::arguments().mid(1)));
 }

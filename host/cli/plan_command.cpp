@@ -32,15 +32,15 @@ QString plural(int count, const char *noun)
                                                     QLatin1String(count == 1 ? "" : "s"));
 }
 
-void printTotals(const QList<PlannedRequest> &requests, const QList<Variable> &variables)
+void printTotals(const QList<PlannedRequest> &requests, const QList<QList<Variable>> &carried)
 {
     int sent = 0;
     int received = 0;
     int gaps = 0;
-    for (const PlannedRequest &request : requests) {
-        sent += request.frame.size();
-        received += request.replyLength;
-        gaps += gapsOf(request, variables).size();
+    for (int i = 0; i < requests.size(); ++i) {
+        sent += requests.at(i).frame.size();
+        received += requests.at(i).replyLength;
+        gaps += gapsOf(requests.at(i), carried.at(i)).size();
     }
     print({QStringLiteral("%1, %2 sent and %3 received in each pass, %4")
                .arg(plural(requests.size(), "request"), plural(sent, "byte"), plural(received, "byte"),
@@ -71,8 +71,9 @@ int planCommand(const QStringList &arguments)
     if (requests.isEmpty())
         return line.fail(ExitNoLink,
                          QStringLiteral("the driver does not give the requests that it announced"));
-    for (const PlannedRequest &request : requests)
-        print(planLines(request, variables));
-    printTotals(requests, variables);
+    const QList<QList<Variable>> carried = carriedVariables(requests, variables);
+    for (int i = 0; i < requests.size(); ++i)
+        print(planLines(requests.at(i), carried.at(i)));
+    printTotals(requests, carried);
     return ExitDone;
 }

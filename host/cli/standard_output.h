@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Handles a standard output that is closed, full, or no longer read. On the main thread.
+/// Standard output and standard error that are closed, full, no longer read, or whose reader has stopped. On the
+/// main thread.
 
 #pragma once
 
@@ -8,6 +9,12 @@
 /// its number, and printed text would go to the station. SIGPIPE no longer ends the process.
 void guardStandardStreams();
 
-/// Flushes, and returns the exit code: `code`, also when the reader of a pipe has left. When output was lost for
-/// another reason, a line on stderr says so, and ExitDone becomes ExitUsage.
+/// From now on whatever waits for the reader of stdout or stderr ends once isInterrupted(); the text is then lost.
+void endOutputAtInterrupts();
+
+/// Some output other than stdout was lost; endOutput tells so. `what` is a name such as "the trace".
+void noteLostOutput(const char *what);
+
+/// Flushes, and returns the exit code: `code`, also when the reader of a pipe has left or a signal ended the command.
+/// When output was lost for another reason, a line on stderr says so, and ExitDone becomes ExitUsage.
 int endOutput(int code);

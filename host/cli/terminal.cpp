@@ -1,11 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "terminal.h"
 
+#include "interrupt.h"
+
 #include <cstdio>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace {
+
+const char enterScreen[] = "\x1b[?1049h\x1b[?25l"; // second screen, no cursor
+const char leaveScreen[] = "\x1b[?25h\x1b[?1049l";
 
 void print(const QString &text)
 {
@@ -36,12 +41,14 @@ bool isTerminal()
 
 FullScreen::FullScreen()
 {
-    print(QStringLiteral("\x1b[?1049h\x1b[?25l")); // second screen, no cursor
+    enterTerminal(enterScreen, leaveScreen);
+    print(QLatin1String(enterScreen));
 }
 
 FullScreen::~FullScreen()
 {
-    print(QStringLiteral("\x1b[?25h\x1b[?1049l"));
+    print(QLatin1String(leaveScreen));
+    leaveTerminal();
 }
 
 void FullScreen::draw(const QStringList &lines)

@@ -9,7 +9,8 @@
 /// True when stdout is a terminal.
 bool isTerminal();
 
-/// Uses the terminal's second screen while it lives, so that the previous content comes back.
+/// Uses the terminal's second screen while it lives, so that the previous content comes back: also when a signal stops
+/// or ends the process.
 class FullScreen
 {
 public:

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "trace.h"
 
+#include "printable.h"
+#include "standard_output.h"
+
 #include "../explain/frame_text.h"
 
 #include <QtCore/QDateTime>
@@ -9,6 +12,9 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -28,20 +34,30 @@ QByteArray timeOfDay()
 bool Trace::open(const QString &path, bool remote, QString *error)
 {
     m_remote = remote;
-    m_file.reset(path.isEmpty() ? stderr : std::fopen(QFile::encodeName(path).constData(), "w"));
-    if (!m_file) {
+    const int file = path.isEmpty() ? dup(STDERR_FILENO)
+                                    : ::open(QFile::encodeName(path).constData(),
+                                             O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666);
+    if (file < 0) {
         *error = QStringLiteral("cannot write the trace %1: %2")
                      .arg(path, QString::fromLocal8Bit(std::strerror(errno)));
         return false;
     }
+    m_output = std::make_unique<LineOutput>(file);
+    close(file);
     comment(
         QStringLiteral("text2pcap -D -t '%H:%M:%S.%f' -4 127.0.0.1,127.0.0.1 -T 40000,502 TRACE FILE.pcap"));
     return true;
 }
 
+Trace::~Trace()
+{
+    if (m_output && m_output->hasFailed())
+        noteLostOutput("the trace");
+}
+
 void Trace::request(const QByteArray &bytes) const
 {
-    if (!m_file)
+    if (!m_output)
         return;
     comment(frameSummary(bytes, m_remote ? FrameKind::Remote : FrameKind::Request));
     frame('I', bytes);
@@ -49,7 +65,7 @@ void Trace::request(const QByteArray &bytes) const
 
 void Trace::reply(const QByteArray &bytes, const QString &remark) const
 {
-    if (!m_file)
+    if (!m_output)
         return;
     // The replies of remote peers do not say what they hold.
     const QString meaning = m_remote ? QStringLiteral("reply, %1 bytes").arg(bytes.size())
@@ -60,15 +76,12 @@ void Trace::reply(const QByteArray &bytes, const QString &remark) const
 
 void Trace::comment(const QString &text) const
 {
-    if (!m_file)
+    if (!m_output)
         return;
-    std::fprintf(m_file.get(), "# %s\n", qPrintable(text));
-    std::fflush(m_file.get());
+    m_output->write("# " + printable(text).toUtf8());
 }
 
 void Trace::frame(char direction, const QByteArray &bytes) const
 {
-    std::fprintf(m_file.get(), "%c %s\n000000 %s\n\n", direction, timeOfDay().constData(),
-                 bytes.toHex(' ').constData());
-    std::fflush(m_file.get());
+    m_output->write(direction + (' ' + timeOfDay()) + "\n000000 " + bytes.toHex(' ') + '\n');
 }

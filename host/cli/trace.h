@@ -7,16 +7,18 @@
 ///     I 12:00:01.123456
 ///     000000 00 00 00 00 00 06 01 03 00 00 00 03
 ///
-/// I goes to the station, O comes from it. Used on the communication thread only.
+/// I goes to the station, O comes from it. Never waits for its reader: text that is not read is left out and counted.
+/// Used on the communication thread while that runs, else on the main thread.
 
 #pragma once
 
 #include "../link/link_trace.h"
 
+#include "../../station/line_output.h"
+
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
-#include <cstdio>
 #include <memory>
 
 class Trace : public LinkTrace
@@ -24,6 +26,9 @@ class Trace : public LinkTrace
 public:
     /// A trace that writes nothing.
     Trace() = default;
+    ~Trace(); ///< reports text that the file refused to noteLostOutput
+    Trace(const Trace &) = delete;
+    Trace &operator=(const Trace &) = delete;
 
     /// To a file, or to stderr for an empty path. False, with one line in *error, when that cannot be opened.
     bool open(const QString &path, bool remote, QString *error);
@@ -36,14 +41,6 @@ public:
 private:
     void frame(char direction, const QByteArray &bytes) const;
 
-    struct CloseFile
-    {
-        void operator()(std::FILE *file) const
-        {
-            if (file != stderr)
-                std::fclose(file);
-        }
-    };
-    std::unique_ptr<std::FILE, CloseFile> m_file;
+    std::unique_ptr<LineOutput> m_output; ///< null: no trace
     bool m_remote = false;
 };

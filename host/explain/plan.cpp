@@ -8,6 +8,9 @@
 #include "../../driver/base/modbus_wire.h"
 
 #include <algorithm>
+#include <map>
+#include <tuple>
+#include <vector>
 
 using namespace modbus_driver;
 using namespace modbus_driver::wire;
@@ -76,6 +79,30 @@ QList<PlannedRequest> planRequests(const DriverLibrary &driver, const QList<Vari
         driver.handReply(&reply, reply.size());
     }
     return requests;
+}
+
+QList<QList<Variable>> carriedVariables(const QList<PlannedRequest> &requests,
+                                        const QList<Variable> &variables)
+{
+    using Place = std::tuple<int, int, int>; // unit, area, first address
+    std::multimap<Place, int> requestAt;
+    int longest = 0;
+    for (int i = 0; i < requests.size(); ++i) {
+        const Span &span = requests.at(i).span;
+        requestAt.emplace(Place{span.unit, span.area, span.first}, i);
+        longest = qMax(longest, span.count);
+    }
+    std::vector<QList<Variable>> carried(static_cast<std::size_t>(requests.size()));
+    for (const Variable &variable : variables) {
+        const Span span = spanOf(variable);
+        const auto end = requestAt.lower_bound(Place{span.unit, span.area, span.end()});
+        for (auto it = requestAt.lower_bound(Place{span.unit, span.area, span.first - longest}); it != end;
+             ++it) {
+            if (span.overlaps(requests.at(it->second).span))
+                carried[static_cast<std::size_t>(it->second)] << variable;
+        }
+    }
+    return QList<QList<Variable>>(carried.begin(), carried.end());
 }
 
 QList<Gap> gapsOf(const PlannedRequest &request, const QList<Variable> &variables)

@@ -31,8 +31,12 @@ struct Gap
 /// Empty when the driver does not give all the requests that it announced.
 QList<PlannedRequest> planRequests(const DriverLibrary &driver, const QList<Variable> &variables, int block);
 
-/// In ascending order.
+/// For each request the variables that lie in it, whole or in part, in the order of `variables`.
+QList<QList<Variable>> carriedVariables(const QList<PlannedRequest> &requests,
+                                        const QList<Variable> &variables);
+
+/// In ascending order. `variables` are those that lie in the request; others change nothing.
 QList<Gap> gapsOf(const PlannedRequest &request, const QList<Variable> &variables);
 
-/// One paragraph: the request, its bytes, the variables that it carries, its gaps, and warnings.
+/// One paragraph: the request, its bytes, the variables that it carries, its gaps, and warnings. `variables` as above.
 QStringList planLines(const PlannedRequest &request, const QList<Variable> &variables);

@@ -171,6 +171,11 @@ QString readVariable(const QString &text, Variable *variable)
     return error.isEmpty() ? checkEnd(*variable) : error;
 }
 
+bool isControl(QChar character)
+{
+    return character.category() == QChar::Other_Control;
+}
+
 /// A variable, then its name; false, with *error, when the variable is wrong.
 bool readLine(const QString &line, QList<Variable> *variables, QString *error)
 {
@@ -181,6 +186,10 @@ bool readLine(const QString &line, QList<Variable> *variables, QString *error)
     if (!variable)
         return false;
     const QString name = text.section(QLatin1Char(' '), 1);
+    if (std::any_of(name.begin(), name.end(), isControl)) {
+        *error = QStringLiteral("the name holds a control character");
+        return false;
+    }
     if (!name.isEmpty())
         variable->name = name;
     variables->append(*variable);
@@ -218,7 +227,7 @@ std::optional<QList<Variable>> readVariableFile(const QString &path, QString *er
         return std::nullopt;
     }
     QList<Variable> variables;
-    const QStringList lines = QString::fromUtf8(content).split(QLatin1Char('\n'));
+    const QStringList lines = QString::fromUtf8(content.constData(), content.size()).split(QLatin1Char('\n'));
     for (int i = 0; i < lines.size(); ++i) {
         if (readLine(lines.at(i), &variables, error))
             continue;
