@@ -133,6 +133,8 @@ struct Wait
 
 const Wait waits[] = {
     {"for the next pass", "poll --every 3600000 --json hr:60", "pass", 0},
+    {"for the gap", "poll --gap 3600000 --every 0 hr:60", "", 0},
+    {"in a flood", "poll --after-timeout drain --timeout 3600000 --every 0 --fault flood=3600 hr:60", "", 0},
     {"for a reply of a poll", "poll --timeout 3600000 --fault silence hr:60", "", 0},
     {"for a reply of a read", "read --timeout 3600000 --fault silence hr:60", "", 1},
     {"for a reply of a write", "write --timeout 3600000 --fault silence hr:60=1", "", 4},
