@@ -8,7 +8,7 @@ namespace {
 using Values = QVector<quint16>;
 
 const quint32 stepsPerPeriod = 100;
-const double fullTurn = 6.283185307179586;
+const double twoPi = 6.283185307179586;
 
 Values highRegisterFirst(quint32 value)
 {
@@ -17,7 +17,7 @@ Values highRegisterFirst(quint32 value)
 
 double sineAt(quint32 step)
 {
-    return std::sin(fullTurn * (step % stepsPerPeriod) / stepsPerPeriod);
+    return std::sin(twoPi * (step % stepsPerPeriod) / stepsPerPeriod);
 }
 
 Values counter(int, quint32 step)
@@ -66,25 +66,25 @@ ChangingValues::ChangingValues(SimulatedUnit &unit) : m_unit(unit)
             m_points << Point{table, address, counterBit, {}};
     }
     for (Point &point : m_points)
-        show(point);
+        write(point);
 }
 
 void ChangingValues::step()
 {
     ++m_step;
     for (Point &point : m_points) {
-        for (int i = 0; i < point.shown.size(); ++i) {
-            if (m_unit.at(point.table, point.address + i) != point.shown.at(i))
-                point.shown.clear();
+        for (int i = 0; i < point.lastValues.size(); ++i) {
+            if (m_unit.at(point.table, point.address + i) != point.lastValues.at(i))
+                point.lastValues.clear();
         }
-        if (!point.shown.isEmpty())
-            show(point);
+        if (!point.lastValues.isEmpty())
+            write(point);
     }
 }
 
-void ChangingValues::show(Point &point)
+void ChangingValues::write(Point &point)
 {
-    point.shown = point.valuesAt(point.address, m_step);
-    for (int i = 0; i < point.shown.size(); ++i)
-        m_unit.set(point.table, point.address + i, point.shown.at(i));
+    point.lastValues = point.valuesAt(point.address, m_step);
+    for (int i = 0; i < point.lastValues.size(); ++i)
+        m_unit.set(point.table, point.address + i, point.lastValues.at(i));
 }

@@ -15,9 +15,9 @@ const char description[] =
     "Example: two units on a free port, unit 2 silent at every third request:\n"
     "  modbus-station --listen 127.0.0.1:0 --units 1,2 --fault silence@unit=2,every=3\n"
     "\n"
-    "Values, addresses counted from 0. At first holding register A holds A, input register A holds\n"
-    "10000 + A, coils 0, 3, 6... and discrete inputs 0, 5, 10... are on. Unless --still, ten times a\n"
-    "second until a master writes there:\n"
+    "Values: addresses count from 0. At the start holding register A is A, input register A is 10000 + A,\n"
+    "coils 0, 3, 6... and discrete inputs 0, 5, 10... are on. Without --still these values change ten times\n"
+    "a second, until a master writes them:\n"
     "  holding and input registers   0    counter\n"
     "                                1    sine, -1000 to 1000 in 10 s\n"
     "                                2    ramp, 0 to 990 in 10 s\n"
@@ -25,22 +25,22 @@ const char description[] =
     "                                4-5  32-bit counter, high register first\n"
     "                                6-7  sine as 32-bit float, -100 to 100, high register first\n"
     "  coils and discrete inputs     0-7  the low bits of the counter\n"
-    "--set and --values take [UNIT/]AREA:ADDRESS=VALUE[,VALUE...], such as 2/hr:100=7,-1,0xFFFF; the areas\n"
-    "are coil, input, ir and hr; without UNIT the values are those of every unit.\n"
+    "--set and --values take [UNIT/]AREA:ADDRESS=VALUE[,VALUE...], such as 2/hr:100=7,-1,0xFFFF. The areas\n"
+    "are coil, input, ir and hr. Without UNIT the values are set in every unit.\n"
     "\n"
     "Faults: FAULT[=VALUE][@SELECTOR=VALUE[,SELECTOR=VALUE...]]\n"
     "  silence           no reply               unit=N          wrong unit in the reply\n"
     "  delay=MS          late reply             length=N|+N|-N  wrong length field\n"
-    "  late=MS           late, others first     protocol=N      wrong protocol identifier\n"
+    "  late=MS           late, out of order     protocol=N      wrong protocol identifier\n"
     "  cut=BYTES         only its first bytes   transaction=N   wrong transaction identifier\n"
     "  double            reply sent twice       function=N      wrong function code\n"
-    "  double=MS         sent again so late     exception=N     exception reply, nothing carried out\n"
-    "  flood=SECONDS     sent on and on         behind          the reply to the request before\n"
+    "  double=MS         and again after MS     exception=N     exception reply, request not executed\n"
+    "  flood=SECONDS     sent again and again   behind          reply to the previous request\n"
     "  glue              sent with the next     greet=N         at connect, a reply of N registers\n"
-    "  close, reset      connection ended\n"
-    "  refuse=SECONDS    all connections ended and new ones refused for so long\n"
-    "MS may be FIRST-LAST: each time 1 ms more, then FIRST again.\n"
-    "Selectors: unit, function, address (N or FIRST-LAST; address: any that the request touches),\n"
+    "  close, reset      connection closed or reset, no reply\n"
+    "  refuse=SECONDS    all connections ended, new ones refused for this time\n"
+    "MS may be FIRST-LAST: 1 ms more at each use; after LAST, FIRST again.\n"
+    "Selectors: unit, function, address (N or FIRST-LAST; address: at least one of the request),\n"
     "every=K (each K-th selected request), nth=K (only the K-th).";
 
 bool parseEndpoint(const QString &text, StationOptions *station)
@@ -75,21 +75,22 @@ void addOptions(QCommandLineParser &parser)
     const auto text = [](const char *latin1) { return QString::fromLatin1(latin1); };
     parser.addOptions({
         {text("listen"),
-         text("Numeric address and port to listen on; port 0: a free one. Default: 127.0.0.1:1502."),
+         text("Numeric address and port to listen on; port 0: any free port. Default: 127.0.0.1:1502."),
          text("ADDRESS:PORT"), text("127.0.0.1:1502")},
         {text("units"), text("Unit numbers from 1 to 255. Default: 1."), text("N,N..."), text("1")},
-        {text("still"), text("Values change only when written.")},
-        {text("set"), text("A value at the start; may be given repeatedly."), text("VALUE")},
-        {text("values"), text("Values from a file, one a line; may be given repeatedly."), text("FILE")},
-        {text("trace"), text("Print every frame on standard error, as Wireshark's text import reads it.")},
-        {text("fault"), text("A fault; may be given repeatedly."), text("FAULT")},
+        {text("still"), text("Values change only when a master writes them.")},
+        {text("set"), text("Sets values at the start; may be repeated."), text("VALUE")},
+        {text("values"), text("Sets values from a file, one setting in each line; may be repeated."),
+         text("FILE")},
+        {text("trace"), text("Print every frame to standard error, for Wireshark's text import.")},
+        {text("fault"), text("Adds a fault; may be repeated."), text("FAULT")},
         {text("remote"), text("Answer the driver's compact frames instead of Modbus.")},
         {{text("h"), text("help")}, text("Print this and end.")},
         {text("version"), text("Print the version and end.")},
     });
 }
 
-// What is wrong; empty when all is well.
+// Returns the error text; empty when there is no error.
 QString readValues(const QCommandLineParser &parser, StationCommandLine *line)
 {
     QString error;
@@ -112,7 +113,7 @@ QString readValues(const QCommandLineParser &parser, StationCommandLine *line)
     return QString();
 }
 
-// What is wrong; empty when all is well.
+// Returns the error text; empty when there is no error.
 QString readStation(const QCommandLineParser &parser, StationOptions *station)
 {
     const QString listen = parser.value(QStringLiteral("listen"));

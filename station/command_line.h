@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The command line of modbus-station. Read once, on the main thread.
+/// The command line of modbus-station. It is read once, on the main thread.
 
 #pragma once
 
@@ -12,11 +12,11 @@
 struct StationCommandLine
 {
     StationOptions station;
-    QList<ValueSetting> values; ///< of units that there are
+    QList<ValueSetting> values; ///< each for an existing unit, or for all units
     bool trace = false;
-    QString answer; ///< not empty: print this and end, the help or the version was asked for
+    QString answer; ///< the help or version text; when it is not empty, the program prints it and ends
 };
 
-/// Reads the words behind and including the program's name. Nothing, with one line in *error, when any is
-/// wrong.
+/// Reads the words of the command line, of which the first is the program's name. Returns nothing when a word
+/// is wrong; *error then has one line of text.
 std::optional<StationCommandLine> readCommandLine(const QStringList &words, QString *error);

@@ -6,7 +6,7 @@
 namespace wire = modbus_driver::wire;
 
 namespace {
-// A reply that an earlier fault has cut may end before the field.
+// Does nothing beyond the end: an earlier fault may have cut the reply before this field.
 void setByte(QByteArray &reply, int index, int value)
 {
     if (index < reply.size())

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Applies a chosen fault to the reply. The station's thread calls this.
+/// Applies a chosen fault to the reply. Used on the station's thread.
 
 #pragma once
 
 #include "delivery.h"
 #include "fault.h"
 
-/// Applies the fault to the delivery. `exception` and `greet` change nothing here: the station makes these
-/// replies itself.
+/// Changes the delivery as the fault says. `exception` and `greet` change nothing here, because the station
+/// makes these replies itself.
 void applyFault(const Fault &fault, Delivery &delivery);

@@ -13,7 +13,7 @@ bool matches(const Fault &fault, const RequestFacts &request)
            overlaps(fault.address, request.address, request.count);
 }
 
-// Counts what the fault selects, and tells whether the fault applies to it.
+// Counts one more selected request or connection. True when the fault applies to it.
 bool countAndDecide(Fault &fault)
 {
     ++fault.selected;
@@ -28,7 +28,7 @@ bool matchesAndCounts(Fault &fault, const RequestFacts &request)
     return fault.kind != Fault::Greet && matches(fault, request) && countAndDecide(fault);
 }
 
-Fault withValueOfThisTime(Fault fault)
+Fault withNextValue(Fault fault)
 {
     if (fault.lastValue > fault.value)
         fault.value += (fault.applied - 1) % (fault.lastValue - fault.value + 1);
@@ -41,7 +41,7 @@ QList<Fault> chooseFaults(QList<Fault> &faults, const RequestFacts &request)
     QList<Fault> chosen;
     for (Fault &fault : faults) {
         if (matchesAndCounts(fault, request))
-            chosen << withValueOfThisTime(fault);
+            chosen << withNextValue(fault);
     }
     return chosen;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
 /// Decides which faults apply to a request or to a new connection. The station's thread calls this once for
-/// each.
+/// each request and once for each connection.
 
 #pragma once
 

@@ -17,7 +17,7 @@ struct KindRow
 
 const int longestWait = 3600000; // milliseconds
 
-// A name that stands twice is told apart by whether a value is given.
+// A name may have two rows: one for the fault with a value, one for the fault without.
 const KindRow kindRows[] = {
     {"silence", Fault::Silence, NoValue, 0, 0},
     {"delay", Fault::Delay, FirstToLast, 1, longestWait},
@@ -40,7 +40,8 @@ const KindRow kindRows[] = {
     {"greet", Fault::Greet, Number, 1, 125},
 };
 
-// The row of the name; of two rows the one that fits whether a value is given. nullptr: no such name.
+// The row of the name. Of two rows, the one with a value when hasValue is true, else the other. nullptr: no
+// row.
 const KindRow *findKind(const QString &name, bool hasValue)
 {
     const KindRow *found = nullptr;
@@ -60,7 +61,7 @@ QString knownKinds()
     return names.join(QStringLiteral(", "));
 }
 
-// Collects the first complaint about one fault text.
+// Reads one fault text, and keeps the first error that it finds.
 class Reader
 {
 public:
@@ -74,10 +75,10 @@ public:
             for (const QString &selector : m_fault.text.mid(at + 1).split(QLatin1Char(',')))
                 readSelector(selector);
         }
-        if (m_complaint.isEmpty())
+        if (m_problem.isEmpty())
             return m_fault;
         if (error)
-            *error = QStringLiteral("fault \"%1\": %2").arg(m_fault.text, m_complaint);
+            *error = QStringLiteral("fault \"%1\": %2").arg(m_fault.text, m_problem);
         return std::nullopt;
     }
 
@@ -89,11 +90,10 @@ private:
         const QString value = equals < 0 ? QString() : part.mid(equals + 1);
         const KindRow *row = findKind(name, equals >= 0);
         if (!row)
-            return complain(
-                QStringLiteral("no fault is called \"%1\"; there are %2").arg(name, knownKinds()));
+            return report(QStringLiteral("unknown fault \"%1\"; the faults are %2").arg(name, knownKinds()));
         m_fault.kind = row->kind;
         if (row->form == NoValue && equals >= 0)
-            complain(QStringLiteral("%1 takes no value").arg(name));
+            report(QStringLiteral("%1 takes no value").arg(name));
         else if (row->form == Number)
             readNumber(*row, value);
         else if (row->form == FirstToLast)
@@ -120,7 +120,7 @@ private:
         const QString name = selector.left(equals);
         const QString value = equals < 0 ? QString() : selector.mid(equals + 1);
         if (m_selectors.contains(name))
-            return complain(QStringLiteral("selector %1 is given twice").arg(name));
+            return report(QStringLiteral("selector %1 is given twice").arg(name));
         m_selectors << name;
         if (name == QLatin1String("unit"))
             m_fault.unit = range(name, value, 0, 255);
@@ -133,9 +133,9 @@ private:
         else if (name == QLatin1String("nth"))
             m_fault.nth = number(name, value, 1, std::numeric_limits<int>::max());
         else
-            complain(
-                QStringLiteral("no selector is called \"%1\"; there are unit, function, address, every, nth")
-                    .arg(name));
+            report(QStringLiteral(
+                       "unknown selector \"%1\"; the selectors are unit, function, address, every, nth")
+                       .arg(name));
     }
 
     int number(const QString &name, const QString &text, int lowest, int highest)
@@ -144,7 +144,7 @@ private:
         const bool hexadecimal = text.startsWith(QLatin1String("0x"));
         const int value = hexadecimal ? text.mid(2).toInt(&ok, 16) : text.toInt(&ok, 10);
         if (!ok || value < lowest || value > highest)
-            complain(QStringLiteral("%1 takes a number from %2 to %3").arg(name).arg(lowest).arg(highest));
+            report(QStringLiteral("%1 takes a number from %2 to %3").arg(name).arg(lowest).arg(highest));
         return value;
     }
 
@@ -155,19 +155,19 @@ private:
         range.first = number(name, text.left(dash), lowest, highest);
         range.last = dash < 0 ? range.first : number(name, text.mid(dash + 1), lowest, highest);
         if (range.last < range.first)
-            complain(QStringLiteral("%1 takes FIRST-LAST, not the other way round").arg(name));
+            report(QStringLiteral("%1 takes FIRST-LAST, with FIRST not above LAST").arg(name));
         return range;
     }
 
-    void complain(const QString &complaint)
+    void report(const QString &problem)
     {
-        if (m_complaint.isEmpty())
-            m_complaint = complaint;
+        if (m_problem.isEmpty())
+            m_problem = problem;
     }
 
     Fault m_fault;
     QSet<QString> m_selectors;
-    QString m_complaint;
+    QString m_problem;
 };
 } // namespace
 

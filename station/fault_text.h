@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The text of a fault, as a command line or a test gives it:
+/// Reads faults from the text of a command line or a test:
 ///
 ///     FAULT[=VALUE][@SELECTOR=VALUE[,SELECTOR=VALUE...]]      such as  silence@unit=2,every=3
 ///
@@ -15,7 +15,8 @@
 
 #include <optional>
 
-/// Reads one fault. Nothing, with one line in *error (if not null), when the text is wrong in any part.
+/// Reads one fault. Returns nothing when any part of the text is wrong; *error (if not null) then has one
+/// line of text.
 std::optional<Fault> parseFault(const QString &text, QString *error);
 /// Reads several, in the same way.
 std::optional<QList<Fault>> parseFaults(const QStringList &texts, QString *error);

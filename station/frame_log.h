@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Prints what a station receives, sends and stores: frames in the form that Wireshark's text import reads,
-/// as modbus-panel's trace does, and the values that masters write. Used on the station's thread.
+/// Prints the frames that a station receives and sends, and the values that masters write. Frames have the
+/// format of Wireshark's text import, as in the trace of modbus-panel. Used on the station's thread.
 
 #pragma once
 
@@ -11,5 +11,5 @@
 /// Prints each write of a master to `output`, as "written 1/hr:100=7".
 void printWrites(SimulatedStation &station, LineOutput &output);
 
-/// Prints each frame to `output`: I goes to the station, O comes from it.
+/// Prints each frame to `output`. I marks a frame to the station, O a frame from it.
 void printFrames(SimulatedStation &station, LineOutput &output);

@@ -19,20 +19,20 @@ int fail(ExitCode code, const QString &error)
     QString line = error;
     for (QChar &character : line)
         character =
-            character.isPrint() ? character : QLatin1Char('?'); // no control sequences to the terminal
+            character.isPrint() ? character : QLatin1Char('?'); // keeps control sequences from the terminal
     std::fprintf(stderr, "modbus-station: %s\n", qPrintable(line));
     return code;
 }
 
-// A descriptor that becomes readable on SIGINT and SIGTERM, which do nothing else from now on.
-int endingSignals()
+// Blocks SIGINT and SIGTERM. Returns a descriptor that becomes readable when one of them comes.
+int terminationSignals()
 {
-    sigset_t ending;
-    sigemptyset(&ending);
-    sigaddset(&ending, SIGINT);
-    sigaddset(&ending, SIGTERM);
-    sigprocmask(SIG_BLOCK, &ending, nullptr);
-    return signalfd(-1, &ending, SFD_CLOEXEC);
+    sigset_t stopSignals;
+    sigemptyset(&stopSignals);
+    sigaddset(&stopSignals, SIGINT);
+    sigaddset(&stopSignals, SIGTERM);
+    sigprocmask(SIG_BLOCK, &stopSignals, nullptr);
+    return signalfd(-1, &stopSignals, SFD_CLOEXEC);
 }
 
 void setValues(SimulatedStation &station, const ValueSetting &setting, const QList<int> &units)
@@ -64,9 +64,9 @@ int main(int argc, char *argv[])
         return ExitEnded;
     }
 
-    QSocketNotifier ending(endingSignals(), QSocketNotifier::Read);
-    QObject::connect(&ending, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
-    std::signal(SIGPIPE, SIG_IGN); // who reads the lines may leave
+    QSocketNotifier termination(terminationSignals(), QSocketNotifier::Read);
+    QObject::connect(&termination, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
+    std::signal(SIGPIPE, SIG_IGN); // the reader of the lines may close its end
     SimulatedStation station(line->station);
     for (const ValueSetting &setting : line->values)
         setValues(station, setting, line->station.units);

@@ -8,12 +8,13 @@ using wire::byteAt;
 using wire::wordAt;
 
 namespace {
-// A request of function 23 describes its read at AddressAt and ValueAt, and its write behind these.
+// A request of function 23 has the address and quantity of its read at AddressAt and ValueAt, and those of
+// its write at these positions.
 const int writeAddressAt = 12;
 const int writeQuantityAt = 14;
 const int writeByteCountAt = 16;
 
-// Bytes that the frame must have; -1 for a function that is not served.
+// The number of bytes that the frame must have; -1 for a function that is not served.
 int requestLength(const QByteArray &frame)
 {
     switch (byteAt(frame, wire::FunctionAt)) {

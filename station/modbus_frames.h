@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Modbus TCP frames as a strict station sees them: where one ends in the stream, what it asks for, and the
-/// reply to it. Functions of bytes and of one unit; the station's thread calls them.
+/// Modbus TCP frames for a strict station: finds the end of a frame in the stream, reads its fields, and
+/// makes the reply. These functions keep no state of their own. Used on the station's thread.
 
 #pragma once
 
@@ -11,16 +11,16 @@
 #include <QtCore/QByteArray>
 
 namespace modbus {
-/// Bytes of the first frame in the stream, header included, by its length field. 0: more bytes are needed.
-/// -1: no Modbus TCP header (protocol identifier not 0, or a length that no frame has).
+/// The size in bytes of the first frame in the stream, header included, from its length field. 0: more bytes
+/// are needed. -1: not a Modbus TCP header (the protocol identifier is not 0, or the length is not possible).
 int frameSize(const QByteArray &stream);
 
-/// A complete frame in short. For function 23 the address is that of its write.
+/// The fields of a complete frame that faults use. For function 23 the address is that of its write.
 RequestFacts facts(const QByteArray &frame);
 
-/// Carries out a complete frame at a unit. Returns the reply frame: exception 1 for a function that is not
-/// served over TCP (1 to 6, 15, 16, 22 and 23 are), 3 for more or fewer bytes than function and byte count
-/// say, and what the unit says otherwise.
+/// Executes the request of a complete frame at a unit and returns the reply frame. It is exception 1 for a
+/// function other than 1 to 6, 15, 16, 22 and 23, and exception 3 for a frame that is longer or shorter than
+/// function and byte count require. Otherwise it is the reply of the unit.
 QByteArray carryOut(SimulatedUnit &unit, const QByteArray &frame);
 
 /// The request frame of 12 bytes with these fields and transaction 0.

@@ -27,7 +27,7 @@ int lengthOf(const QByteArray &frame)
     return wordAt(frame, remoteWire::DataLengthAt);
 }
 
-// Value bytes that a write of this area and length carries; -1 for an area that is not written.
+// The number of value bytes in a write of this area and length; -1 for an area that cannot be written.
 int valueSize(const QByteArray &frame)
 {
     switch (areaOf(frame)) {
@@ -57,7 +57,7 @@ char byteSumOf(const QByteArray &bytes)
                                      static_cast<unsigned>(bytes.size())));
 }
 
-// Whether the table has `count` (more than 0) entries from `first` on.
+// True when count is above 0 and the table has all entries from `first` to first + count - 1.
 bool inTable(qint64 first, qint64 count)
 {
     return first >= 0 && count > 0 && first + count <= SimulatedUnit::tableSize;
@@ -97,7 +97,7 @@ void setRegister(SimulatedUnit &unit, int address, const char *lowByteFirst)
     unit.set(QModbusDataUnit::HoldingRegisters, address, qFromLittleEndian<quint16>(lowByteFirst));
 }
 
-// Whether the value bytes, the length and the tables allow the whole write.
+// True when the frame has the right number of value bytes and the table has all addresses of the write.
 bool isWritable(const QByteArray &frame)
 {
     const int length = lengthOf(frame);

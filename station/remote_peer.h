@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The station's side of the driver's remote frames, which carry a variable access instead of a Modbus
-/// request. Functions of bytes and of one unit; the station's thread calls them.
+/// Serves the driver's remote frames, which contain an access to a variable instead of a Modbus request.
+/// These functions keep no state of their own. Used on the station's thread.
 ///
 /// Requests, all fields high byte first:
 ///
@@ -9,16 +9,17 @@
 ///     1    host identifier        4    station   11-12  length            21..   value bytes, writes only
 ///     2    access, 0 or 1         5-6  area      13-16  sub-index         last   byte sum of all before
 ///
-/// Replies, whose first nine bytes tell which request they answer:
+/// Replies. Their first nine bytes identify the request:
 ///
 ///     0    frame length mod 256   5-6  area, as in the request
 ///     1-4  as in the request      7-8  low half of the start address
 ///     9..  reads: the data, `length` bytes, first bit lowest.
 ///          Writes: 9-10 the length as in the request, 11 the byte sum of all before.
 ///
-/// Reads serve areas 0 and 1 (length in bytes of eight bits), writes areas 0 and 3 (length in bits, one value
-/// byte each, exactly 1 is on) and 5 and 7 (length in registers, low byte first; area 7 in pairs, low
-/// register first, that are stored high register first).
+/// Reads: areas 0 and 1, length in bytes of eight bits. Writes of areas 0 and 3: length in bits; each bit has
+/// one value byte, and only a byte of 1 is on. Writes of areas 5 and 7: length in registers; each register
+/// has two value bytes, low byte first. Area 7 has pairs of registers: the frame has the low register first,
+/// the table the high register.
 
 #pragma once
 
@@ -28,16 +29,17 @@
 #include <QtCore/QByteArray>
 
 namespace remote {
-/// Bytes of the first frame in the stream. 0: more bytes are needed. -1: no such frame (unknown access,
-/// a read that is not 22 bytes long, a wrong byte sum). The length byte wraps at 256, so the size of a write
-/// follows from area and length where these agree with it; otherwise the value bytes are taken to be fewer
-/// than 256.
+/// The size in bytes of the first frame in the stream. 0: more bytes are needed. -1: not a remote frame
+/// (unknown access, a read that is not 22 bytes long, a wrong byte sum). The length byte is modulo 256. So
+/// the size of a write is computed from area and length. When that does not agree with the length byte, the
+/// frame is taken to have fewer than 256 value bytes.
 int frameSize(const QByteArray &stream);
 
-/// A complete frame in short.
+/// The fields of a complete frame that faults use.
 RequestFacts facts(const QByteArray &frame);
 
-/// Carries out a complete frame at a unit. Returns the reply; empty, and nothing done, for what the unit does
-/// not have or serve (these frames know no exception), also when the value bytes do not fit area and length.
+/// Executes the request of a complete frame at a unit and returns the reply. When the unit does not have the
+/// addresses or does not serve the area, or the number of value bytes is wrong, it does nothing and returns
+/// an empty reply: these frames have no exception.
 QByteArray carryOut(SimulatedUnit &unit, const QByteArray &frame);
 } // namespace remote

@@ -19,25 +19,25 @@ namespace wire = modbus_driver::wire;
 
 namespace {
 const int requestsKept = 1000;
-const int retryMilliseconds = 200; // after a port that is taken, and after the last descriptor is used
+const int retryMilliseconds = 200; // when the port is in use, or when accept4 fails (no file descriptor left)
 } // namespace
 
 SimulatedStation::SimulatedStation(const StationOptions &options, QObject *parent)
-    : QObject(parent), m_options(options), m_port(options.port), m_server(this), m_steps(this),
-      m_absence(this)
+    : QObject(parent), m_options(options), m_port(options.port), m_server(this), m_stepTimer(this),
+      m_listenAgainTimer(this)
 {
     setFaults(options.faults);
     for (const int id : options.units) {
         if (!m_units.contains(id))
             addUnit(id);
     }
-    m_absence.setSingleShot(true);
-    connect(&m_absence, &QTimer::timeout, this, &SimulatedStation::acceptAgain);
+    m_listenAgainTimer.setSingleShot(true);
+    connect(&m_listenAgainTimer, &QTimer::timeout, this, &SimulatedStation::endRefusal);
     if (options.still)
         return;
     for (SimulatedUnit *unit : qAsConst(m_units))
         m_changing.emplace_back(*unit);
-    connect(&m_steps, &QTimer::timeout, this, [this] {
+    connect(&m_stepTimer, &QTimer::timeout, this, [this] {
         for (ChangingValues &values : m_changing)
             values.step();
     });
@@ -53,7 +53,7 @@ void SimulatedStation::addUnit(int id)
 
 bool SimulatedStation::listen(QString *error)
 {
-    m_absence.stop();
+    m_listenAgainTimer.stop();
     if (!m_server.listen(QHostAddress(m_options.address), m_port)) {
         *error = QStringLiteral("cannot listen on %1:%2: %3")
                      .arg(m_options.address)
@@ -63,20 +63,20 @@ bool SimulatedStation::listen(QString *error)
     }
     m_port = m_server.serverPort();
     m_server.pauseAccepting();
-    m_arrivals = new QSocketNotifier(m_server.socketDescriptor(), QSocketNotifier::Read, this);
-    connect(m_arrivals, &QSocketNotifier::activated, this, &SimulatedStation::accept);
+    m_acceptNotifier = new QSocketNotifier(m_server.socketDescriptor(), QSocketNotifier::Read, this);
+    connect(m_acceptNotifier, &QSocketNotifier::activated, this, &SimulatedStation::accept);
     if (!m_options.still)
-        m_steps.start(ChangingValues::stepMilliseconds);
+        m_stepTimer.start(ChangingValues::stepMilliseconds);
     return true;
 }
 
 void SimulatedStation::stopListening()
 {
-    m_absence.stop();
-    if (m_arrivals) {
-        m_arrivals->setEnabled(false);
-        m_arrivals->deleteLater();
-        m_arrivals = nullptr;
+    m_listenAgainTimer.stop();
+    if (m_acceptNotifier) {
+        m_acceptNotifier->setEnabled(false);
+        m_acceptNotifier->deleteLater();
+        m_acceptNotifier = nullptr;
     }
     m_server.close();
     const QList<StationConnection *> connections = findChildren<StationConnection *>();
@@ -84,7 +84,7 @@ void SimulatedStation::stopListening()
         connection->drop();
 }
 
-// QTcpServer would try again at once, for ever, when no descriptor is left.
+// QTcpServer does not accept by itself: without a free file descriptor it would try again without a pause.
 void SimulatedStation::accept()
 {
     while (m_server.isListening()) {
@@ -101,10 +101,10 @@ void SimulatedStation::accept()
 
 void SimulatedStation::pauseAccepting()
 {
-    m_arrivals->setEnabled(false);
+    m_acceptNotifier->setEnabled(false);
     QTimer::singleShot(retryMilliseconds, this, [this] {
-        if (m_arrivals)
-            m_arrivals->setEnabled(true);
+        if (m_acceptNotifier)
+            m_acceptNotifier->setEnabled(true);
     });
 }
 
@@ -123,7 +123,7 @@ void SimulatedStation::addConnection(int descriptor)
     greet(*connection);
 }
 
-// A greeting is the answer to a read that nobody sent, with the other faults applied to it.
+// A greeting is the reply to a read that no master sent. The other faults apply to it too.
 void SimulatedStation::greet(StationConnection &connection)
 {
     const QList<Fault> greetings = chooseGreetings(m_options.faults);
@@ -193,12 +193,12 @@ QByteArray SimulatedStation::carryOutAt(SimulatedUnit &unit, const QByteArray &r
 void SimulatedStation::refuseConnections(int seconds)
 {
     stopListening();
-    m_absence.start(seconds * 1000);
+    m_listenAgainTimer.start(seconds * 1000);
 }
 
-void SimulatedStation::acceptAgain()
+void SimulatedStation::endRefusal()
 {
     QString error;
     if (!listen(&error))
-        m_absence.start(retryMilliseconds); // someone else has the port for now
+        m_listenAgainTimer.start(retryMilliseconds); // another program uses the port
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// A simulated Modbus TCP station: any number of units behind one port, as strict as the best devices. It
-/// does not answer for units that it does not have, carries out a broadcast (unit 0) at every unit without a
-/// reply, and closes a connection whose bytes are not Modbus. Used on one thread with an event loop; hosts
-/// and tests that block use StationThread.
+/// A simulated Modbus TCP station with any number of units at one port. It checks requests strictly. It does
+/// not reply for units that it does not have. It executes a broadcast (unit 0) at every unit and sends no
+/// reply. It closes a connection whose bytes are not Modbus. Used on one thread with an event loop; hosts and
+/// tests that block use StationThread.
 
 #pragma once
 
@@ -25,11 +25,11 @@ class StationConnection;
 struct StationOptions
 {
     QString address = QStringLiteral("127.0.0.1"); ///< numeric address to listen on
-    quint16 port = 0;                              ///< 0: a free one
+    quint16 port = 0;                              ///< 0: any free port
     QList<int> units = {1};                        ///< 1 to 255
-    bool still = false;                            ///< values change only when written
+    bool still = false;                            ///< values change only when a master writes them
     bool remote = false;                           ///< the driver's compact frames instead of Modbus
-    QList<Fault> faults; ///< all that are chosen for a request are applied, in order
+    QList<Fault> faults; ///< those that are chosen for a request are applied in this order
 };
 
 class SimulatedStation : public QObject
@@ -39,27 +39,28 @@ class SimulatedStation : public QObject
 public:
     explicit SimulatedStation(const StationOptions &options, QObject *parent = nullptr);
 
-    /// Listens. False, with one line in *error, when that fails. After stopListening on the same port again.
+    /// Listens, after stopListening on the same port again. When that fails, it returns false, and *error has
+    /// one line of text.
     bool listen(QString *error);
     /// Closes every connection and the listening socket; tables and faults stay.
     void stopListening();
-    /// The port that is or was listened on; 0 before the first time.
+    /// The port of the last listen(); 0 before the first time when any port was asked for.
     quint16 port() const { return m_port; }
 
-    /// Replaces the faults; they count from 0 again. In remote mode those that change Modbus frames are left
-    /// out.
+    /// Replaces the faults. Their counts begin at 0. In remote mode, faults that change Modbus frames are
+    /// left out.
     void setFaults(const QList<Fault> &faults);
     /// The unit, owned by the station; nullptr when it has no such unit.
     SimulatedUnit *unit(int id) const { return m_units.value(id); }
-    /// The requests received, oldest first, as whole frames: the last thousand, those without a reply too.
+    /// The last thousand requests received, oldest first, as whole frames, also those without a reply.
     QList<QByteArray> requests() const { return m_requests; }
 
 signals:
     /// A request, as a whole frame.
     void received(const QByteArray &frame);
-    /// What was sent at once to a master; not what a flood repeats.
+    /// Bytes that were sent to a master together. The repetitions of a flood are left out.
     void sent(const QByteArray &bytes);
-    /// A master has written values at a unit, the same or others.
+    /// A master has written values at a unit, even when they are the same as before.
     void written(int unit, const QModbusDataUnit &values);
 
 private:
@@ -73,14 +74,14 @@ private:
     QByteArray carryOut(const RequestFacts &facts, const QByteArray &request);
     QByteArray carryOutAt(SimulatedUnit &unit, const QByteArray &request);
     void refuseConnections(int seconds);
-    void acceptAgain();
+    void endRefusal();
 
     StationOptions m_options;
     quint16 m_port = 0;
     QTcpServer m_server;
-    QSocketNotifier *m_arrivals = nullptr; ///< while listening; new connections are accepted here
-    QTimer m_steps;
-    QTimer m_absence;
+    QSocketNotifier *m_acceptNotifier = nullptr; ///< while listening; new connections are accepted here
+    QTimer m_stepTimer;
+    QTimer m_listenAgainTimer;
     QMap<int, SimulatedUnit *> m_units;
     std::vector<ChangingValues> m_changing;
     QList<QByteArray> m_requests;

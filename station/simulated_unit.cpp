@@ -10,7 +10,7 @@ template <typename Rule> QModbusDataUnit table(SimulatedUnit::Table type, Rule r
     return QModbusDataUnit(type, 0, values);
 }
 
-// Shared by all units until they write: a station of 255 units costs little.
+// All units share this data (copy on write), so 255 units need little memory.
 const QModbusDataUnitMap &initialTables()
 {
     static const QModbusDataUnitMap tables = {

@@ -4,10 +4,11 @@
 #include <sys/socket.h>
 
 namespace {
-// Above the longest request of either kind of frames. A master that sends more than it reads has to wait.
+// Bytes. streamLimit is above the longest request, Modbus or remote. The limits stop a master that sends
+// requests but does not read the replies.
 const int streamLimit = 256 * 1024;
 const int socketLimit = 64 * 1024;
-const int floodPiece = 8 * 1024;
+const int floodChunk = 8 * 1024;
 } // namespace
 
 StationConnection::StationConnection(QTcpSocket *socket, FrameSize frameSize, Answer answer, QObject *parent)
@@ -16,12 +17,12 @@ StationConnection::StationConnection(QTcpSocket *socket, FrameSize frameSize, An
     m_socket->setParent(this);
     m_socket->setReadBufferSize(socketLimit);
     m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    m_delay.setParent(this);
-    m_delay.setSingleShot(true);
-    m_delay.setTimerType(Qt::PreciseTimer);
-    m_turn.setParent(this);
-    m_turn.setSingleShot(true);
-    connect(&m_turn, &QTimer::timeout, this, &StationConnection::answerNext);
+    m_delayTimer.setParent(this);
+    m_delayTimer.setSingleShot(true);
+    m_delayTimer.setTimerType(Qt::PreciseTimer);
+    m_nextRequestTimer.setParent(this);
+    m_nextRequestTimer.setSingleShot(true);
+    connect(&m_nextRequestTimer, &QTimer::timeout, this, &StationConnection::answerNext);
     connect(m_socket, &QTcpSocket::readyRead, this, &StationConnection::answerNext);
     connect(m_socket, &QTcpSocket::bytesWritten, this, &StationConnection::continueFlood);
     connect(m_socket, &QTcpSocket::bytesWritten, this, &StationConnection::answerNext);
@@ -42,13 +43,13 @@ void StationConnection::answerNext()
     const QByteArray request = m_received.left(size);
     m_received.remove(0, size);
     if (!m_received.isEmpty() || m_socket->bytesAvailable() > 0)
-        m_turn.start();
+        m_nextRequestTimer.start();
     deliver(m_answer(request));
 }
 
 bool StationConnection::isReady() const
 {
-    return isConnected() && !m_delay.isActive() && !m_turn.isActive() &&
+    return isConnected() && !m_delayTimer.isActive() && !m_nextRequestTimer.isActive() &&
            m_socket->bytesToWrite() < socketLimit;
 }
 
@@ -60,12 +61,12 @@ void StationConnection::deliver(const Delivery &delivery)
     }
     if (delivery.delay == 0)
         return send(delivery);
-    disconnect(&m_delay, nullptr, this, nullptr);
-    connect(&m_delay, &QTimer::timeout, this, [this, delivery] {
+    disconnect(&m_delayTimer, nullptr, this, nullptr);
+    connect(&m_delayTimer, &QTimer::timeout, this, [this, delivery] {
         send(delivery);
         answerNext();
     });
-    m_delay.start(delivery.delay);
+    m_delayTimer.start(delivery.delay);
 }
 
 void StationConnection::send(const Delivery &delivery)
@@ -96,7 +97,7 @@ void StationConnection::write(const QByteArray &bytes)
 
 void StationConnection::startFlood(const QByteArray &reply, int seconds)
 {
-    m_flood = reply.repeated(1 + floodPiece / reply.size());
+    m_flood = reply.repeated(1 + floodChunk / reply.size());
     m_floodEnd.setRemainingTime(seconds * 1000);
     continueFlood();
 }
@@ -111,7 +112,8 @@ void StationConnection::continueFlood()
 
 void StationConnection::reset()
 {
-    const linger atOnce = {1, 0};
-    setsockopt(static_cast<int>(m_socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+    const linger resetOnClose = {1, 0};
+    setsockopt(static_cast<int>(m_socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &resetOnClose,
+               sizeof resetOnClose);
     m_socket->abort();
 }

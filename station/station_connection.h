@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// One master's connection: splits the byte stream into requests, has each answered, and sends the replies as
-/// the delivery says. Requests are answered in order, one in each turn of the event loop, so that no master
-/// keeps others waiting. Lives on the station's thread and deletes itself when the connection ends.
+/// The connection of one master. It splits the byte stream into requests, calls Answer for each, and sends
+/// the reply as the delivery says. It answers requests in order, one in each pass of the event loop, so that
+/// other masters do not wait. Used on the station's thread. It deletes itself when the connection ends.
 
 #pragma once
 
@@ -19,22 +19,22 @@ class StationConnection : public QObject
     Q_OBJECT
 
 public:
-    /// Bytes of the first request in the stream; 0: more are needed; -1: no such frame, the connection is
-    /// closed.
+    /// The size in bytes of the first request in the stream. 0: more bytes are needed. -1: not a request; the
+    /// connection is closed.
     using FrameSize = int (*)(const QByteArray &stream);
-    /// Carries one request out. May drop this connection.
+    /// Executes one request. May drop this connection.
     using Answer = std::function<Delivery(const QByteArray &request)>;
 
-    /// Owns the socket from now on.
+    /// Takes the ownership of the socket.
     StationConnection(QTcpSocket *socket, FrameSize frameSize, Answer answer, QObject *parent);
 
-    /// Sends what a request would be answered with, without one.
+    /// Sends the delivery as if it were the reply to a request.
     void deliver(const Delivery &delivery);
     /// Ends the connection at once.
     void drop() { m_socket->abort(); }
 
 signals:
-    /// Bytes were handed to the socket; not those that a flood repeats.
+    /// Bytes were written to the socket. The repetitions of a flood are left out.
     void sent(const QByteArray &bytes);
 
 private:
@@ -50,8 +50,8 @@ private:
     QTcpSocket *m_socket;
     FrameSize m_frameSize;
     Answer m_answer;
-    QTimer m_delay;
-    QTimer m_turn;
+    QTimer m_delayTimer;
+    QTimer m_nextRequestTimer;
     QDeadlineTimer m_floodEnd;
     QByteArray m_flood;
     QByteArray m_received;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// A simulated station that runs in a thread and event loop of its own, for hosts and tests that block. A
-/// QCoreApplication must exist. Everything here is called by the owner, from one thread, and returns when the
-/// station's thread has done it. What reads or changes the station needs a started one.
+/// A simulated station with its own thread and event loop, for hosts and tests that block. A QCoreApplication
+/// must exist. The owner makes all calls from one thread. A call returns when the station's thread has
+/// finished it. Calls that read or change the station need a station that was started.
 
 #pragma once
 
@@ -20,26 +20,27 @@ public:
     explicit StationThread(StationOptions options);
     ~StationThread(); ///< stops
 
-    /// Listens. False, with one line in *error, when the address cannot be listened on.
+    /// Starts the thread and listens. When that fails, it returns false, and *error has one line of text.
     bool start(QString *error);
     /// Closes every connection and the listening socket, and waits for the thread to end.
     void stop();
-    /// The port that is listened on, also when 0 was asked for; 0 when not started.
+    /// The actual port, also when the options have port 0. 0 when the station is not started.
     quint16 port() const { return m_port; }
 
     /// The register, or 0 or 1 for a bit; 0 for an address outside the table. The unit must be one of the
-    /// options'.
+    /// options.
     quint16 value(int unit, SimulatedUnit::Table table, int address) const;
     /// Sets a register or a bit.
     void setValue(int unit, SimulatedUnit::Table table, int address, quint16 value);
 
     /// The last thousand requests received, oldest first, as whole frames.
     QList<QByteArray> requests() const;
-    /// Replaces the faults; they count from 0 again.
+    /// Replaces the faults. Their counts begin at 0.
     void setFaults(const QList<Fault> &faults);
-    /// Refuses connections, and ends those there are, until listenAgain. Tables and faults stay.
+    /// Ends all connections and refuses new ones until listenAgain. Tables and faults stay.
     void stopListening();
-    /// Listens on the same port again. False, with one line in *error, when someone else has it.
+    /// Listens on the same port again. When another program uses it, this returns false, and *error has one
+    /// line of text.
     bool listenAgain(QString *error);
 
 private:
@@ -47,8 +48,8 @@ private:
     template <typename Function> auto inThread(Function function) const;
 
     StationOptions m_options;
-    std::thread m_thread; // joined, it is gone for good; a QThread may still be ending when wait() returns
-    SimulatedStation *m_station = nullptr; // on the thread's stack, and so is its loop
+    std::thread m_thread; // not a QThread, which may still be running for a moment after wait()
+    SimulatedStation *m_station = nullptr; // this and m_loop point to the stack of the thread
     QEventLoop *m_loop = nullptr;
     quint16 m_port = 0;
 };

@@ -40,7 +40,7 @@ std::optional<int> numberWithin(const QString &text, int lowest, int highest)
     return ok && number >= lowest && number <= highest ? std::optional<int>(number) : std::nullopt;
 }
 
-// What is wrong; empty when it was read.
+// Returns the error text; empty when the setting was read.
 QString readSetting(const QString &text, ValueSetting *setting)
 {
     static const QRegularExpression form(QStringLiteral("^(?:(\\d+)/)?(\\w+):(\\d+)=(.+)$"));
@@ -77,10 +77,10 @@ QString readSetting(const QString &text, ValueSetting *setting)
 std::optional<ValueSetting> parseValueSetting(const QString &text, QString *error)
 {
     ValueSetting setting;
-    const QString complaint = readSetting(text, &setting);
-    if (complaint.isEmpty())
+    const QString problem = readSetting(text, &setting);
+    if (problem.isEmpty())
         return setting;
-    *error = QStringLiteral("value \"%1\": %2").arg(text, complaint);
+    *error = QStringLiteral("value \"%1\": %2").arg(text, problem);
     return std::nullopt;
 }
 
