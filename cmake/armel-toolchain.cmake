@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 # The 32-bit ARM panel without a floating-point unit (ARMv5); tests run under qemu.
 set(CMAKE_SYSTEM_PROCESSOR arm)
-# The compiler's notes on how older ones passed some arguments.
+# No notes about arguments that older compilers passed in another way.
 set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
 set(modbus_arch armel)
 set(modbus_libraries arm-linux-gnueabi)

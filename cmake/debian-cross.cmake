@@ -1,7 +1,9 @@
 # SPDX-License-Identifier: MIT
-# Shared by the toolchain files beside it: builds with one of Debian's cross compilers and the folder that
-# scripts/sysroot makes. They set modbus_arch (Debian's name of the machine), modbus_libraries (its folder of libraries),
-# modbus_compiler (the compiler's prefix) and modbus_emulator (what runs a program).
+# Shared by the toolchain files in this folder: builds with one of Debian's cross compilers and the folder
+# that
+# scripts/sysroot makes. A toolchain file sets modbus_arch (Debian's name of the machine), modbus_libraries
+# (the name of its library folder), modbus_compiler (the prefix of the compiler) and modbus_emulator (the
+# command that runs programs).
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_LIBRARY_ARCHITECTURE ${modbus_libraries})
 set(CMAKE_C_COMPILER ${modbus_compiler}gcc)
@@ -18,7 +20,8 @@ if(NOT in_try_compile)
 endif()
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES MODBUS_SYSROOT)
 
-# No CMAKE_SYSROOT: headers and start-up files of the C library are the cross compiler's own.
+# CMAKE_SYSROOT is not set, because the cross compiler has its own headers and start-up files of the C
+# library.
 string(REGEX REPLACE "-$" "" modbus_compiler_root /usr/${modbus_compiler})
 set(CMAKE_FIND_ROOT_PATH ${MODBUS_SYSROOT} ${modbus_compiler_root})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# The 32-bit x86 panel, as g++ -m32 builds for it. Tests run on the processor itself: the loader of the unpacked
-# packages starts them, so no 32-bit library is installed.
+# The 32-bit x86 panel. Tests run without an emulator. The loader from the unpacked packages starts them, so
+# no 32-bit library is installed.
 set(CMAKE_SYSTEM_PROCESSOR i686)
 set(modbus_arch i386)
 set(modbus_libraries i386-linux-gnu)

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# What is installed: the library, the public headers, a CMake package and a pkg-config file. They
-# find the rest relative to their own place, so the installed tree may be moved.
+# Installs the library, the public headers, a CMake package and a pkg-config file. The last two use paths
+# relative to their own folder, so the installed tree may be moved.
 include(CMakePackageConfigHelpers)
 
 set(modbus_headers ${CMAKE_INSTALL_INCLUDEDIR}/${PROJECT_NAME})
@@ -40,8 +40,9 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${PROJECT_NAME}Config.cmake
     ${CMAKE_CURRENT_BINARY_DIR}/${PROJECT_NAME}ConfigVersion.cmake
   DESTINATION ${modbus_package} COMPONENT dev)
 
-# An installation below /usr is a system's, which a cross compiler has in a folder of its own: there pkg-config puts that
-# folder in front, so the file must say where things are in the system. Any other installation may be moved.
+# An installation in /usr is part of a system. For a cross compiler such a system is in another folder, and
+# pkg-config adds the path of that folder. So the file must have the absolute path. Any other installation may
+# be moved.
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
   set(modbus_pc_prefix /usr)
 else()
