@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Prints size and field offsets of the records and of the object that hosts share with the driver, one a line.
+// Prints sizes and field offsets of the records and of the driver object, one in each line.
 #include "modbus_tcpip_rtu_m.h"
 
 #include <cstddef>
@@ -90,7 +90,8 @@ void printStationValue()
     FIELD(EXTENDVAR, value);
 }
 
-// The size counts as well: a host that is linked and not position-independent has a copy of PLC_driver of that size.
+// The size is part of the ABI too. A host that is linked with the library and is not position-independent
+// reserves memory of this size for PLC_driver.
 void printDriver()
 {
     SIZE(PLC_driver);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Counts what this process takes from the heap: malloc and its kin are replaced in this program, which
-// operator new and Qt's containers end in as well. Costs two instructions a call while nothing is counted.
+// Counts the heap memory of this process. The program has its own malloc, calloc, realloc and free, which
+// operator new and Qt's containers use too. While nothing is counted, this adds two instructions to each
+// call.
 
 #pragma once
 
@@ -9,7 +10,7 @@
 
 namespace bench {
 
-/// Counts from its construction to its end. For one thread, one at a time.
+/// Counts from construction to stop() or destruction. For one thread, one object at a time.
 class HeapCount
 {
 public:
@@ -19,12 +20,12 @@ public:
     HeapCount &operator=(const HeapCount &) = delete;
 
     void stop();
-    /// How often the heap was asked for memory.
+    /// The number of allocations.
     std::size_t allocations() const;
-    /// The sizes asked for, the first 4096 of them.
+    /// The sizes of the first 4096 allocations.
     std::vector<std::size_t> sizes() const;
-    /// Bytes that were taken and not given back, the allocator's own words included, and the most there
-    /// ever was of them.
+    /// Bytes that were allocated and not freed, including the allocator's own data. heldBytes: now,
+    /// peakBytes: the maximum.
     std::ptrdiff_t heldBytes() const;
     std::ptrdiff_t peakBytes() const;
 };

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What is counted instead of timed, the same at every run: allocations and bytes of the heap, and steps for a
-// program that counts instructions from outside.
+// Measurements that count instead of time and give the same numbers in every run: allocations and heap bytes,
+// and steps for another program that counts instructions.
 
 #pragma once
 
@@ -14,17 +14,20 @@ void printAllocations();
 /// Prints, as JSON, the heap bytes that rebuilds keep and need at most, per variable.
 void printMemory();
 
-/// Prints, as JSON, the heap bytes of values that are kept per station: record, value bytes and index of each.
+/// Prints, as JSON, the heap bytes of values that are kept per station: record, value bytes and index of
+/// each.
 void printValues();
 
-/// Calls step `steps` times. Never inlined: a program that counts from outside begins and ends with it.
+/// Calls step `steps` times. Not inlined, because the program that counts instructions starts and stops at
+/// this function.
 __attribute__((noinline)) void countedSteps(const Step &step, int steps);
 
 /// Runs `steps` steps of one work. False, with a line on stderr, when there is no such work.
 bool runSteps(const std::string &name, int steps);
 
-/// Runs every work whose name has `part` in it, after some steps to warm up `steps` steps in one call of
-/// countedSteps, and prints name and number of steps: one of those that are long. False when there is no such work.
+/// Runs every work whose name contains `part`: first some steps to warm up, then `steps` steps in one call of
+/// countedSteps (one step for a long work). Prints name and number of steps. False when there is no such
+/// work.
 bool runCounted(const std::string &part, int steps);
 
 } // namespace bench

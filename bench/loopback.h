@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Exchanges over TCP with a station on this machine: the driver beside a client that knows its one request.
+// Exchanges over TCP with a station on this machine, by the driver and by a client that always sends the same
+// request.
 
 #pragma once
 

@@ -7,7 +7,8 @@
 
 namespace bench {
 
-/// Prints, as JSON, how long passes over the plant take for some settings, and the heap that the driver keeps for it.
+/// Prints, as JSON, the time of a pass over the plant for several settings, and the heap bytes that the
+/// driver needs.
 void printPlant();
 
 /// One pass over the plant without a dead station, in both image modes.

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-// What Google Benchmark times.
+// The measurements of time with Google Benchmark.
 
 #pragma once
 
 namespace bench {
 
-/// Registers every work, for times alone.
+/// Registers every work.
 void registerTimes();
 
 /// Registers how long a panel's thread waits for its read or write while another thread keeps the driver

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The pieces of work that are measured. Each has a name that says the work; its floor, the least code that
-// moves the same bytes under the same locks, is the work of the same name with "floor/" ahead. Times,
-// instructions and allocations are all taken from this one table.
+// The works that are measured. The name of a work says what it does. Its floor has the same name with the
+// prefix "floor/"; it is the cheapest code that moves the same bytes under the same locks. Times,
+// instructions and allocations are all measured with this one table.
 
 #pragma once
 
@@ -37,14 +37,14 @@ Works allWorks();
 /// Ends the program with a line on stderr.
 [[noreturn]] void giveUp(const char *what);
 
-/// Gives up when a work did not do what it is measured for.
+/// Ends the program when a condition does not hold, so that a work that fails is not measured.
 inline void require(bool holds, const char *what)
 {
     if (!holds)
         giveUp(what);
 }
 
-/// Keeps the compiler from leaving out what made `value`.
+/// Prevents the compiler from removing the code that computes `value`.
 template <typename T> void keep(const T &value)
 {
     asm volatile("" : : "r,m"(value) : "memory");

@@ -14,7 +14,7 @@
 namespace {
 const int mostWaiting = 1 << 20; // bytes
 const int lastChanceMs = 200;
-const int pieceSize = 4096; // a pipe that is writable takes so much at once, also where writes may wait
+const int chunkSize = 4096; // bytes; poll() reports a pipe as writable only when it has room for them
 } // namespace
 
 int openWithoutWaiting(int descriptor)
@@ -22,7 +22,8 @@ int openWithoutWaiting(int descriptor)
     struct stat facts = {};
     if (fstat(descriptor, &facts) != 0)
         return -1;
-    // Only terminals and pipes make a writer wait. A file opened anew would lose its position.
+    // Only for terminals and pipes, since others do not let a writer wait. Opening a file again would lose
+    // its position.
     int twin = -1;
     if (isatty(descriptor) == 1 || S_ISFIFO(facts.st_mode)) {
         char path[32];
@@ -70,14 +71,14 @@ void LineOutput::flush()
 {
     int written = 0;
     while (written < m_waiting.size() && isWritable(0)) {
-        const int size = qMin(pieceSize, m_waiting.size() - written);
+        const int size = qMin(chunkSize, m_waiting.size() - written);
         const ssize_t taken =
             ::write(m_descriptor, m_waiting.constData() + written, static_cast<size_t>(size));
         if (taken < 0 && (errno == EAGAIN || errno == EINTR))
             break;
         if (taken < 0)
             m_hasFailed = m_hasFailed || errno != EPIPE;
-        written += taken < 0 ? size : static_cast<int>(taken); // what is refused is lost
+        written += taken < 0 ? size : static_cast<int>(taken); // after an error the bytes are lost
     }
     m_waiting.remove(0, written);
 }

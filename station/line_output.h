@@ -1,29 +1,31 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Text to a descriptor whose reader may stop: what it does not take at once waits in memory, and what would be
-/// too much there is left out and counted, so that the writer always goes on. Used on one thread at a time.
+/// Writes lines to a file descriptor without waiting for its reader. Bytes that the descriptor does not
+/// accept at once are kept in memory. When too many are kept, further lines are left out and counted. Used on
+/// one thread at a time.
 
 #pragma once
 
 #include <QtCore/QByteArray>
 
-/// A second descriptor of the same file, terminal or pipe whose writes never wait. Where the system gives none, a
-/// copy of the descriptor. The caller closes it; -1 when there is no such descriptor.
+/// Returns a second descriptor of the same terminal or pipe, whose writes never wait. For a file, or when
+/// that fails, it is a copy of the descriptor. The caller closes it. -1 when `descriptor` is not open.
 int openWithoutWaiting(int descriptor);
 
 class LineOutput
 {
 public:
     explicit LineOutput(int descriptor);
-    /// Gives a slow reader a fifth of a second for what still waits.
+    /// Tries for at most 0.2 seconds to write the lines that are kept.
     ~LineOutput();
     LineOutput(const LineOutput &) = delete;
     LineOutput &operator=(const LineOutput &) = delete;
 
-    /// Writes the text and a line end, now or with a later call; or leaves it out.
+    /// Writes the text and a line end, or keeps them for a later call, or leaves them out.
     void write(const QByteArray &text);
 
-    /// Text was refused, by a full disk as a rule. A reader that has left is no failure.
+    /// True after text was lost because of an error, such as a full disk. A reader that closed its end is not
+    /// an error.
     bool hasFailed() const { return m_hasFailed; }
 
 private:

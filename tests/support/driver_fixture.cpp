@@ -9,7 +9,7 @@ namespace {
 
 std::string calls;
 
-/// The driver must hold listMutex meanwhile, which a host relies on.
+/// Hosts rely on it that the driver holds listMutex during a call-back.
 void record(const std::string &call)
 {
     if (PLC_driver.listMutex.tryLock()) {
@@ -29,7 +29,7 @@ void writeDone(int channel, int id, int item, int outcome)
 void itemNotify(QList<RW_VAR> *list, int id, int flag)
 {
     EXPECT_TRUE(list->isEmpty());
-    list->append(RW_VAR()); // the driver throws away what the host puts in
+    list->append(RW_VAR()); // the driver must discard what the host adds
     record((testing::Message() << "notify(" << id << ' ' << flag).GetString());
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A host in verbs: every test starts with a driver as it is after loading, and a settings record of its own. Bytes are
-// hexadecimal on both sides; blanks group them as the reader likes.
+// A host for tests: every test starts with a driver as it is after loading, and a settings record of its own.
+// Bytes are hexadecimal on both sides; blanks group them as the reader likes.
 
 #pragma once
 
@@ -51,15 +51,17 @@ protected:
     int write(int area, const char *address, int count, const char *value, int hostId = 0, int hostItem = 0, int station = 1);
     void expectRequest(const char *frame);
     void expectNothingToSend() { EXPECT_EQ(ComCommunication(), nullptr); }
-    /// A request, its reply, or "" for none, the status of the exchange, and the call-backs since the last look.
+    /// A request, its reply, or "" for none, the status of the exchange, and the call-backs since the last
+    /// look.
     void exchange(const char *request, const char *replied, int status, const char *calls = "");
     /// The status that DataCom reports for these reply bytes, or for none.
     int reply(const char *frame);
     int noReply() { return DataCom(nullptr, 0)->status; }
     /// What GetRegisterData gives.
     std::string value(int area, const char *address, int count, int station = 1);
-    /// The call-backs since the last look, with the numbers of pending requests and of queued writes and one-shot reads
-    /// at that moment: "done(CHANNEL ID ITEM OUTCOME) PENDING QUEUED notify(ID FLAG) PENDING QUEUED".
+    /// The call-backs since the last look, with the numbers of pending requests and of queued writes and
+    /// one-shot reads at that moment: "done(CHANNEL ID ITEM OUTCOME) PENDING QUEUED notify(ID FLAG) PENDING
+    /// QUEUED".
     std::string takeCalls();
 
     CommSettings settings;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A Modbus station without a socket, for requests as the driver builds them. Not locked: one thread at a time.
+// A Modbus station without a socket, for requests as the driver builds them. Not locked: one thread at a
+// time.
 
 #pragma once
 
@@ -7,8 +8,8 @@
 
 #include <vector>
 
-/// Bits and registers of several units. Areas are those of the driver; 32-bit values are two registers. Units and
-/// addresses count modulo what there is.
+/// Bits and registers of several units. Areas are those of the driver; 32-bit values are two registers. Units
+/// and addresses are taken modulo Units and Addresses.
 class Tables
 {
 public:
@@ -21,7 +22,7 @@ private:
     int m_values[Units][8][Addresses] = {}; ///< of areas 0, 1, 4 and 5
 };
 
-/// What a request asks for.
+/// The fields of a request.
 struct Asked
 {
     explicit Asked(const QByteArray &frame);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A host that includes X11's macros between Qt's headers and the driver's, and has names of its own which the driver's
-// sources use. Compiling is the test.
+// A host that includes X11's macros between Qt's headers and the driver's, and has names of its own which the
+// driver's sources use. Compiling is the test.
 #include <QtCore/QList>
 #include <QtCore/QMap>
 #include <QtCore/QMutex>
