@@ -256,6 +256,19 @@ TEST_F(Image, RecordsAreFoundWhoeverMadeThem)
     EXPECT_EQ(ExtendFindSameVar(1, Registers, 77), 306);
     qSwap(PLC_driver.extendList[20], PLC_driver.extendList[30]);
     EXPECT_EQ(ExtendFindSameVar(1, Registers, 4980), 30) << "two that changed places";
+    PLC_driver.extendList[153].address = 78;
+    EXPECT_EQ(ExtendFindSameVar(1, Registers, 78), 153) << "in the middle, where a missing key is doubted";
+    PLC_driver.extendList[0].address = 78;
+    EXPECT_EQ(ExtendFindSameVar(1, Registers, 78), 0) << "the first got the key of another";
+}
+
+TEST_F(Image, AWalkKeepsToTheFirstRecordOfEachKey)
+{
+    settings.multiStation = 1;
+    for (int address : {11, 10, 11, 12})
+        addRecord(address);
+    PLC_driver.extendList[0].value = bytes("AAAA");
+    EXPECT_EQ(value(Registers, "10", 3), "0000AAAA0000");
 }
 
 TEST_F(Image, HostWritesAreQueuedInBlocks)
