@@ -29,10 +29,12 @@ TEST_F(Control, SettingsRecordLosesItsTwoHostCountersOnly)
 
 TEST_F(Control, LocalAreasAreKeptInTheirOrder)
 {
+    EXPECT_EQ(LB | LW | RWI, 0);
     FlashLocalRegister(1, 2, 3);
     EXPECT_EQ(LB, 1);
     EXPECT_EQ(LW, 2);
     EXPECT_EQ(RWI, 3);
+    FlashLocalRegister(0, 0, 0);
     EXPECT_EQ(QueryFinishFlag(), 1);
 }
 
@@ -49,6 +51,7 @@ TEST_F(Control, StationSwitches)
     EnCommStation(5, 2);
     EnCommStation(0, 2);
     EXPECT_EQ(off(), " 5 6") << "2 is neither off nor on";
+    EXPECT_EQ(PLC_driver.disabledStations.value(5, -1), 0);
     EnCommStation(5, 1);
     EnCommStation(0, 0);
     EXPECT_EQ(off(), " 0 6");
