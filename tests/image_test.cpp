@@ -134,6 +134,9 @@ TEST_F(Image, RepliesOfOddSizes)
     EXPECT_EQ(value(Registers, "60000", 1), "0000") << "a header of less than nothing";
     QByteArray out;
     EXPECT_EQ(GetRegisterData(0, InputBit, QString::fromLatin1("7"), 1, out, 5), 0) << "no such address";
+    settings.multiStation = 1;
+    store(access(Registers, 0, 70000));
+    EXPECT_EQ(PLC_driver.extendList.size(), 65536) << "no reply stores more than a whole table";
 }
 
 // Read and write at and beyond the end; canaries are the neighbours of the arrays in the driver object.
