@@ -222,7 +222,8 @@ LinkCause Connection::judge(const Protocol &request, Exchange *exchange)
 
 LinkCause Connection::accept(Exchange *exchange)
 {
-    m_trace.reply(m_replies.asReceived(exchange->reply), QString());
+    if (m_trace.isOn())
+        m_trace.reply(m_replies.asReceived(exchange->reply), QString());
     exchange->end = Exchange::Answered;
     exchange->fault = ReplyFault::None;
     m_link.answered(m_clock.elapsed());

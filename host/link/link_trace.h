@@ -13,6 +13,8 @@ class LinkTrace
 public:
     virtual ~LinkTrace() = default;
 
+    /// False: nothing is written, so no text need be made.
+    virtual bool isOn() const = 0;
     virtual void request(const QByteArray &frame) const = 0;
     /// A whole reply. `remark` says why it is not used as the answer; empty when it is.
     virtual void reply(const QByteArray &frame, const QString &remark) const = 0;
@@ -23,6 +25,7 @@ public:
 class NoTrace : public LinkTrace
 {
 public:
+    bool isOn() const override { return false; }
     void request(const QByteArray &) const override {}
     void reply(const QByteArray &, const QString &) const override {}
     void comment(const QString &) const override {}
