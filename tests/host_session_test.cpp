@@ -156,6 +156,19 @@ protected:
     std::unique_ptr<PanelSession> session;
 };
 
+TEST_F(SessionTest, AnOldReplyIsNeverTheAnswerOfARequestThatGetsNone)
+{
+    options.connection.timeoutMs = 100;
+    options.block = 3;
+    options.loop.passes = 1;
+    open("hr:100*6", "behind@nth=2");
+    session->pollVariables();
+    session->start();
+    const PanelSnapshot last = waitForEnd();
+    EXPECT_EQ(last.values[0].readAtMs(), -1) << "the second half was never read";
+    EXPECT_EQ(last.values[0].failure(), QStringLiteral("no reply"));
+}
+
 TEST_F(SessionTest, EveryAreaIsReadOnceAndPolledAsPlanned)
 {
     const char everyArea[] = "coil:21*3 input:30*2 irbit:40.2*2 hrbit:40.5 ir:50 hr:60*2 ir32:50 hr32:62";

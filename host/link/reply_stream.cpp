@@ -64,8 +64,10 @@ ReplyStream::Found ReplyStream::take(QByteArray *reply, ReplyFault *fault)
     for (;;) {
         const ReplyFraming::Result result =
             m_remote ? m_framing.takeLength(qMax(1, m_expectedLength), reply) : m_framing.take(reply, fault);
-        if (result != ReplyFraming::Whole)
+        if (result != ReplyFraming::Whole) {
+            reply->clear(); // what was discarded before must not look like the answer
             return result == ReplyFraming::Incomplete ? Nothing : BadHeader;
+        }
         if (m_remote)
             return Unnumbered;
         if (isBroadcastEcho(*reply)) {
