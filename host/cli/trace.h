@@ -33,7 +33,7 @@ public:
     /// To a file, or to stderr for an empty path. False, with one line in *error, when that cannot be opened.
     bool open(const QString &path, bool remote, QString *error);
 
-    bool isOn() const override { return m_file != nullptr; }
+    bool isOn() const override { return m_output != nullptr; }
     void request(const QByteArray &frame) const override;
     void reply(const QByteArray &frame, const QString &remark) const override;
     /// The import passes over it.
