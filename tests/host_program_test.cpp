@@ -21,7 +21,7 @@
 #include <vector>
 
 namespace {
-const int patience = 60000;
+const int patience = 20000;
 const int endsWithinMs = 2000; // half a second, and what a busy machine adds
 
 const char enterScreen[] = "\x1b[?1049h";
@@ -63,19 +63,24 @@ public:
         close(errEnd);
     }
 
-    // Reads until the text has come; everything up to the end of the output when it is empty.
+    // Reads up to the end of the text; everything up to the end of the output when it is empty.
     QByteArray read(int from, const QByteArray &text)
     {
         QByteArray all;
+        m_unread.swap(all);
         char bytes[4096];
         pollfd ready = {from, POLLIN, 0};
-        while ((text.isEmpty() || !all.contains(text)) && poll(&ready, 1, patience) == 1) {
+        QElapsedTimer timer; // a screen is drawn again and again
+        timer.start();
+        while ((text.isEmpty() || !all.contains(text)) && timer.elapsed() < patience && poll(&ready, 1, patience) == 1) {
             const ssize_t count = ::read(from, bytes, sizeof bytes);
             if (count <= 0)
                 break;
             all.append(bytes, static_cast<int>(count));
         }
-        return all;
+        const int end = text.isEmpty() || !all.contains(text) ? all.size() : all.indexOf(text) + text.size();
+        m_unread = all.mid(end);
+        return all.left(end);
     }
     QByteArray output(const QByteArray &text = QByteArray()) { return read(outEnd, text); }
     QByteArray errors() { return read(errEnd, QByteArray()); }
@@ -109,6 +114,8 @@ public:
     int outEnd = -1, errEnd = -1, terminal = -1;
 
 private:
+    QByteArray m_unread; // what came behind the text that was waited for
+
     [[noreturn]] static void execute(const QByteArray &words, bool inShell)
     {
         const QByteArray command = QByteArray(PANEL_COMMAND).split('|').join(' ') + ' ' + words;
