@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Which bytes are a reply, and which replies may answer a request. Cuts of the stream are the fuzzer's.
 
-#include "host_words.h"
 #include "../host/link/reply_framing.h"
+#include "host_words.h"
 
 #include <tuple>
 

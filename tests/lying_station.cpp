@@ -41,8 +41,8 @@ LyingStation::LyingStation(const Lie &lie) : m_lie(lie)
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
-    bind(m_listener, reinterpret_cast<sockaddr *>(&address), size);
-    listen(m_listener, 8);
+    if (bind(m_listener, reinterpret_cast<sockaddr *>(&address), size) != 0 || listen(m_listener, 8) != 0)
+        qFatal("no port of this machine is free");
     getsockname(m_listener, reinterpret_cast<sockaddr *>(&address), &size);
     m_port = ntohs(address.sin_port);
     m_thread = std::thread(&LyingStation::run, this);
