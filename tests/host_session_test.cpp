@@ -2,7 +2,7 @@
 // The whole host, driver loaded by its path, against the simulated station over TCP.
 
 #include "../host/cli/panel_session.h"
-#include "../host/explain/exchange_text.h"
+#include "../host/explain/exception_text.h"
 #include "../host/explain/plan.h"
 #include "../host/explain/value_text.h"
 #include "../host/explain/write_outcome.h"

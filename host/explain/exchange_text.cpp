@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "exchange_text.h"
 
+#include "exception_text.h"
 #include "status_text.h"
 #include "variable.h"
 
@@ -29,32 +30,6 @@ QString otherUnitText(const RW_VAR &access, const QByteArray &reply)
 }
 
 } // namespace
-
-QString exceptionName(int code)
-{
-    switch (code) {
-    case ExceptionIllegalFunction:
-        return QStringLiteral("illegal function");
-    case ExceptionIllegalAddress:
-        return QStringLiteral("illegal data address");
-    case ExceptionIllegalValue:
-        return QStringLiteral("illegal data value");
-    case ExceptionDeviceFailure:
-        return QStringLiteral("device failure");
-    case ExceptionAcknowledged:
-        return QStringLiteral("acknowledged, still busy");
-    case ExceptionBusy:
-        return QStringLiteral("device busy");
-    case ExceptionMemoryParity:
-        return QStringLiteral("memory parity error");
-    case ExceptionGatewayPath:
-        return QStringLiteral("gateway path unavailable");
-    case ExceptionGatewayTarget:
-        return QStringLiteral("no response behind the gateway");
-    default:
-        return QStringLiteral("unknown exception");
-    }
-}
 
 QString exchangeText(const Exchange &exchange)
 {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The outcome of an exchange, and the exception codes, in words. Pure; any thread.
+/// The outcome of an exchange in words. Pure; any thread.
 
 #pragma once
 
@@ -14,6 +14,3 @@ QString exchangeText(const Exchange &exchange);
 /// Why an exchange was no success: as above, with advice where there is some, and with the driver's status when the
 /// driver refused a reply that this host accepts.
 QString failureText(const RW_VAR &access, const Exchange &exchange, int status);
-
-/// The name of a Modbus exception, such as "illegal data address".
-QString exceptionName(int code);

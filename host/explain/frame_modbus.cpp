@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "frame_dissection.h"
 
-#include "exchange_text.h"
+#include "exception_text.h"
 
 #include "../../driver/base/modbus_wire.h"
 
