@@ -513,6 +513,8 @@ TEST(LineOutput, CountsTheLinesThatItLeavesOut)
 
 TEST(StationProgram, WaitsWhenDescriptorsRunOut)
 {
+    if (!LIMITS_DESCRIPTORS)
+        GTEST_SKIP() << "sanitizers and emulators need descriptors of their own";
     LimitedProcess process;
     run(process, "--listen 127.0.0.1:0");
     const quint16 port = portOf(process);
