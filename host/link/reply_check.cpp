@@ -26,7 +26,7 @@ ReplyFault checkEcho(const QByteArray &request, const QByteArray &reply)
 {
     if (reply.size() != WriteEchoLength)
         return ReplyFault::WrongByteCount;
-    const int echoed = WriteEchoLength - AddressAt;
+    const int echoed = reply.size() - AddressAt;
     return reply.mid(AddressAt, echoed) == request.mid(AddressAt, echoed) ? ReplyFault::None
                                                                           : ReplyFault::WrongEcho;
 }
