@@ -118,7 +118,7 @@ private:
 
     [[noreturn]] static void execute(const QByteArray &words, bool inShell)
     {
-        const QByteArray command = QByteArray(PANEL_COMMAND).split('|').join(' ') + ' ' + words;
+        const QByteArray command = QByteArray(PANEL_COMMAND) + ' ' + words;
         QList<QByteArray> all = command.simplified().split(' ');
         if (inShell) // with jobs: each has a process group of its own
             all = {"/bin/bash", "-c", "ulimit -c 0; set -m; " + command + "; echo [$?]; fg; echo [$?]"};
