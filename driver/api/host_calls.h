@@ -162,9 +162,9 @@ MODBUS_TCPIP_RTU_M_API int AddListOnceReadVar(RW_VAR *var, int mode);
 ///
 /// `out` gets one byte (0 or 1) for each bit, two bytes for each register (low byte first), four bytes for
 /// each 32-bit value (least significant byte first). It grows as needed and is never shortened. It may be
-/// shorter than `count` needs: nothing is written for addresses beyond the end of a table, for an odd last
-/// register of areas 6 and 7, or for an area that does not exist. A single register of areas 6 and 7 gives
-/// the low word, or nothing while values are kept per station.
+/// shorter than `count` needs: nothing is written for an odd last register of areas 6 and 7, for an area that
+/// does not exist and, in the shared image, for addresses beyond the end of a table. A single register of
+/// areas 6 and 7 gives the low word, or nothing while values are kept per station.
 ///
 /// Returns 0 for an address text that gives a negative address (`out` is then unchanged), else 1. Takes
 /// imageMutex. While values are kept per station, each address that is read gets a record, which is kept
