@@ -173,12 +173,12 @@ TEST_F(Queues, StepsOnFinishedRecords)
     const QList<RW_VAR> bits = QList<RW_VAR>() << access(Coils, 3, 4) << access(Coils, 12, 4) << access(Coils, 40, 9);
     typedef QList<RW_VAR> List;
     const Rows<Text, int (*)(List *, int, int), List, int, int, int, Text> rows = {
-        {"registers", WordVarReCreat, neighbours, 10, 1, 2, "5:90*1 5:0*2"},
-        {"an entry that is not there is not widened", WordVarReCreat, neighbours, 10, 90, 91, "5:90*1 5:0*1"},
-        {"nor one ahead of the first", WordVarReCreat, neighbours, 10, -1, 0, "5:90*1 5:0*1"},
-        {"the first one is", WordVarReCreat, neighbours, 10, 0, 1, "5:90*2 5:0*1"},
-        {"bits", BitVarReCreat, bits, 16, 1, 3, "5:90*1 0:0*2 0:40*2"},
-        {"no limit", WordVarReCreat, neighbours, 0, 1, 3, "5:90*1 5:0*1 5:1*1"},
+        {"registers", &WordVarReCreat, neighbours, 10, 1, 2, "5:90*1 5:0*2"},
+        {"an entry that is not there is not widened", &WordVarReCreat, neighbours, 10, 90, 91, "5:90*1 5:0*1"},
+        {"nor one ahead of the first", &WordVarReCreat, neighbours, 10, -1, 0, "5:90*1 5:0*1"},
+        {"the first one is", &WordVarReCreat, neighbours, 10, 0, 1, "5:90*2 5:0*1"},
+        {"bits", &BitVarReCreat, bits, 16, 1, 3, "5:90*1 0:0*2 0:40*2"},
+        {"no limit", &WordVarReCreat, neighbours, 0, 1, 3, "5:90*1 5:0*1 5:1*1"},
     };
     for (const auto &[what, step, runs, limit, count, result, requests] : rows) {
         SCOPED_TRACE(what);
