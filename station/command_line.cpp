@@ -2,6 +2,7 @@
 #include "command_line.h"
 
 #include "fault_text.h"
+#include "unit_numbers.h"
 
 #include <QtCore/QCommandLineParser>
 
@@ -57,19 +58,6 @@ bool parseEndpoint(const QString &text, StationOptions *station)
     return colon > 0 && ok && !QHostAddress(host).isNull();
 }
 
-bool parseUnits(const QString &text, QList<int> *units)
-{
-    units->clear();
-    for (const QString &word : text.split(QLatin1Char(','))) {
-        bool ok = false;
-        const int unit = word.toInt(&ok);
-        if (!ok || unit < 1 || unit > 255 || units->contains(unit))
-            return false;
-        *units << unit;
-    }
-    return true;
-}
-
 void addOptions(QCommandLineParser &parser)
 {
     const auto text = [](const char *latin1) { return QString::fromLatin1(latin1); };
@@ -77,7 +65,8 @@ void addOptions(QCommandLineParser &parser)
         {text("listen"),
          text("Numeric address and port to listen on; port 0: any free port. Default: 127.0.0.1:1502."),
          text("ADDRESS:PORT"), text("127.0.0.1:1502")},
-        {text("units"), text("Unit numbers from 1 to 255. Default: 1."), text("N,N..."), text("1")},
+        {text("units"), text("Unit numbers from 1 to 255, such as 1-5,7. Default: 1."), text("UNITS"),
+         text("1")},
         {text("still"), text("Values change only when a master writes them.")},
         {text("set"), text("Sets values at the start; may be repeated."), text("VALUE")},
         {text("values"), text("Sets values from a file, one setting in each line; may be repeated."),
@@ -122,9 +111,11 @@ QString readStation(const QCommandLineParser &parser, StationOptions *station)
     station->remote = parser.isSet(QStringLiteral("remote"));
     if (!parseEndpoint(listen, station))
         return QStringLiteral("--listen takes a numeric ADDRESS:PORT, not \"%1\"").arg(listen);
-    if (!parseUnits(units, &station->units))
-        return QStringLiteral("--units takes different numbers from 1 to 255, as in 1,2,5, not \"%1\"")
+    const std::optional<QList<int>> numbers = parseUnitNumbers(units);
+    if (!numbers)
+        return QStringLiteral("--units takes different numbers from 1 to 255, as in 1-5,7, not \"%1\"")
             .arg(units);
+    station->units = *numbers;
     QString error;
     const std::optional<QList<Fault>> faults = parseFaults(parser.values(QStringLiteral("fault")), &error);
     if (!faults)

@@ -18,7 +18,6 @@
 #include <csignal>
 #include <list>
 #include <poll.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -311,32 +310,14 @@ TEST_F(Station, RefusesConnectionsForAWhile)
 
 TEST(Faults, AreRefusedWhenAnyPartIsWrong)
 {
-    for (const char *wrong : {"",
-                              "nope",
-                              "silence=1",
-                              "delay",
-                              "delay=",
-                              "delay=-1",
-                              "delay=1x",
-                              "cut=0x",
-                              "unit=256",
-                              "exception=0",
-                              "delay=9-8",
-                              "double=",
-                              "double=x",
-                              "greet",
-                              "greet=126",
-                              "silence@",
-                              "silence@unit",
-                              "silence@unit=1,unit=2",
-                              "silence@unit=3-2",
-                              "silence@colour=3",
-                              "silence@every=0",
-                              "silence@unit=1,",
-                              "silence @unit=1"}) {
+    const char all[] =
+        "|nope|silence=1|delay|delay=|delay=-1|delay=1x|cut=0x|unit=256|exception=0|delay=9-8|double=|double=x|greet|"
+        "greet=126|silence@|silence@unit|silence@unit=1,unit=2|silence@unit=3-2|silence@colour=3|silence@every=0|"
+        "silence@unit=1,|silence @unit=1";
+    for (const QString &wrong : QString(QLatin1String(all)).split(QLatin1Char('|'))) {
         QString error;
-        EXPECT_FALSE(parseFault(QLatin1String(wrong), &error)) << wrong;
-        EXPECT_TRUE(error.startsWith(QStringLiteral("fault \"%1\": ").arg(QLatin1String(wrong)))) << wrong;
+        EXPECT_FALSE(parseFault(wrong, &error)) << qPrintable(wrong);
+        EXPECT_TRUE(error.startsWith(QStringLiteral("fault \"%1\": ").arg(wrong))) << qPrintable(error);
     }
 }
 
@@ -398,17 +379,6 @@ TEST(ChangingValues, MoveUntilSomeoneElseWrites)
     EXPECT_EQ(unit.at(QModbusDataUnit::HoldingRegisters, 0), 26);
 }
 
-// Has no more than so many descriptors.
-struct LimitedProcess : QProcess
-{
-    void setupChildProcess() override
-    {
-        const rlimit limit = {descriptors, descriptors};
-        setrlimit(RLIMIT_NOFILE, &limit);
-    }
-    rlim_t descriptors = 20;
-};
-
 // Hundredths of a second of processor time, as a rule.
 int ticksOf(const QProcess &process)
 {
@@ -418,37 +388,36 @@ int ticksOf(const QProcess &process)
     return words.value(13).toInt() + words.value(14).toInt();
 }
 
-// The program, behind an emulator where its machine is another one.
-void run(QProcess &program, const char *arguments)
+// The program, behind an emulator where its machine is another one. `limit` is a shell's command ahead of it.
+void run(QProcess &program, const QByteArray &arguments, const QByteArray &limit = "true")
 {
-    QStringList words = QStringLiteral(STATION_COMMAND).split(QLatin1Char('|'), Qt::SkipEmptyParts);
-    words += QString(QLatin1String(arguments)).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    program.start(words.takeFirst(), words);
+    const QByteArray command = QByteArray(STATION_COMMAND).replace('|', ' ');
+    program.start(QStringLiteral("sh"),
+                  {QStringLiteral("-c"), QString::fromLatin1(limit + "; exec" + command + ' ' + arguments)});
     ASSERT_TRUE(program.waitForStarted(patience));
+}
+
+// The port of the "listening on" line.
+quint16 portOf(QProcess &program)
+{
+    EXPECT_TRUE(program.waitForReadyRead(patience));
+    const QByteArray line = program.readLine().trimmed(), prefix = "listening on 127.0.0.1:";
+    EXPECT_TRUE(line.startsWith(prefix)) << line.toStdString();
+    return line.mid(prefix.size()).toUShort();
 }
 
 TEST(StationProgram, ServesUntilItIsTold)
 {
     for (const int signal : {SIGTERM, SIGINT}) {
         QProcess process;
-        run(process, "--listen 127.0.0.1:0 --units 1,2");
-        ASSERT_TRUE(process.waitForReadyRead(patience));
-        const QByteArray line = process.readLine().trimmed(), prefix = "listening on 127.0.0.1:";
-        ASSERT_TRUE(line.startsWith(prefix)) << line.toStdString();
-        Master master(line.mid(prefix.size()).toUShort());
+        run(process, "--listen 127.0.0.1:0 --units 1-2");
+        Master master(portOf(process));
         while (master.ask("0001 0000 0006 02 03 0000 0001") == text("0001 0000 0005 02 03 02 0000"))
             QThread::msleep(10);
         kill(static_cast<pid_t>(process.processId()), signal);
         ASSERT_TRUE(process.waitForFinished(patience));
         EXPECT_EQ(process.exitCode(), 0);
     }
-}
-
-// The port of the "listening on" line.
-quint16 portOf(QProcess &process)
-{
-    EXPECT_TRUE(process.waitForReadyRead(patience));
-    return process.readLine().trimmed().split(':').last().toUShort();
 }
 
 TEST(StationProgram, HoldsTheValuesGivenAndPrintsThoseWritten)
@@ -458,9 +427,7 @@ TEST(StationProgram, HoldsTheValuesGivenAndPrintsThoseWritten)
     file.write("1/hr:0=21,-1  # values that change by themselves otherwise\n\ncoil:10=1\n");
     file.close();
     QProcess process;
-    run(process,
-        qPrintable(
-            QStringLiteral("--listen 127.0.0.1:0 --units 1,2 --trace --values %1 --set 2/ir:65535=0xBEEF").arg(file.fileName())));
+    run(process, "--listen 127.0.0.1:0 --units 1,2 --trace --set 2/ir:65535=0xBEEF --values " + file.fileName().toLatin1());
     Master master(portOf(process));
     EXPECT_EQ(master.ask("0001 0000 0006 01 03 0000 0002"), text("0001 0000 0007 01 03 04 0015 FFFF"));
     EXPECT_EQ(master.ask("0001 0000 0006 02 04 FFFF 0001"), text("0001 0000 0005 02 04 02 BEEF"));
@@ -515,11 +482,12 @@ TEST(StationProgram, WaitsWhenDescriptorsRunOut)
 {
     if (!LIMITS_DESCRIPTORS)
         GTEST_SKIP() << "sanitizers and emulators need descriptors of their own";
-    LimitedProcess process;
-    run(process, "--listen 127.0.0.1:0");
+    const int descriptors = 20;
+    QProcess process;
+    run(process, "--listen 127.0.0.1:0", "ulimit -n " + QByteArray::number(descriptors));
     const quint16 port = portOf(process);
     std::list<Master> masters;
-    for (rlim_t i = 0; i < process.descriptors; ++i)
+    for (int i = 0; i < descriptors; ++i)
         masters.emplace_back(port);
     EXPECT_EQ(masters.front().ask(""), "");
     const int before = ticksOf(process);
@@ -533,28 +501,13 @@ TEST(StationProgram, WaitsWhenDescriptorsRunOut)
 
 TEST(StationProgram, RefusesAWrongCommandLineInOneLine)
 {
-    for (const char *wrong : {"--bogus",
-                              "word",
-                              "--listen nowhere:1502",
-                              "--listen 127.0.0.1:65536",
-                              "--listen 1502",
-                              "--units 0",
-                              "--units 256",
-                              "--units 1,1",
-                              "--units 1,",
-                              "--fault nope",
-                              "--remote --fault unit=9",
-                              "--values /",
-                              "--set hr:1",
-                              "--set hr:1=65536",
-                              "--set coil:1=2",
-                              "--set hr:65535=1,2",
-                              "--set 9/hr:1=1",
-                              "--set 0/hr:1=1",
-                              "--set tr:1=1",
-                              "--set hr:1=1,",
-                              "--set \x1b[2J"}) {
-        SCOPED_TRACE(wrong);
+    const char all[] =
+        "--bogus|word|--listen nowhere:1502|--listen 127.0.0.1:65536|--listen 1502|--fault nope|--remote --fault unit=9|"
+        "--units 0|--units 256|--units 1,1|--units 1,|--units 1-|--units 2-1|--units 1-3,2|--units 1-2-3|--units 0-2|"
+        "--values /|--set hr:1|--set hr:1=65536|--set coil:1=2|--set hr:65535=1,2|--set 9/hr:1=1|--set 0/hr:1=1|"
+        "--set tr:1=1|--set hr:1=1,|--set \x1b[2J";
+    for (const QByteArray &wrong : QByteArray(all).split('|')) {
+        SCOPED_TRACE(wrong.toStdString());
         QProcess process;
         run(process, wrong);
         ASSERT_TRUE(process.waitForFinished(patience));
