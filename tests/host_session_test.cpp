@@ -23,7 +23,7 @@ std::string valuesOf(const PanelSnapshot &now)
     QStringList texts;
     for (const ValueState &value : now.values) {
         const bool isGood = value.readAtMs() >= 0 && value.failure().isEmpty();
-        texts << (isGood ? valueText(value.variable(), value.value(), ValueFormat::Decimal) : value.failure());
+        texts << (isGood ? valueText(value.variable(), value.value()) : value.failure());
     }
     return texts.join(QLatin1String(" | ")).toStdString();
 }

@@ -181,7 +181,7 @@ private:
         if (value.readAtMs() < 0 || !value.failure().isEmpty())
             return;
         ++values;
-        EXPECT_EQ(valueText(value.variable(), value.value(), ValueFormat::Decimal).toStdString(),
+        EXPECT_EQ(valueText(value.variable(), value.value()).toStdString(),
                   heldFor(value.variable(), station).toStdString())
             << qPrintable(value.variable().name) << " under " << qPrintable(m_round);
     }
@@ -191,7 +191,7 @@ private:
         if (writeOutcome(item, result).end != WriteOutcome::Done)
             return;
         ++writes;
-        EXPECT_EQ(valueText(item.variable, item.value, ValueFormat::Decimal).toStdString(),
+        EXPECT_EQ(valueText(item.variable, item.value).toStdString(),
                   heldFor(item.variable, station).toStdString())
             << qPrintable(item.variable.name) << " written under " << qPrintable(m_round);
     }

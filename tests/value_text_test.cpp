@@ -9,64 +9,69 @@ struct Value
 {
     const char *name, *variable, *typed;
     const char *bytes; ///< hexadecimal, as the driver takes them
-    const char *decimal, *hexadecimal, *withSign, *fraction;
+    const char *shown;
+    double scale = 1;
 };
 
 const Value values[] = {
-    {"bits", "coil:0*3", "1,0,1", "01 00 01", "1 0 1", "1 0 1", "1 0 1", "1 0 1"},
-    {"register", "hr:0", "4660", "34 12", "4660", "0x1234", "4660", "4660"},
-    {"negative register", "hr:0", "-2", "fe ff", "65534", "0xFFFE", "-2", "65534"},
-    {"ends of a register", "hr:0*2", "-32768, 0xFFFF", "00 80 ff ff", "32768 65535", "0x8000 0xFFFF", "-32768 -1", "32768 65535"},
-    {"pair", "hr32:0", "0x12345678", "78 56 34 12", "305419896", "0x12345678", "305419896", "5.6904566e-28"},
-    {"ends of a pair", "hr32:0*2", "-2147483648,0x1", "00 00 00 80 01 00 00 00", "2147483648 1", "0x80000000 0x00000001",
-     "-2147483648 1", "-0.0 1e-45"},
-    {"a fraction", "hr32:0", "234.5664", "00 91 6a 43", "1131057408", "0x436A9100", "1131057408", "234.5664"},
-    {"a whole fraction", "hr32:0", "1.0", "00 00 80 3f", "1065353216", "0x3F800000", "1065353216", "1.0"},
-    {"an exponent", "hr32:0", "-1e10", "f9 02 15 d0", "3491037945", "0xD01502F9", "-803929351", "-1e+10"},
-    {"the largest float, which is shown rounded up", "hr32:0", "3.4028235e+38", "ff ff 7f 7f", "2139095039", "0x7F7FFFFF",
-     "2139095039", "3.4028235e+38"},
-    {"infinity", "hr32:0", "inf", "00 00 80 7f", "2139095040", "0x7F800000", "2139095040", "inf"},
+    {"bits", "coil:0*3", "1,0,1", "01 00 01", "1 0 1"},
+    {"ends of a register", "hr:0*4", "65535, -32768,0xFFFF,-1", "ff ff 00 80 ff ff ff ff", "65535 32768 65535 65535"},
+    {"signed registers", "hr:0*3:s16", "-32768 32767 0xFFFE", "00 80 ff 7f fe ff", "-32768 32767 -2"},
+    {"hexadecimal register", "hr:0*2:hex", "18 0xFFFE", "12 00 fe ff", "0x0012 0xFFFE"},
+    {"low byte first", "hr:0:hex:BA", "0x1234", "12 34", "0x1234"},
+    {"ends of a pair", "hr32:0*3", "4294967295 -2147483648 -1", "ff ff ff ff 00 00 00 80 ff ff ff ff",
+     "4294967295 2147483648 4294967295"},
+    {"driver's order", "hr32:0:hex:ABCD", "0x12345678", "78 56 34 12", "0x12345678"},
+    {"low register first", "hr32:0:hex:CDAB", "0x12345678", "34 12 78 56", "0x12345678"},
+    {"bytes swapped", "hr32:0:u32:BADC", "0x12345678", "56 78 12 34", "305419896"},
+    {"all reversed", "hr32:0*2:s32:DCBA", "0x12345678 -2", "12 34 56 78 ff ff ff fe", "305419896 -2"},
+    {"a fraction in a plain pair", "hr32:0*2", "234.5664 1e0", "00 91 6a 43 00 00 80 3f", "1131057408 1065353216"},
+    {"floats", "hr32:0*4:float", "21 -0.5 -1e10 1e-45", "00 00 a8 41 00 00 00 bf f9 02 15 d0 01 00 00 00",
+     "21.0 -0.5 -1e+10 1e-45"},
+    {"float, low register first", "hr32:6:float:CDAB", "21.5", "ac 41 00 00", "21.5"},
+    {"the largest float, which is shown rounded up", "hr32:0:float", "3.4028235e+38", "ff ff 7f 7f", "3.4028235e+38"},
+    {"infinities", "hr32:0*2:float", "inf,-inf", "00 00 80 7f 00 00 80 ff", "inf -inf"},
+    {"text", "hr:40*3:text", "PUMP", "55 50 50 4d 00 00", "PUMP"},
+    {"text, low byte first", "hr:40*2:text:BA", "PUMP", "50 55 4d 50", "PUMP"},
+    {"bytes that cannot be printed", "hr:0*4:text", " a\\\\\\x00\\xfF, ", "61 20 00 5c 2c ff 00 20", " a\\\\\\x00\\xff, "},
+    {"scaled registers", "hr:0*3", "0.3 6553.5 0x10", "03 00 ff ff 10 00", "0.3 6553.5 1.6", 0.1},
+    {"scaled and signed", "hr:0*2:s16", "-2.5 16383.5", "fb ff ff 7f", "-2.5 16383.5", 0.5},
+    {"scaled float", "hr32:0:float", "1", "cd cc cc 3d", "1.0", 10},
 };
 
-TEST(Value, BecomesBytesAndIsShownInEveryFormatAndReadsBackFromEach)
+TEST(Value, BecomesBytesAndIsShownSoThatItCanBeTyped)
 {
     for (const Value &row : values) {
         SCOPED_TRACE(row.name);
-        const Variable of = variable(QString::fromLatin1(row.variable));
+        Variable of = variable(QString::fromLatin1(row.variable));
+        of.scale = row.scale;
         QString error;
         const QByteArray bytes = parseValues(of, QString::fromLatin1(row.typed), &error).value_or(QByteArray());
         EXPECT_EQ(bytes.toHex(' ').toStdString(), row.bytes) << qPrintable(error);
-        const auto isShownAs = [&](const char *text, ValueFormat format) {
-            EXPECT_EQ(valueText(of, bytes, format).toStdString(), text);
-            const QString typed = QString::fromLatin1(text).replace(QLatin1Char(' '), QLatin1Char(','));
-            EXPECT_EQ(parseValues(of, typed, &error), bytes) << text;
-        };
-        isShownAs(row.decimal, ValueFormat::Decimal);
-        isShownAs(row.hexadecimal, ValueFormat::Hexadecimal);
-        isShownAs(row.withSign, ValueFormat::Signed);
-        isShownAs(row.fraction, ValueFormat::Float);
+        EXPECT_EQ(valueText(of, bytes).toStdString(), row.shown);
+        EXPECT_EQ(parseValues(of, QString::fromLatin1(row.shown), &error), bytes) << qPrintable(error);
     }
 }
 
 TEST(Value, ThatIsNoNumberIsShownAsOneThatCanBeTyped)
 {
-    const Variable of = variable(QStringLiteral("hr32:0"));
-    EXPECT_EQ(valueText(of, QByteArray::fromHex("0000c0ff"), ValueFormat::Float).toStdString(), "nan") << "its sign is set";
+    const Variable of = variable(QStringLiteral("hr32:0:float"));
+    EXPECT_EQ(valueText(of, QByteArray::fromHex("0000c0ff")).toStdString(), "nan") << "its sign is set";
     QString error;
     EXPECT_EQ(parseValues(of, QStringLiteral("nan"), &error), QByteArray::fromHex("0000c07f")) << qPrintable(error);
 }
 
 TEST(Value, ThatBytesDoNotHoldWhollyIsLeftOut)
 {
-    EXPECT_EQ(valueText(variable(QStringLiteral("hr:0*2")), QByteArray::fromHex("341256"), ValueFormat::Decimal).toStdString(),
-              "4660");
-    EXPECT_EQ(valueText(variable(QStringLiteral("hr:0")), QByteArray(), ValueFormat::Decimal).toStdString(), "");
+    EXPECT_EQ(valueText(variable(QStringLiteral("hr:0*2")), QByteArray::fromHex("341256")).toStdString(), "4660");
+    EXPECT_EQ(valueText(variable(QStringLiteral("hr:0")), QByteArray()).toStdString(), "");
 }
 
 struct Refused
 {
     const char *name, *variable, *typed;
     const char *hint; ///< what the line must say
+    double scale = 1;
 };
 
 const Refused refused[] = {
@@ -74,24 +79,33 @@ const Refused refused[] = {
     {"negative bit", "hrbit:0.0", "-1", "a bit holds 0 to 1"},
     {"register too high", "hr:0", "65536", "\"65536\" for hr:0: a register holds -32768 to 65535"},
     {"register too low", "hr:0", "-32769", "a register holds -32768 to 65535"},
-    {"hexadecimal too high", "hr:0", "0x10000", "a register holds"},
+    {"negative unsigned", "hr:0:u16", "-1", "a register holds 0 to 65535"},
+    {"signed too high", "hr32:0:s32", "2147483648", "a 32-bit value holds -2147483648 to 2147483647"},
+    {"hexadecimal too high", "hr:0:s16", "0x10000", "a register holds"},
     {"pair too high", "hr32:0", "4294967296", "a 32-bit value holds -2147483648 to 4294967295"},
-    {"pair beyond 64 bits", "hr32:0", "99999999999999999999", "that a 32-bit value holds"},
     {"fraction in a register", "hr:0", "1.5", "fractions are for hr32"},
+    {"no number", "hr:0", "nan", "whole numbers"},
     {"word in a register", "hr:0", "one", "no number that a register holds"},
-    {"fraction too large", "hr32:0", "1e39", "no number that a 32-bit value holds"},
+    {"float too large", "hr32:0:float", "1e39", "no number that a 32-bit value holds"},
+    {"scaled float too large", "hr32:0:float", "3e38", "no number that a 32-bit value holds", 0.1},
+    {"between two steps", "hr:0:u16", "0.25", "no multiple of 0.1", 0.1},
+    {"scaled too high", "hr:0", "6553.6", "a register holds 0 to 6553.5", 0.1},
     {"empty value", "hr:0", "", "value \"\" for hr:0"},
-    {"signed hexadecimal", "hr:0", "0x-1", "no whole number"},
-    {"too few values", "hr:0*3", "1,2", "takes 3 values with commas between them, not 2"},
-    {"too many values", "hr:0", "1,2", "takes 1 values with commas between them, not 2"},
+    {"signed hexadecimal", "hr:0", "0x-1", "no number"},
+    {"too few values", "hr:0*3", "1,2", "takes 3 values with commas or blanks between them, not 2"},
+    {"too many values", "hr:0", "1,2", "takes 1 values with commas or blanks between them, not 2"},
+    {"text too long", "hr:0*2:text", "PUMPS", "it has 5 characters, but hr:0*2:text holds 4"},
+    {"broken escape", "hr:0*2:text", "\\x+1", "two hexadecimal digits"},
+    {"foreign character", "hr:0*2:text", "\xe9", "\\xHH"},
 };
 
 TEST(Value, ThatIsRefusedGetsALineThatNamesItAndItsRange)
 {
     for (const Refused &row : refused) {
+        Variable of = variable(QString::fromLatin1(row.variable));
+        of.scale = row.scale;
         QString error;
-        EXPECT_FALSE(parseValues(variable(QString::fromLatin1(row.variable)), QString::fromLatin1(row.typed), &error))
-            << row.name;
+        EXPECT_FALSE(parseValues(of, QString::fromLatin1(row.typed), &error)) << row.name;
         EXPECT_TRUE(error.contains(QLatin1String(row.hint))) << row.name << ": " << qPrintable(error);
     }
 }

@@ -3,6 +3,8 @@
 
 #include "../../driver/api/codes.h"
 
+#include <map>
+
 using namespace modbus_driver;
 
 namespace {
@@ -57,6 +59,14 @@ QString whyUnreadable(const Variable &variable, bool remote)
     if (remote && !isBitArea(variable.area))
         return QStringLiteral("with --remote only coil and input are read: the driver sends no other reads");
     return QString();
+}
+
+/// Whether the variable names no type and this one can show it.
+bool suits(ValueType format, const Variable &variable)
+{
+    const bool isOfWidth = format == ValueType::Float ? variable.width() == 4 : variable.width() > 1;
+    const bool isScalable = format != ValueType::Hexadecimal || variable.scale == 1;
+    return variable.type == ValueType::Plain && isOfWidth && isScalable;
 }
 
 } // namespace
@@ -143,21 +153,21 @@ void addReadOptions(CommandLine *line)
                     "dec");
 }
 
-ValueFormat formatOption(CommandLine *line)
+ValueType formatOption(CommandLine *line)
 {
-    const QString format = line->value("format");
-    if (format == QLatin1String("hex"))
-        return ValueFormat::Hexadecimal;
-    if (format == QLatin1String("signed"))
-        return ValueFormat::Signed;
-    if (format == QLatin1String("float"))
-        return ValueFormat::Float;
-    if (format != QLatin1String("dec"))
-        line->complain(QStringLiteral("--format takes dec, hex, signed or float, not \"%1\"").arg(format));
-    return ValueFormat::Decimal;
+    const std::map<QString, ValueType> formats = {{QStringLiteral("dec"), ValueType::Plain},
+                                                  {QStringLiteral("hex"), ValueType::Hexadecimal},
+                                                  {QStringLiteral("signed"), ValueType::Signed},
+                                                  {QStringLiteral("float"), ValueType::Float}};
+    const auto format = formats.find(line->value("format"));
+    if (format != formats.end())
+        return format->second;
+    line->complain(
+        QStringLiteral("--format takes dec, hex, signed or float, not \"%1\"").arg(line->value("format")));
+    return ValueType::Plain;
 }
 
-QList<Variable> variablesToRead(CommandLine *line, bool remote)
+QList<Variable> variablesToRead(CommandLine *line, bool remote, ValueType format)
 {
     QList<Variable> variables;
     QString error;
@@ -173,7 +183,9 @@ QList<Variable> variablesToRead(CommandLine *line, bool remote)
         else
             line->complain(error);
     }
-    for (const Variable &variable : variables) {
+    for (Variable &variable : variables) {
+        if (suits(format, variable))
+            variable.type = format;
         const QString why = whyUnreadable(variable, remote);
         if (!why.isEmpty())
             line->complain(QStringLiteral("%1: %2").arg(variable.name, why));

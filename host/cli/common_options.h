@@ -19,7 +19,9 @@ void addDriverOption(CommandLine *line);
 void addFileOption(CommandLine *line);
 /// --file and --format.
 void addReadOptions(CommandLine *line);
-ValueFormat formatOption(CommandLine *line);
+/// The type of variables that name none.
+ValueType formatOption(CommandLine *line);
 
-/// The variables of the words and of --file. Errors go to line->complain().
-QList<Variable> variablesToRead(CommandLine *line, bool remote);
+/// The variables of the words and of --file, with `format` where it fits and none is named. Errors go to
+/// line->complain().
+QList<Variable> variablesToRead(CommandLine *line, bool remote, ValueType format = ValueType::Plain);

@@ -59,7 +59,6 @@ PollOptions pollOptions(CommandLine *line)
     options.panel.loop.passes = line->number("passes", 0, 1000000000);
     options.panel.loop.offAfter = line->number("off-after", 0, 1000000);
     options.panel.loop.retryOffMs = 1000 * line->number("retry-off", 1, 86400);
-    options.view.format = formatOption(line);
     options.view.freshForMs = 2 * options.panel.loop.everyMs + options.panel.connection.timeoutMs;
     options.isJson = line->isSet("json");
     return options;
@@ -123,7 +122,8 @@ int pollCommand(const QStringList &arguments)
     if (const auto code = line.parse(arguments))
         return *code;
     const PollOptions options = pollOptions(&line);
-    const QList<Variable> variables = variablesToRead(&line, options.panel.connection.remote);
+    const QList<Variable> variables =
+        variablesToRead(&line, options.panel.connection.remote, formatOption(&line));
     if (!line.isFine())
         return line.fail();
 

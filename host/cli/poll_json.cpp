@@ -7,15 +7,18 @@
 
 namespace {
 
-/// Numbers as numbers; hexadecimal ones as text.
-QJsonArray valuesOf(const ValueState &value, ValueFormat format)
+/// Numbers as numbers; hexadecimal ones and text as text.
+QJsonArray valuesOf(const ValueState &value)
 {
     QJsonArray values;
-    const QString text = valueText(value.variable(), value.value(), format);
-    for (const QString &word : text.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+    const Variable &variable = value.variable();
+    for (int i = 0; i < valueCount(variable, value.value()); ++i) {
+        QByteArray word;
+        appendValue(&word, variable, value.value(), i);
         bool isNumber = false;
         const double number = word.toDouble(&isNumber);
-        values.append(isNumber ? QJsonValue(number) : QJsonValue(word));
+        isNumber = isNumber && variable.type != ValueType::Text;
+        values.append(isNumber ? QJsonValue(number) : QJsonValue(QString::fromLatin1(word)));
     }
     return values;
 }
@@ -27,7 +30,7 @@ QJsonObject variableObject(const ValueState &value, const PanelSnapshot &now, co
     return {
         {QStringLiteral("name"), variable.name},
         {QStringLiteral("address"), placeText(variable)},
-        {QStringLiteral("values"), isKnown ? valuesOf(value, view.format) : QJsonArray()},
+        {QStringLiteral("values"), isKnown ? valuesOf(value) : QJsonArray()},
         {QStringLiteral("age"),
          isKnown ? QJsonValue(double(now.nowMs() - value.readAtMs()) / 1000) : QJsonValue()},
         {QStringLiteral("state"), value.ageText(now.nowMs(), view.freshForMs)},

@@ -29,8 +29,8 @@ QStringList aligned(const QList<QStringList> &rows)
 QStringList valueRow(const ValueState &value, const PanelSnapshot &now, const PollView &view)
 {
     const Variable &variable = value.variable();
-    QString text = value.readAtMs() < 0 ? QStringLiteral("-")
-                                        : valueText(variable, value.value(), view.format, widestValue);
+    QString text =
+        value.readAtMs() < 0 ? QStringLiteral("-") : valueText(variable, value.value(), widestValue);
     if (text.size() > widestValue)
         text = text.left(widestValue - 3) + QStringLiteral("...");
     if (value.hasChanged())

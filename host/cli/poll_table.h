@@ -10,7 +10,6 @@
 
 struct PollView
 {
-    ValueFormat format = ValueFormat::Decimal;
     qint64 freshForMs = 0; ///< after which a value counts as old
 };
 

@@ -21,12 +21,11 @@ Example: four registers and a bit of register 10, from unit 2:
 const int lookMs = 100; // for Ctrl-C
 
 /// Prints a value or an error. True when there was a value.
-bool report(const CommandLine &line, const ValueState &value, ValueFormat format)
+bool report(const CommandLine &line, const ValueState &value)
 {
     const Variable &variable = value.variable();
     if (value.readAtMs() >= 0 && value.failure().isEmpty()) {
-        std::printf("%s = %s\n", qPrintable(variable.name),
-                    qPrintable(valueText(variable, value.value(), format)));
+        std::printf("%s = %s\n", qPrintable(variable.name), qPrintable(valueText(variable, value.value())));
         return true;
     }
     const QString why = value.failure().isEmpty() ? QStringLiteral("not read") : value.failure();
@@ -46,8 +45,7 @@ int readCommand(const QStringList &arguments)
         return *code;
     PanelOptions options = linkOptions(&line);
     options.connection.patienceMs = options.connection.timeoutMs;
-    const ValueFormat format = formatOption(&line);
-    const QList<Variable> variables = variablesToRead(&line, options.connection.remote);
+    const QList<Variable> variables = variablesToRead(&line, options.connection.remote, formatOption(&line));
     if (!line.isFine())
         return line.fail();
 
@@ -71,6 +69,6 @@ int readCommand(const QStringList &arguments)
                          QStringLiteral("%1: %2").arg(session.peer(), linkCauseText(now.linkCause)));
     bool isGood = true;
     for (const ValueState &value : now.values)
-        isGood = report(line, value, format) && isGood;
+        isGood = report(line, value) && isGood;
     return isGood ? ExitDone : ExitFailed;
 }

@@ -7,17 +7,12 @@
 
 namespace {
 
-struct Order
-{
-    const char *letters; ///< which byte of the wire, A the first, is the most significant, and so on
-    const char *name;
-};
-
-const Order orders[] = {
-    {"ABCD", "high register first: the driver's order"},
-    {"CDAB", "low register first"},
-    {"BADC", "high register first, bytes swapped in each"},
-    {"DCBA", "low register first, bytes swapped in each"},
+/// By ByteOrder's flags.
+const char *const registers[] = {
+    "high register first: the driver's order",
+    "low register first",
+    "high register first, bytes swapped in each",
+    "low register first, bytes swapped in each",
 };
 
 QString tableLine(const QString &order, const QString &bytes, const QString &plain, const QString &withSign,
@@ -39,14 +34,14 @@ QStringList byteOrderTable(const QByteArray &bytes)
     const auto text = [](const char *latin1) { return QString::fromLatin1(latin1); };
     QStringList lines{tableLine(text("order"), text("bytes"), text("unsigned"), text("signed"), text("float"),
                                 text("registers"))};
-    for (const Order &order : orders) {
-        QByteArray ordered;
-        for (const char *letter = order.letters; *letter; ++letter)
-            ordered += bytes.at(*letter - 'A');
-        const quint32 number = qFromBigEndian<quint32>(ordered.constData());
-        lines << tableLine(text(order.letters), text(ordered.toHex(' ').toUpper().constData()),
+    for (int order = HighFirst; order <= (LowRegisterFirst | LowByteFirst); ++order) {
+        const quint32 number = reordered(qFromBigEndian<quint32>(bytes.constData()), order);
+        const quint32 ordered = qToBigEndian(number);
+        const QByteArray hex =
+            QByteArray(reinterpret_cast<const char *>(&ordered), sizeof ordered).toHex(' ');
+        lines << tableLine(orderName(order, sizeof ordered), text(hex.toUpper().constData()),
                            QString::number(number), QString::number(static_cast<qint32>(number)),
-                           floatText(number), text(order.name));
+                           floatText(number), text(registers[order]));
     }
     return lines;
 }

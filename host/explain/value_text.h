@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Values between the driver's bytes and what people read and type.
+/// Values between the driver's bytes and what people read and type, by the variable's type, order and scale. Pure;
+/// any thread.
 
 #pragma once
 
@@ -12,20 +13,27 @@
 #include <limits>
 #include <optional>
 
-enum class ValueFormat { Decimal, Hexadecimal, Signed, Float };
+/// The bits of a register or of a 32-bit value, between the driver's order and this one; both ways.
+quint32 reordered(quint32 bits, int order);
 
-/// The values in `bytes` (the driver's host-side layout), separated by one space. Float is for 32-bit values;
-/// other areas print it as Decimal. A value that `bytes` holds only in part is left out,
-/// and so are values behind `longest` characters.
-QString valueText(const Variable &variable, const QByteArray &bytes, ValueFormat format,
+/// How many values `bytes` (the driver's host-side layout) holds whole. Text is one value, whatever its length.
+int valueCount(const Variable &variable, const QByteArray &bytes);
+
+/// Appends the value at `index` < valueCount(), in ASCII. Numbers are written as in JSON, but for "nan", "inf" and
+/// "-inf"; hexadecimal ones begin with 0x. In text, bytes that cannot be printed are \xHH.
+void appendValue(QByteArray *text, const Variable &variable, const QByteArray &bytes, int index);
+
+/// All values, separated by one space. Those behind `longest` characters are left out.
+QString valueText(const Variable &variable, const QByteArray &bytes,
                   int longest = std::numeric_limits<int>::max());
 
 /// IEEE 754 single with these bits: the fewest digits that read back to the same bits, always with a point,
 /// an exponent, "nan" or "inf", so that parseValues can tell it from a whole number.
 QString floatText(quint32 bits);
 
-/// Reads a comma-separated list of exactly variable.count values: decimal, 0x hexadecimal, negative (two's
-/// complement of the width), or for 32-bit values a fraction, which has a point or an exponent and is sent as
-/// IEEE 754 single. The bytes are in the driver's host-side layout. Returns nothing, with one line in
-/// *error, when a value is wrong or does not fit.
+/// Reads exactly variable.count values, with commas or blanks between them: decimal, or 0x hexadecimal for the
+/// bits without scale. A variable of plain type takes negative numbers too (two's complement of the width), and
+/// 32-bit ones a fraction, which has a point or an exponent and is sent as IEEE 754 single. Text is one value,
+/// which NULs fill up. The bytes are in the driver's host-side layout. Returns nothing, with one line in *error,
+/// when a value is wrong or does not fit.
 std::optional<QByteArray> parseValues(const Variable &variable, const QString &text, QString *error);

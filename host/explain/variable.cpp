@@ -7,6 +7,7 @@
 #include <QtCore/QStringList>
 
 #include <algorithm>
+#include <vector>
 
 using namespace modbus_driver;
 
@@ -32,6 +33,36 @@ const AreaFacts areas[] = {
     {"hr32", 4, AreaHoldingRegisterBit},
 };
 const int areaCount = sizeof areas / sizeof areas[0];
+
+/// A type or an order, of values of so many bytes.
+struct Word
+{
+    const char *name;
+    int width;
+    int value;
+};
+using Words = std::vector<Word>;
+
+const Words types = {
+    {"bit", 1, int(ValueType::Plain)},   {"u16", 2, int(ValueType::Unsigned)},
+    {"s16", 2, int(ValueType::Signed)},  {"hex", 2, int(ValueType::Hexadecimal)},
+    {"text", 2, int(ValueType::Text)},   {"u32", 4, int(ValueType::Unsigned)},
+    {"s32", 4, int(ValueType::Signed)},  {"hex", 4, int(ValueType::Hexadecimal)},
+    {"float", 4, int(ValueType::Float)},
+};
+const Words orders = {
+    {"AB", 2, HighFirst},          {"BA", 2, LowByteFirst},   {"ABCD", 4, HighFirst},
+    {"CDAB", 4, LowRegisterFirst}, {"BADC", 4, LowByteFirst}, {"DCBA", 4, LowRegisterFirst | LowByteFirst},
+};
+
+QString nameOf(const Words &words, int value, int width)
+{
+    for (const Word &word : words) {
+        if (word.value == value && word.width == width)
+            return QString::fromLatin1(word.name);
+    }
+    return QString();
+}
 
 const int lastAddress = wire::AddressesOfTable - 1;
 const qint64 longestFile = 1 << 20; // bytes
@@ -144,30 +175,63 @@ QString checkEnd(const Variable &variable)
     return QStringLiteral("it would end at %1 %2, but %1s end at 65535").arg(noun(variable.area)).arg(last);
 }
 
+/// *value is the named one among those of the variable's width; what is wrong, else.
+QString readWord(const QString &word, const char *what, const Words &words, const Variable &variable,
+                 int *value)
+{
+    QStringList names;
+    for (const Word &known : words) {
+        if (known.width != variable.width())
+            continue;
+        names << QString::fromLatin1(known.name);
+        *value = known.value;
+        if (word == names.last())
+            return QString();
+    }
+    return QStringLiteral("\"%1\" is no %2 of %3 (%2s: %4)")
+        .arg(word, QLatin1String(what), areaName(variable.area),
+             names.isEmpty() ? QStringLiteral("none") : names.join(QStringLiteral(", ")));
+}
+
+QString readTypeAndOrder(const QStringList &fields, Variable *variable)
+{
+    int type = 0;
+    QString error;
+    if (fields.size() > 2)
+        error = readWord(fields.at(2), "type", types, *variable, &type);
+    if (error.isEmpty() && fields.size() > 3)
+        error = readWord(fields.at(3), "order", orders, *variable, &variable->order);
+    variable->type = static_cast<ValueType>(type);
+    return error;
+}
+
 QString readVariable(const QString &text, Variable *variable)
 {
-    const int slash = text.indexOf(QLatin1Char('/'));
-    const int colon = text.indexOf(QLatin1Char(':'));
-    const int star = text.indexOf(QLatin1Char('*'));
-    if (colon < 0 || slash > colon || (star >= 0 && star < colon))
-        return QStringLiteral("write [UNIT/]AREA:ADDRESS[*COUNT], such as hr:100 or 2/coil:5*8");
+    const QStringList fields = text.split(QLatin1Char(':'));
+    if (fields.size() < 2 || fields.size() > 4 || fields.at(1).contains(QLatin1Char('/')))
+        return QStringLiteral(
+            "write [UNIT/]AREA:ADDRESS[*COUNT][:TYPE[:ORDER]], such as hr:100 or 2/hr32:5*8:float");
 
-    const QString unit = text.left(qMax(0, slash));
+    const int slash = fields.at(0).indexOf(QLatin1Char('/'));
+    const QString unit = fields.at(0).left(qMax(0, slash));
     const int unitNumber = slash < 0 ? variable->unit : decimal(unit, 255);
     if (unitNumber == NotANumber)
         return QStringLiteral("a unit is a number from 0 to 255, not \"%1\"").arg(unit);
     variable->unit = unitNumber;
 
-    const QString area = text.mid(slash + 1, colon - slash - 1);
+    const QString area = fields.at(0).mid(slash + 1);
     variable->area = areaOf(area);
     if (variable->area == NoArea)
         return QStringLiteral(
                    "there is no area \"%1\"; the areas are coil, input, irbit, hrbit, ir, hr, ir32, hr32")
             .arg(area);
 
-    QString error = readAddress(text.mid(colon + 1, star < 0 ? -1 : star - colon - 1), variable);
+    const int star = fields.at(1).indexOf(QLatin1Char('*'));
+    QString error = readAddress(fields.at(1).left(star), variable);
     if (error.isEmpty() && star >= 0)
-        error = readCount(text.mid(star + 1), variable);
+        error = readCount(fields.at(1).mid(star + 1), variable);
+    if (error.isEmpty())
+        error = readTypeAndOrder(fields, variable);
     return error.isEmpty() ? checkEnd(*variable) : error;
 }
 
@@ -201,6 +265,18 @@ bool readLine(const QString &line, QList<Variable> *variables, QString *error)
 QString areaName(int area)
 {
     return area >= 0 && area < areaCount ? QString::fromLatin1(areas[area].name) : QStringLiteral("?");
+}
+
+QString typeName(const Variable &variable)
+{
+    const int width = variable.width();
+    const bool isPlain = variable.type == ValueType::Plain && width > 1;
+    return nameOf(types, static_cast<int>(isPlain ? ValueType::Unsigned : variable.type), width);
+}
+
+QString orderName(int order, int width)
+{
+    return nameOf(orders, order, width);
 }
 
 std::optional<Variable> parseVariable(const QString &text, QString *error)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Variables as people write them: [UNIT/]AREA:ADDRESS[*COUNT], with the areas coil, input, irbit, hrbit, ir,
-/// hr, ir32 and hr32. Addresses are protocol addresses, counted from 0; bits of registers are REGISTER.BIT.
+/// Variables as people write them: [UNIT/]AREA:ADDRESS[*COUNT][:TYPE[:ORDER]], with the areas coil, input, irbit,
+/// hrbit, ir, hr, ir32 and hr32. Bits of registers are REGISTER.BIT. Any thread.
 
 #pragma once
 
@@ -18,22 +18,38 @@ inline bool isPairArea(int area)
     return area == modbus_driver::AreaInputPairs || area == modbus_driver::AreaHoldingPairs;
 }
 
+/// Plain, when none is named: shown as Unsigned, typed as any number of the width. Float has 32 bits.
+enum class ValueType { Plain, Unsigned, Signed, Hexadecimal, Float, Text };
+
+/// How a value differs from the driver's order, high register and high byte first. Flags.
+enum ByteOrder { HighFirst = 0, LowRegisterFirst = 1, LowByteFirst = 2 };
+
 /// One variable to read or write.
 struct Variable
 {
     QString name;        ///< what the user calls it: a name from a list file, else the text as written
     int unit = 1;        ///< 0 to 255; 0 is broadcast
     int area = 0;        ///< an AreaCode of the driver
-    QString addressText; ///< as the driver takes it
+    QString addressText; ///< as the driver takes it, counted from 0
     int address = 0;     ///< the same as a number: bit, register, or register * 16 + bit
     int count = 1;       ///< bits, registers or 32-bit values, as the area holds
+    ValueType type = ValueType::Plain;
+    int order = HighFirst; ///< of ByteOrder's flags
+    double scale = 1;      ///< the shown value is the raw one times this; not 0
+    QString measure;       ///< the shown value's unit of measure
 
     /// The count as the driver takes it: bits or registers, two registers a 32-bit value.
     int driverCount() const { return isPairArea(area) ? 2 * count : count; }
+    /// Bytes of one value in the driver's host-side layout: 1 for a bit, 2 for a register, 4 for a 32-bit value.
+    int width() const { return isPairArea(area) ? 4 : area < modbus_driver::AreaInputRegisters ? 1 : 2; }
 };
 
 /// The area's name in variables, such as "hr32".
 QString areaName(int area);
+/// The type's name in variables, such as "u16"; "bit" for all bits.
+QString typeName(const Variable &variable);
+/// The name of a byte order in values of so many bytes, such as "CDAB" or "BA"; empty for bits.
+QString orderName(int order, int width);
 
 /// Reads one variable. Nothing, with one line in *error, when the text is wrong in any part.
 std::optional<Variable> parseVariable(const QString &text, QString *error);
