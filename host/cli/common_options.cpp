@@ -9,6 +9,21 @@ using namespace modbus_driver;
 
 namespace {
 
+const char areasHelp[] = R"(
+
+A variable is [UNIT/]AREA:ADDRESS[*COUNT][:TYPE[:ORDER]], unit 1 when left out.
+Addresses count from 0 unless --base 1.
+  coil    coils                             coil:17
+  input   discrete inputs                   input:5*8
+  hr      holding registers                 2/hr:100*4
+  ir      input registers                   ir:8:s16
+  hr32    pairs of holding registers        hr32:6:float:CDAB
+  ir32    pairs of input registers          ir32:20*3
+  hrbit   bits of holding registers         hrbit:10.5
+  irbit   bits of input registers           irbit:3.0*16
+Types: hr, ir: u16, s16, hex, text; hr32, ir32: u32, s32, float, hex; bits none.
+Orders of bytes: AB, BA for 16 bits and text; ABCD, CDAB, BADC, DCBA for 32.)";
+
 const int longestMs = 3600000;
 const int longestQuietMs = 10000;
 
@@ -70,6 +85,11 @@ bool suits(ValueType format, const Variable &variable)
 }
 
 } // namespace
+
+QString variablesHelp()
+{
+    return QString::fromLatin1(areasHelp);
+}
 
 void addLinkOptions(CommandLine *line, const char *retries)
 {

@@ -10,6 +10,9 @@
 
 #include "../explain/value_text.h"
 
+/// How variables are written, for the help behind a command's description.
+QString variablesHelp();
+
 /// `retries` is the default of --retries.
 void addLinkOptions(CommandLine *line, const char *retries);
 /// Reads them; errors go to line->complain().

@@ -52,7 +52,7 @@ void printTotals(const QList<PlannedRequest> &requests, const QList<QList<Variab
 int planCommand(const QStringList &arguments)
 {
     CommandLine line(QStringLiteral("plan"), QStringLiteral("[OPTION]... VARIABLE..."),
-                     QString::fromLatin1(description));
+                     QString::fromLatin1(description) + variablesHelp());
     line.addOption("block", QStringLiteral("Most registers, or bytes of bits, in a request."), "N", "100");
     addFileOption(&line);
     addDriverOption(&line);

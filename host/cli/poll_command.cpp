@@ -117,7 +117,7 @@ bool isGood(const PanelSnapshot &now)
 int pollCommand(const QStringList &arguments)
 {
     CommandLine line(QStringLiteral("poll"), QStringLiteral("[OPTION]... VARIABLE..."),
-                     QString::fromLatin1(description));
+                     QString::fromLatin1(description) + variablesHelp());
     addPollOptions(&line);
     if (const auto code = line.parse(arguments))
         return *code;

@@ -4,6 +4,8 @@
 #include "interrupt.h"
 #include "poll_table.h"
 
+#include "../explain/byte_orders.h"
+
 #include <cstdio>
 
 namespace {
@@ -25,7 +27,10 @@ bool report(const CommandLine &line, const ValueState &value)
 {
     const Variable &variable = value.variable();
     if (value.readAtMs() >= 0 && value.failure().isEmpty()) {
-        std::printf("%s = %s\n", qPrintable(variable.name), qPrintable(valueText(variable, value.value())));
+        const bool inOrders = line.isSet("orders");
+        const QString text = inOrders ? byteOrderTable(variable, value.value()).join(QLatin1Char('\n'))
+                                      : valueText(variable, value.value());
+        std::printf("%s%s%s\n", qPrintable(variable.name), inOrders ? ":\n" : " = ", qPrintable(text));
         return true;
     }
     const QString why = value.failure().isEmpty() ? QStringLiteral("not read") : value.failure();
@@ -38,14 +43,21 @@ bool report(const CommandLine &line, const ValueState &value)
 int readCommand(const QStringList &arguments)
 {
     CommandLine line(QStringLiteral("read"), QStringLiteral("[OPTION]... VARIABLE..."),
-                     QString::fromLatin1(description));
+                     QString::fromLatin1(description) + variablesHelp());
     addLinkOptions(&line, "1");
     addReadOptions(&line);
+    line.addOption("orders",
+                   QStringLiteral("Show two registers in every byte order, to find the right one."));
     if (const auto code = line.parse(arguments))
         return *code;
     PanelOptions options = linkOptions(&line);
     options.connection.patienceMs = options.connection.timeoutMs;
     const QList<Variable> variables = variablesToRead(&line, options.connection.remote, formatOption(&line));
+    for (const Variable &variable : variables) {
+        if (line.isSet("orders") && (variable.driverCount() != 2 || variable.width() == 1))
+            line.complain(
+                QStringLiteral("--orders takes two registers, such as hr:6*2, not %1").arg(variable.name));
+    }
     if (!line.isFine())
         return line.fail();
 

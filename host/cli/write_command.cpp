@@ -133,7 +133,7 @@ int report(const QList<WriteItem> &items, PanelSnapshot now)
 int writeCommand(const QStringList &arguments)
 {
     CommandLine line(QStringLiteral("write"), QStringLiteral("[OPTION]... VARIABLE=VALUE..."),
-                     QString::fromLatin1(description));
+                     QString::fromLatin1(description) + variablesHelp());
     addLinkOptions(&line, "0");
     if (const auto code = line.parse(arguments))
         return *code;

@@ -5,6 +5,8 @@
 
 #include <QtCore/QtEndian>
 
+#include <algorithm>
+
 namespace {
 
 /// By ByteOrder's flags.
@@ -44,4 +46,11 @@ QStringList byteOrderTable(const QByteArray &bytes)
                            floatText(number), text(registers[order]));
     }
     return lines;
+}
+
+QStringList byteOrderTable(const Variable &variable, QByteArray value)
+{
+    for (int end = variable.width(); end <= value.size(); end += variable.width())
+        std::reverse(value.begin() + end - variable.width(), value.begin() + end);
+    return byteOrderTable(value);
 }

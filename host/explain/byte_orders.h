@@ -4,9 +4,13 @@
 
 #pragma once
 
+#include "variable.h"
+
 #include <QtCore/QByteArray>
 #include <QtCore/QStringList>
 
 /// One line for each word and byte order of exactly four bytes as received, under a heading: the value
 /// as unsigned, signed and floating-point number, and the name of the order.
 QStringList byteOrderTable(const QByteArray &bytes);
+/// The same of the value of a variable of two registers, which is in the driver's host-side layout.
+QStringList byteOrderTable(const Variable &variable, QByteArray value);
