@@ -151,6 +151,12 @@ PanelOptions linkOptions(CommandLine *line)
     return options;
 }
 
+void tellOfSimulation(const CommandLine &line)
+{
+    if (!line.isSet("connect"))
+        line.fail(ExitDone, QStringLiteral("no --connect: the values are those of a simulated station"));
+}
+
 void addDriverOption(CommandLine *line)
 {
     line->addOption(

@@ -18,6 +18,9 @@ void addLinkOptions(CommandLine *line, const char *retries);
 /// Reads them; errors go to line->complain().
 PanelOptions linkOptions(CommandLine *line);
 
+/// A line on stderr when no --connect is given, so that nobody takes simulated values for real ones.
+void tellOfSimulation(const CommandLine &line);
+
 void addDriverOption(CommandLine *line);
 void addFileOption(CommandLine *line);
 /// --file and --format.

@@ -1,11 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "panel_session.h"
 
+#include "interrupt.h"
+
 #include "../../driver/api/codes.h"
+
+#include <set>
 
 using namespace modbus_driver;
 
 namespace {
+
+const int lookMs = 100; // for Ctrl-C
 
 // The driver keeps a pointer to it, so it lives as long as the driver.
 CommSettings settings;
@@ -91,7 +97,33 @@ bool PanelSession::readVariablesOnce()
     return queueReads(m_driver, settings, m_variables);
 }
 
+PanelSnapshot PanelSession::waitForItems(int expected, const ItemEnded &onEnd) const
+{
+    std::set<int> ended;
+    for (;;) {
+        const PanelSnapshot now = m_state.snapshot();
+        for (const auto &[item, result] : now.items) {
+            if (result.isEnded && ended.insert(item).second && onEnd)
+                onEnd(item, now);
+        }
+        const int count = static_cast<int>(ended.size());
+        if (now.isEnded || count >= expected || isInterrupted())
+            return now;
+        m_state.waitForNews(0, count, lookMs);
+    }
+}
+
+QString PanelSession::address() const
+{
+    const QString &host = m_options.connection.host;
+    const bool isIpv6 = host.contains(QLatin1Char(':'));
+    return m_station ? QStringLiteral("simulated")
+                     : QStringLiteral("%1:%2")
+                           .arg(isIpv6 ? QLatin1Char('[') + host + QLatin1Char(']') : host)
+                           .arg(m_options.connection.port);
+}
+
 QString PanelSession::peer() const
 {
-    return QStringLiteral("%1:%2").arg(m_options.connection.host).arg(m_options.connection.port);
+    return m_station ? QStringLiteral("simulated station") : QStringLiteral("station ") + address();
 }

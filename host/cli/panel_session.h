@@ -14,6 +14,7 @@
 
 #include "../../station/station_thread.h"
 
+#include <functional>
 #include <memory>
 
 struct PanelOptions
@@ -46,10 +47,17 @@ public:
     void start() { m_loop->start(); }
     void stop() { m_loop->stop(); }
 
+    /// Waits until nothing of so many items is queued any more, the communication has ended or a signal has come, and
+    /// returns the last snapshot. Calls `onEnd` once with each item that has ended, as soon as it has.
+    using ItemEnded = std::function<void(int item, const PanelSnapshot &now)>;
+    PanelSnapshot waitForItems(int expected, const ItemEnded &onEnd = nullptr) const;
+
     const DriverLibrary &driver() const { return m_driver; }
     const PanelState &state() const { return m_state; }
     StationThread *station() const { return m_station.get(); } ///< the built-in one, or null
-    /// Where the station is, such as "127.0.0.1:1502".
+    /// Where the station is: "192.0.2.7:502", or "simulated". After prepare().
+    QString address() const;
+    /// The station in words: "station 192.0.2.7:502", or "simulated station".
     QString peer() const;
 
 private:

@@ -7,20 +7,19 @@
 #include "../explain/byte_orders.h"
 
 #include <cstdio>
+#include <vector>
 
 namespace {
 
 const char description[] = R"(Reads variables, [UNIT/]AREA:ADDRESS[*COUNT], once. Each has a request of its
 own, so a failure affects no other variable.
 
-Prints VARIABLE = VALUE for each that was read, and a line on stderr with the
-reason for each that was not. Ends with 0 when all were read, 1 when any was
+Prints the station, then VARIABLE = VALUE for each that was read, as soon as it
+was, and a line on stderr with the reason for each that was not. Ends with 0 when all were read, 1 when any was
 not, 3 without a connection.
 
 Example: four registers and a bit of register 10, from unit 2:
   modbus-panel read --connect 192.0.2.7:502 2/hr:100*4 2/hrbit:10.5)";
-
-const int lookMs = 100; // for Ctrl-C
 
 /// Prints a value or an error. True when there was a value.
 bool report(const CommandLine &line, const ValueState &value)
@@ -31,6 +30,7 @@ bool report(const CommandLine &line, const ValueState &value)
         const QString text = inOrders ? byteOrderTable(variable, value.value()).join(QLatin1Char('\n'))
                                       : valueText(variable, value.value());
         std::printf("%s%s%s\n", qPrintable(variable.name), inOrders ? ":\n" : " = ", qPrintable(text));
+        std::fflush(stdout);
         return true;
     }
     const QString why = value.failure().isEmpty() ? QStringLiteral("not read") : value.failure();
@@ -68,19 +68,25 @@ int readCommand(const QStringList &arguments)
     if (!session.readVariablesOnce())
         return line.fail(ExitUsage,
                          QStringLiteral("too many variables to read at once; poll takes any number"));
+    tellOfSimulation(line);
+    std::printf("%s\n", qPrintable(session.peer()));
     catchInterrupts();
     session.start();
-    PanelSnapshot now = session.state().snapshot();
-    while (!now.isEnded && now.itemsEnded() < variables.size() && !isInterrupted()) {
-        session.state().waitForNews(0, now.itemsEnded(), lookMs);
-        now = session.state().snapshot();
-    }
-    session.stop();
-    if (now.isEnded)
-        return line.fail(ExitNoLink,
-                         QStringLiteral("%1: %2").arg(session.peer(), linkCauseText(now.linkCause)));
     bool isGood = true;
-    for (const ValueState &value : now.values)
-        isGood = report(line, value) && isGood;
+    std::vector<bool> isReported(static_cast<std::size_t>(variables.size()));
+    const auto show = [&](int item, const PanelSnapshot &now) {
+        const auto index = static_cast<std::size_t>(item);
+        isGood = report(line, now.values[index]) && isGood;
+        isReported[index] = true;
+    };
+    const PanelSnapshot last = session.waitForItems(variables.size(), show);
+    session.stop();
+    if (last.isEnded)
+        return line.fail(ExitNoLink,
+                         QStringLiteral("%1: %2").arg(session.peer(), linkCauseText(last.linkCause)));
+    for (int i = 0; i < variables.size(); ++i) {
+        if (!isReported[static_cast<std::size_t>(i)])
+            show(i, last);
+    }
     return isGood ? ExitDone : ExitFailed;
 }

@@ -30,7 +30,6 @@ outcome is unknown, 3 without a connection.
 Example: a register, a bit of register 10 and a 32-bit float:
   modbus-panel write --connect 192.0.2.7:502 2/hr:100=-5 2/hrbit:10.5=1 2/hr32:20=21.5)";
 
-const int lookMs = 100;     // for Ctrl-C
 const int longestText = 60; // of a word in the report
 
 bool isWritable(int area)
@@ -99,17 +98,6 @@ QList<Variable> variablesOf(const QList<WriteItem> &items)
     return variables;
 }
 
-/// Waits until no item has anything queued.
-PanelSnapshot waitForAll(const PanelState &state, int expected)
-{
-    PanelSnapshot now = state.snapshot();
-    while (!now.isEnded && now.itemsEnded() < expected && !isInterrupted()) {
-        state.waitForNews(0, now.itemsEnded(), lookMs);
-        now = state.snapshot();
-    }
-    return now;
-}
-
 ExitCode exitCodeOf(WriteOutcome::End end)
 {
     return end == WriteOutcome::Done     ? ExitDone
@@ -152,7 +140,7 @@ int writeCommand(const QStringList &arguments)
         std::count_if(items.begin(), items.end(), [](const WriteItem &item) { return item.queued > 0; });
     catchInterrupts();
     session.start();
-    waitForAll(session.state(), static_cast<int>(inQueue));
+    session.waitForItems(static_cast<int>(inQueue));
     session.stop();
     const PanelSnapshot last = session.state().snapshot();
     if (last.items.empty() && last.linkCause != LinkCause::None)
