@@ -49,10 +49,10 @@ ExitCode PanelSession::prepare(QString *error)
     if (!driver)
         return ExitNoLink;
     m_driver = *driver;
-    if (m_options.trace && !m_trace.open(m_options.traceFile, m_options.connection.remote, error))
-        return ExitUsage;
     if (m_options.connection.host.isEmpty() && !startStation(error))
         return ExitNoLink;
+    if (m_options.trace && !m_trace.open(m_options.traceFile, peer(), m_options.connection.remote, error))
+        return ExitUsage;
     configureDriver();
     m_loop = std::make_unique<CommunicationLoop>(m_driver, settings, m_options.connection, m_options.loop,
                                                  m_trace, m_observer);

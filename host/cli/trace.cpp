@@ -18,25 +18,25 @@
 
 namespace {
 
-/// Local time of day, to the microsecond.
-QByteArray timeOfDay()
+/// Local time, to the microsecond.
+QByteArray timeText()
 {
     using namespace std::chrono;
     const auto sinceEpoch = system_clock::now().time_since_epoch();
     const qint64 microseconds = duration_cast<std::chrono::microseconds>(sinceEpoch).count();
     const QDateTime time = QDateTime::fromMSecsSinceEpoch(microseconds / 1000);
-    return time.toString(QStringLiteral("HH:mm:ss.")).toLatin1() +
+    return time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.")).toLatin1() +
            QByteArray::number(microseconds % 1000000).rightJustified(6, '0');
 }
 
 } // namespace
 
-bool Trace::open(const QString &path, bool remote, QString *error)
+bool Trace::open(const QString &path, const QString &peer, bool remote, QString *error)
 {
     m_remote = remote;
     const int file = path.isEmpty() ? dup(STDERR_FILENO)
                                     : ::open(QFile::encodeName(path).constData(),
-                                             O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0666);
+                                             O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0666);
     if (file < 0) {
         *error = QStringLiteral("cannot write the trace %1: %2")
                      .arg(path, QString::fromLocal8Bit(std::strerror(errno)));
@@ -44,8 +44,9 @@ bool Trace::open(const QString &path, bool remote, QString *error)
     }
     m_output = std::make_unique<LineOutput>(file);
     close(file);
-    comment(
-        QStringLiteral("text2pcap -D -t '%H:%M:%S.%f' -4 127.0.0.1,127.0.0.1 -T 40000,502 TRACE FILE.pcap"));
+    comment(QStringLiteral("%1, %2").arg(QString::fromLatin1(timeText()), peer));
+    comment(QStringLiteral("text2pcap -D -t '%Y-%m-%d %H:%M:%S.%f' -4 127.0.0.1,127.0.0.1 -T 40000,502 "
+                           "TRACE FILE.pcap"));
     return true;
 }
 
@@ -83,5 +84,5 @@ void Trace::comment(const QString &text) const
 
 void Trace::frame(char direction, const QByteArray &bytes) const
 {
-    m_output->write(direction + (' ' + timeOfDay()) + "\n000000 " + bytes.toHex(' ') + '\n');
+    m_output->write(direction + (' ' + timeText()) + "\n000000 " + bytes.toHex(' ') + '\n');
 }

@@ -4,7 +4,7 @@
 /// ahead as a comment:
 ///
 ///     # unit 1: ...
-///     I 12:00:01.123456
+///     I 2020-02-29 12:00:01.123456
 ///     000000 00 00 00 00 00 06 01 03 00 00 00 03
 ///
 /// I goes to the station, O comes from it. Never waits for its reader: text that is not read is left out and counted.
@@ -30,8 +30,9 @@ public:
     Trace(const Trace &) = delete;
     Trace &operator=(const Trace &) = delete;
 
-    /// To a file, or to stderr for an empty path. False, with one line in *error, when that cannot be opened.
-    bool open(const QString &path, bool remote, QString *error);
+    /// To the end of a file, or to stderr for an empty path. First the time and `peer`, the station in words, as a
+    /// comment. False, with one line in *error, when that cannot be opened.
+    bool open(const QString &path, const QString &peer, bool remote, QString *error);
 
     bool isOn() const override { return m_output != nullptr; }
     void request(const QByteArray &frame) const override;
