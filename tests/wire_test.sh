@@ -14,14 +14,14 @@ for unit in 1 2 3; do
     done
 done
 $panel poll --passes 1 --trace="$work/poll" "${variables[@]}" >/dev/null
-$panel write --trace="$work/write" 2/coil:20=1 2/hr:30=0x1234 2/hr32:40=0x12345678 2/hrbit:50.3=1 0/coil:7=0 >/dev/null
+$panel write --simulate --trace="$work/write" 2/coil:20=1 2/hr:30=0x1234 2/hr32:40=0x12345678 2/hrbit:50.3=1 0/coil:7=0 >/dev/null
 
 # Columns: unit, function, address, registers, bits, byte count, registers' values, value; then what must be empty.
 fields=(mbtcp.unit_id modbus.func_code modbus.reference_num modbus.word_cnt modbus.bit_cnt modbus.byte_cnt
     modbus.regval_uint16 modbus.data)
 decode() {
     grep -hv '^#' "$work/poll" "$work/write" |
-        text2pcap -q -D -4 127.0.0.1,127.0.0.1 -T 40000,502 - "$work/frames.pcap" 2>/dev/null
+        text2pcap -q -D -t '%Y-%m-%d %H:%M:%S.%f' -4 127.0.0.1,127.0.0.1 -T 40000,502 - "$work/frames.pcap" 2>/dev/null
     tshark -r "$work/frames.pcap" -o mbtcp.desegment:FALSE -Y "$1" -T fields -E separator=, -E 'aggregator=|' \
         "${@:2}" 2>/dev/null
 }

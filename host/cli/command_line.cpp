@@ -11,7 +11,8 @@ CommandLine::CommandLine(const QString &command, const QString &synopsis, const 
     : m_command(command), m_synopsis(synopsis)
 {
     m_parser.setApplicationDescription(description);
-    addOption("help", QStringLiteral("Print this and end."));
+    m_parser.addOption(
+        {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Print this and end.")});
 }
 
 void CommandLine::addOption(const char *name, const QString &description, const char *valueName,

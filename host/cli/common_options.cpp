@@ -93,11 +93,8 @@ QString variablesHelp()
 
 void addLinkOptions(CommandLine *line, const char *retries)
 {
-    line->addOption(
-        "connect",
-        QStringLiteral(
-            "The station; port 502 when left out. Without this option a simulated one runs inside."),
-        "HOST:PORT");
+    line->addOption("connect", QStringLiteral("The station; port 502 when left out."), "HOST:PORT");
+    line->addOption("simulate", QStringLiteral("A simulated station inside, with every unit that is asked."));
     line->addOption("timeout", QStringLiteral("Milliseconds to wait for a connection or a reply."), "MS",
                     "1000");
     line->addOption("retries", QStringLiteral("How often a request without a good reply is sent again."), "N",
@@ -138,6 +135,8 @@ PanelOptions linkOptions(CommandLine *line)
     options.driverPath = line->isSet("driver") ? line->value("driver") : defaultDriverPath();
     if (line->isSet("connect"))
         readPeer(line, &options.connection);
+    if (line->isSet("connect") && line->isSet("simulate"))
+        line->complain(QStringLiteral("--connect and --simulate name two stations"));
     options.connection.timeoutMs = line->number("timeout", 1, longestMs);
     options.connection.gapMs = line->number("gap", 0, longestMs);
     options.connection.quietMs = line->number("quiet", 0, longestQuietMs);

@@ -35,10 +35,11 @@ void printHelp(std::FILE *to)
     for (const Command &command : commands)
         std::fprintf(to, "  %-8s%s\n", command.name, command.summary);
     std::fputs(
-        "\nmodbus-panel COMMAND --help explains each. Without --connect a simulated station runs inside.\n"
+        "\nmodbus-panel COMMAND --help explains each. poll, read and scan without --connect ask a simulated\n"
+        "station that runs inside; write does so with --simulate only.\n"
         "Exit codes: 0 done, 1 a station refused or did not answer, 2 wrong usage, 3 no connection or no\n"
         "driver, 4 the outcome of a write is unknown.\n"
-        "\nExample:\n  modbus-panel poll hr:0*4 coil:0*8\n",
+        "\nExample:\n  modbus-panel poll --simulate hr:0*4 coil:0*8\n",
         to);
 }
 

@@ -127,6 +127,10 @@ int writeCommand(const QStringList &arguments)
         return *code;
     PanelOptions options = linkOptions(&line);
     options.connection.patienceMs = options.connection.timeoutMs;
+    if (!line.isSet("connect") && !line.isSet("simulate"))
+        line.complain(
+            QStringLiteral("no station is named: --connect HOST:PORT writes to one, --simulate to a "
+                           "simulated one"));
     QList<WriteItem> items = readItems(&line, options.block);
     if (!line.isFine())
         return line.fail();
