@@ -61,11 +61,14 @@ TEST(Commands, WhatIsWrongIsOneLineAndACode)
         {"a trace that cannot be written", readCommand, "--trace=/nowhere/trace hr:1", ExitUsage, "/nowhere/trace"},
         {"a broadcast read", readCommand, "0/hr:1", ExitUsage, "broadcast"},
         {"a remote register read", pollCommand, "--remote hr:1", ExitUsage, "only coil and input"},
-        {"a broadcast bit of a register", writeCommand, "0/hrbit:1.1=1", ExitUsage, "broadcast"},
-        {"a read-only area", writeCommand, "ir:1=1", ExitUsage, "read-only"},
-        {"no value", writeCommand, "hr:1", ExitUsage, "VARIABLE=VALUE"},
-        {"a value too many", writeCommand, "hr:1=1,2", ExitUsage, "hr:1"},
-        {"a 32-bit value in blocks of one register", writeCommand, "--block 1 hr32:1=1", ExitUsage, "--block"},
+        {"a broadcast bit of a register", writeCommand, "--simulate 0/hrbit:1.1=1", ExitUsage, "broadcast"},
+        {"no station to write to", writeCommand, "hr:1=1", ExitUsage,
+         "no station is named: --connect HOST:PORT writes to one, --simulate to a simulated one"},
+        {"two stations", readCommand, "--connect 127.0.0.1:1 --simulate hr:1", ExitUsage, "name two stations"},
+        {"a read-only area", writeCommand, "--simulate ir:1=1", ExitUsage, "read-only"},
+        {"no value", writeCommand, "--simulate hr:1", ExitUsage, "VARIABLE=VALUE"},
+        {"a value too many", writeCommand, "--simulate hr:1=1,2", ExitUsage, "hr:1"},
+        {"a 32-bit value in blocks of one register", writeCommand, "--simulate --block 1 hr32:1=1", ExitUsage, "--block"},
         {"no driver", readCommand, "--driver /nowhere/driver.so hr:1", ExitNoLink, "/nowhere/driver.so"},
         {"no driver's functions", readCommand, "--driver libm.so.6 hr:1", ExitNoLink, "SetComInfo"},
         {"no hexadecimal", decodeCommand, "0x", ExitUsage, "not hexadecimal"},
@@ -115,12 +118,18 @@ TEST(Commands, ReportsAndEndsWithTheWorstOutcome)
          "simulated station\nhr:60*2 = 0x003C 0x003D\n",
          "modbus-panel read: no --connect: the values are those of a simulated station\n"
          "modbus-panel read: hr:62: exception 2: illegal data address\n"},
-        {writeCommand, "hr:60=1 coil:1=1", ExitDone, "hr:60=1: acknowledged\ncoil:1=1: acknowledged\n", ""},
-        {writeCommand, "hr:70=1 hr:71=2 hr:71=3 hr:30=1 --fault exception=6@address=30", ExitFailed,
+        {readCommand, "--fault exception=2 hr:49999 hr:50000 input:10001 --timeout 5000", ExitFailed, "",
+         "modbus-panel read: hr:49999: exception 2: illegal data address; manuals that count 40001 as the first holding "
+         "register mean hr:9998\n"
+         "modbus-panel read: hr:50000: exception 2: illegal data address\n"
+         "modbus-panel read: input:10001: exception 2: illegal data address; manuals that count 10001 as the first "
+         "discrete input mean input:0\n"},
+        {writeCommand, "--simulate hr:60=1 coil:1=1", ExitDone, "hr:60=1: acknowledged\ncoil:1=1: acknowledged\n", ""},
+        {writeCommand, "--simulate hr:70=1 hr:71=2 hr:71=3 hr:30=1 --fault exception=6@address=30", ExitFailed,
          "hr:70=1: acknowledged\nhr:71=2: replaced by a later write before it was sent\n"
          "hr:71=3: acknowledged; merged with an earlier write\nhr:30=1: refused with exception 6: device busy\n",
          ""},
-        {writeCommand, "hr:60=1 hr:70=1 --timeout 500 --fault silence@address=60", ExitOutcomeUnknown,
+        {writeCommand, "--simulate hr:60=1 hr:70=1 --timeout 500 --fault silence@address=60", ExitOutcomeUnknown,
          "hr:60=1: outcome unknown: no reply; it may or may not have been carried out\nhr:70=1: acknowledged\n", ""},
     };
     for (const auto &[command, text, code, out, err] : rows) {

@@ -144,7 +144,7 @@ const Wait waits[] = {
     {"in a flood", "poll --after-timeout drain --timeout 3600000 --every 0 --fault flood=3600 hr:60", "", 0},
     {"for a reply of a poll", "poll --timeout 3600000 --fault silence hr:60", "", 0},
     {"for a reply of a read", "read --timeout 3600000 --fault silence hr:60", "", 1},
-    {"for a reply of a write", "write --timeout 3600000 --fault silence hr:60=1", "", 4},
+    {"for a reply of a write", "write --simulate --timeout 3600000 --fault silence hr:60=1", "", 4},
 };
 
 TEST(Signals, EndEveryWait)
@@ -167,7 +167,7 @@ TEST(Signals, EndAProgramWhoseReaderHasStopped)
     kill(program.pid, SIGINT);
     EXPECT_EQ(program.end(endsWithinMs), 0);
 
-    Program report("write --timeout 3600000 --fault silence hr:60=1", Program::FullPipe);
+    Program report("write --simulate --timeout 3600000 --fault silence hr:60=1", Program::FullPipe);
     usleep(250000);
     kill(report.pid, SIGINT);
     EXPECT_EQ(report.end(endsWithinMs), 4) << "the report finds no reader";

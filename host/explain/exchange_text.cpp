@@ -7,13 +7,16 @@
 
 #include "../link/exception_codes.h"
 
+#include "../../driver/api/codes.h"
 #include "../../driver/base/modbus_wire.h"
 
+using namespace modbus_driver;
 using namespace modbus_driver::wire;
 
 namespace {
 
-const int deviceItself = 255; // unit identifier
+const int deviceItself = 255;    // unit identifier
+const int countedInTable = 9999; // five digits, the first of them the table's
 
 /// The usual cause is a device that answers under another unit identifier than the one that was asked.
 QString otherUnitText(const RW_VAR &access, const QByteArray &reply)
@@ -27,6 +30,29 @@ QString otherUnitText(const RW_VAR &access, const QByteArray &reply)
     if (unit == deviceItself)
         text += QStringLiteral(" (unit 255 is the device that has the connection, not one behind it)");
     return text;
+}
+
+/// Manuals that count from 1, with the table's digit in front, are the usual cause of an illegal address.
+QString countedFromOneText(const RW_VAR &access)
+{
+    struct Table
+    {
+        int area;
+        int first;
+        const char *name;
+    };
+    const Table tables[] = {{AreaDiscreteInputs, 10001, "discrete input"},
+                            {AreaInputRegisters, 30001, "input register"},
+                            {AreaHoldingRegisters, 40001, "holding register"}};
+    for (const Table &table : tables) {
+        const int address = access.startAddress - table.first;
+        if (requestArea(access.area) == table.area && address >= 0 && address < countedInTable)
+            return QStringLiteral("; manuals that count %1 as the first %2 mean %3:%4")
+                .arg(table.first)
+                .arg(QLatin1String(table.name), areaName(table.area))
+                .arg(address);
+    }
+    return QString();
 }
 
 } // namespace
@@ -57,5 +83,7 @@ QString failureText(const RW_VAR &access, const Exchange &exchange, int status)
         return QStringLiteral("%1 (driver status %2)").arg(statusText(status)).arg(status);
     if (exchange.fault == ReplyFault::OtherUnit)
         return otherUnitText(access, exchange.heldBack);
+    if (exceptionCode(exchange.reply) == ExceptionIllegalAddress)
+        return exchangeText(exchange) + countedFromOneText(access);
     return exchangeText(exchange);
 }

@@ -56,7 +56,7 @@ void PanelObserver::exchangeEnded(const RW_VAR &access, const Exchange &exchange
         if (isGood(status))
             noteRead(access);
         else if (exchange.cause != LinkCause::Stopped)
-            noteFailedRead(access, failureText(access, reason, status));
+            noteFailedRead(access, reason, status);
     }
     if (access.hostItem != HostItemOfPoll)
         noteItem(access, exchange, status, reason);
@@ -95,11 +95,14 @@ void PanelObserver::noteRead(const RW_VAR &read)
     }
 }
 
-void PanelObserver::noteFailedRead(const RW_VAR &read, const QString &why)
+void PanelObserver::noteFailedRead(const RW_VAR &read, const Exchange &reason, int status)
 {
     const Span span = spanOf(read);
-    for (const std::size_t index : variablesOf(read))
-        m_state.noteFailure(index, span, why);
+    RW_VAR own = read; // what the request asks for this variable, so that advice names its address
+    for (const std::size_t index : variablesOf(read)) {
+        own.startAddress = std::max(span.first, m_places[index].span.first);
+        m_state.noteFailure(index, span, failureText(own, reason, status));
+    }
 }
 
 void PanelObserver::noteItem(const RW_VAR &access, const Exchange &exchange, int status,

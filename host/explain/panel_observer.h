@@ -33,7 +33,7 @@ private:
 
     std::vector<std::size_t> variablesOf(const RW_VAR &read) const;
     void noteRead(const RW_VAR &read);
-    void noteFailedRead(const RW_VAR &read, const QString &why);
+    void noteFailedRead(const RW_VAR &read, const Exchange &reason, int status);
     void noteItem(const RW_VAR &access, const Exchange &exchange, int status, const Exchange &reason);
 
     const DriverLibrary &m_driver;
