@@ -173,6 +173,37 @@ TEST(Commands, ShowWhatWasAskedFor)
     }
 }
 
+TEST(Commands, DecodeReadsFramesAndTracesFromStandardInput)
+{
+    const std::tuple<const char *, std::string, int, const char *, const char *> rows[] = {
+        {"a trace",
+         "# start\nI 2020-02-29 12:00:00.000001\n000000 00 00 00 00 00 06 01 06 00 0a 00 02\n\n# meaning\n"
+         "O 2020-02-29 12:00:00.000002\n000000 00 00 00 00 00 06 01 06 00 0a 00 02\n",
+         ExitDone, "I 2020-02-29 12:00:00.000001\nrequest, 12 bytes: &O 2020-02-29 12:00:00.000002\nreply, 12 bytes: ", ""},
+        {"frames, one of them faulty", "0000 0000 0006 01 03 0000 00FF\n\n0000 0000 0003 01 83 02", ExitFailed,
+         "fault: quantity 255&reply, 9 bytes: ", ""},
+        {"junk behind a frame", "0000 0000 0003 01 83 02\n00\nxx\n", ExitUsage, "reply, 9 bytes: ", "line 3: \"xx\" is not"},
+        {"bytes that are no text", std::string("\0\x1b", 2), ExitUsage, "", "line 1: \"??\" is not"},
+        {"nothing", "# frames\n", ExitUsage, "", "no bytes are given"},
+        {"a line without end", std::string(200000, '0'), ExitUsage, "", "line 1: a frame is not that long"},
+    };
+    const int own = dup(STDIN_FILENO);
+    for (const auto &[what, input, code, parts, complaint] : rows) {
+        QTemporaryFile file;
+        ASSERT_TRUE(file.open());
+        file.write(input.data(), static_cast<qint64>(input.size()));
+        file.seek(0);
+        dup2(file.handle(), STDIN_FILENO);
+        const Ended ended = run(decodeCommand, *what == 'f' ? "-" : "");
+        EXPECT_EQ(ended.code, code) << what;
+        for (const QByteArray &part : QByteArray(parts).split('&'))
+            EXPECT_TRUE(holds(ended.out, part.constData())) << what << "\n" << ended.out;
+        EXPECT_TRUE(holds(ended.err, complaint)) << what << "\n" << ended.err;
+    }
+    dup2(own, STDIN_FILENO);
+    close(own);
+}
+
 /// Runs with another standard output, and ends it as the program does.
 int runInto(int output, const char *text)
 {

@@ -8,10 +8,13 @@
 
 #include "../../driver/base/block_checks.h"
 
+#include <QtCore/QFile>
 #include <QtCore/QRegularExpression>
 
 #include <algorithm>
 #include <cstdio>
+
+#include <unistd.h>
 
 namespace {
 
@@ -22,38 +25,48 @@ and explained as it would be over TCP. Hexadecimal digits may be
 separated by blanks, colons, commas or 0x. Four bytes alone are two
 registers, and are shown as a number in every word and byte order.
 
-Ends with 0 for a correct frame, 1 for a faulty one, 2 when the text is not
-hexadecimal.
+With -, or without HEX when standard input is no terminal, frames are read from
+there: one a line, or a trace of poll, read, write, scan or modbus-station, which
+also tells requests from replies. Empty lines and lines with # in front are
+passed over.
+
+Ends with 0 when all frames are correct, 1 when one is faulty, 2 when a text is
+not hexadecimal.
 
 Examples:
   modbus-panel decode 00 00 00 00 00 06 01 03 00 64 00 0A
   modbus-panel decode --reply 000000000003018302
+  modbus-panel decode - <trace.txt
   modbus-panel decode --bytes "12 34 56 78")";
 
+const char noBytes[] = "no bytes are given; --help shows how they are written";
 const int twoRegisters = 4;   // bytes
 const int shortestSerial = 5; // an exception reply
+const int longestLine = 65536;
+const int longestShown = 40; // of a wrong word
 
 /// The bytes of all words; nothing, with one line in *error, when one is not hexadecimal.
-std::optional<QByteArray> bytesOf(const QStringList &words, QString *error)
+std::optional<QByteArray> bytesOf(const QString &text, QString *error)
 {
     const QRegularExpression separators(QStringLiteral("[\\s:,;-]+"));
     const QRegularExpression digits(QStringLiteral("^[0-9a-fA-F]+$"));
     QByteArray bytes;
-    for (QString word : words.join(QLatin1Char(' ')).split(separators, Qt::SkipEmptyParts)) {
+    for (QString word : text.split(separators, Qt::SkipEmptyParts)) {
         if (word.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
             word.remove(0, 2);
         if (word.size() == 1)
             word.prepend(QLatin1Char('0'));
         if (!digits.match(word).hasMatch())
-            *error = QStringLiteral("\"%1\" is not hexadecimal").arg(word);
+            *error = QStringLiteral("\"%1\" is not hexadecimal").arg(word.left(longestShown));
         else if (word.size() % 2 != 0)
-            *error = QStringLiteral("\"%1\" has an odd number of digits; a byte has two").arg(word);
+            *error = QStringLiteral("\"%1\" has an odd number of digits; a byte has two")
+                         .arg(word.left(longestShown));
         if (!error->isEmpty())
             return std::nullopt;
         bytes += QByteArray::fromHex(word.toLatin1());
     }
     if (bytes.isEmpty())
-        *error = QStringLiteral("no bytes are given; --help shows how they are written");
+        *error = QLatin1String(noBytes);
     return error->isEmpty() ? std::optional<QByteArray>(bytes) : std::nullopt;
 }
 
@@ -69,8 +82,11 @@ QString kindName(FrameKind kind)
                                       : QStringLiteral("remote frame");
 }
 
+/// Which way a frame went, where a trace tells.
+enum Direction { Unknown, ToStation, FromStation };
+
 /// The kinds that the options ask for, else those that the frame may be.
-QList<FrameKind> kindsToShow(const CommandLine &line, const QByteArray &frame)
+QList<FrameKind> kindsToShow(const CommandLine &line, const QByteArray &frame, Direction direction)
 {
     QList<FrameKind> kinds;
     if (line.isSet("request"))
@@ -79,7 +95,14 @@ QList<FrameKind> kindsToShow(const CommandLine &line, const QByteArray &frame)
         kinds << FrameKind::Reply;
     if (line.isSet("remote"))
         kinds << FrameKind::Remote;
-    return kinds.isEmpty() ? likelyKinds(frame) : kinds;
+    if (!kinds.isEmpty())
+        return kinds;
+    const QList<FrameKind> likely = likelyKinds(frame);
+    if (direction == FromStation)
+        return {FrameKind::Reply};
+    return direction == ToStation && likely.first() != FrameKind::Remote
+               ? QList<FrameKind>{FrameKind::Request}
+               : likely;
 }
 
 void printKind(const QByteArray &frame, FrameKind kind, const QString &title)
@@ -124,11 +147,71 @@ void explain(const QByteArray &frame, const QList<FrameKind> &kinds)
                   i == 0 ? kindName(kinds[i]) : QStringLiteral("or a ") + kindName(kinds[i]));
 }
 
+ExitCode decode(const CommandLine &line, const QByteArray &bytes, Direction direction)
+{
+    const bool isFrame =
+        direction != Unknown || line.isSet("request") || line.isSet("reply") || line.isSet("remote");
+    if (line.isSet("bytes") && (isFrame || bytes.size() != twoRegisters))
+        return line.fail(ExitUsage, QStringLiteral("--bytes takes four bytes, and no option beside it"));
+    if (bytes.size() == twoRegisters && !isFrame) {
+        for (const QString &row : byteOrderTable(bytes))
+            print(row);
+        return ExitDone;
+    }
+    const QList<FrameKind> kinds = kindsToShow(line, bytes, direction);
+    const QByteArray tcpFrame = fromSerial(bytes);
+    if (isCorrect(bytes, kinds) || tcpFrame.isEmpty()) {
+        explain(bytes, kinds);
+        return isCorrect(bytes, kinds) ? ExitDone : ExitFailed;
+    }
+    print(QStringLiteral(
+        "not a Modbus TCP frame, but one of a serial line (RTU): its checksum is right. Over TCP it is"));
+    explain(tcpFrame, kindsToShow(line, tcpFrame, direction));
+    return ExitFailed;
+}
+
+/// Standard input: a frame a line, or a trace, where a line with direction and time stands before each frame.
+ExitCode decodeInput(const CommandLine &line)
+{
+    QFile input;
+    input.open(STDIN_FILENO, QIODevice::ReadOnly);
+    const QRegularExpression directionLine(QStringLiteral("^[IO] [0-9: .-]+$"));
+    Direction direction = Unknown;
+    bool hasFrame = false;
+    ExitCode worst = ExitDone;
+    for (int number = 1; worst != ExitUsage && !std::ferror(stdout); ++number) {
+        const QByteArray read = input.readLine(longestLine + 1);
+        if (read.isEmpty())
+            return hasFrame ? worst : line.fail(ExitUsage, QLatin1String(noBytes));
+        QString text = QString::fromUtf8(read.constData(), read.size()).trimmed(); // with NULs
+        if (text.isEmpty() || text.startsWith(QLatin1Char('#')))
+            continue;
+        if (directionLine.match(text).hasMatch()) {
+            direction = text.startsWith(QLatin1Char('I')) ? ToStation : FromStation;
+            print(text);
+            continue;
+        }
+        if (direction != Unknown && text.startsWith(QLatin1String("000000 ")))
+            text.remove(0, 7);
+        QString error;
+        const std::optional<QByteArray> bytes = bytesOf(text, &error);
+        if (read.size() >= longestLine)
+            error = QStringLiteral("a frame is not that long");
+        if (!error.isEmpty())
+            return line.fail(ExitUsage, QStringLiteral("line %1: %2").arg(number).arg(error));
+        worst = std::max(worst, decode(line, *bytes, direction));
+        direction = Unknown;
+        hasFrame = true;
+        std::fflush(stdout);
+    }
+    return worst;
+}
+
 } // namespace
 
 int decodeCommand(const QStringList &arguments)
 {
-    CommandLine line(QStringLiteral("decode"), QStringLiteral("[OPTION]... HEX..."),
+    CommandLine line(QStringLiteral("decode"), QStringLiteral("[OPTION]... [HEX... | -]"),
                      QString::fromLatin1(description));
     line.addOption("request", QStringLiteral("It is a request."));
     line.addOption("reply", QStringLiteral("It is a reply."));
@@ -136,26 +219,10 @@ int decodeCommand(const QStringList &arguments)
     line.addOption("bytes", QStringLiteral("It is two registers: four bytes."));
     if (const std::optional<ExitCode> end = line.parse(arguments))
         return *end;
+    const QString text = line.words().join(QLatin1Char(' '));
+    if (text == QLatin1String("-") || (text.isEmpty() && isatty(STDIN_FILENO) == 0))
+        return decodeInput(line);
     QString error;
-    const std::optional<QByteArray> bytes = bytesOf(line.words(), &error);
-    if (!bytes)
-        return line.fail(ExitUsage, error);
-    const bool isForcedFrame = line.isSet("request") || line.isSet("reply") || line.isSet("remote");
-    if (line.isSet("bytes") && (isForcedFrame || bytes->size() != twoRegisters))
-        return line.fail(ExitUsage, QStringLiteral("--bytes takes four bytes, and no option beside it"));
-    if (bytes->size() == twoRegisters && !isForcedFrame) {
-        for (const QString &row : byteOrderTable(*bytes))
-            print(row);
-        return ExitDone;
-    }
-    const QList<FrameKind> kinds = kindsToShow(line, *bytes);
-    const QByteArray tcpFrame = fromSerial(*bytes);
-    if (isCorrect(*bytes, kinds) || tcpFrame.isEmpty()) {
-        explain(*bytes, kinds);
-        return isCorrect(*bytes, kinds) ? ExitDone : ExitFailed;
-    }
-    print(QStringLiteral(
-        "not a Modbus TCP frame, but one of a serial line (RTU): its checksum is right. Over TCP it is"));
-    explain(tcpFrame, kindsToShow(line, tcpFrame));
-    return ExitFailed;
+    const std::optional<QByteArray> bytes = bytesOf(text, &error);
+    return bytes ? decode(line, *bytes, Unknown) : line.fail(ExitUsage, error);
 }
