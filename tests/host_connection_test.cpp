@@ -7,6 +7,7 @@
 #include "host_words.h"
 #include "lying_station.h"
 
+#include <cerrno>
 #include <tuple>
 
 namespace {
@@ -170,6 +171,20 @@ TEST_F(ConnectionTest, ABroadcastsEchoIsNoReplyToAnything)
         EXPECT_EQ(station->connections(), 1);
         EXPECT_EQ(late, 0);
     }
+}
+
+TEST(LinkCauseText, NamesWhatIsKnownOfAConnectionThatDoesNotOpen)
+{
+    const std::tuple<LinkCause, const char *> rows[] = {
+        {LinkCause::Refused, "connection refused"},
+        {LinkCause::NoRoute, "no route to host"},
+        {{LinkCause::NoAnswer, 700}, "no answer within 700 ms"},
+        {{LinkCause::NotOpened, EMFILE}, "Too many open files"},
+        {LinkCause::NoSuchName, "no such host name"},
+        {LinkCause::Stopped, "stopped while waiting"},
+    };
+    for (const auto &[cause, text] : rows)
+        EXPECT_EQ(linkCauseText(cause), QString::fromLatin1(text));
 }
 
 TEST_F(ConnectionTest, AStopEndsEveryWaitSoon)

@@ -380,6 +380,23 @@ TEST_F(SessionTest, WhileTheLinkIsDownWritesEndAndPollsGoOnLater)
     EXPECT_EQ(registerOf(1, 70), 70) << "nothing goes out later";
 }
 
+TEST_F(SessionTest, AStationThatIsNotUpYetIsWaitedForWhenAsked)
+{
+    for (const bool waits : {true, false}) {
+        options.loop.waitsForLink = waits;
+        open("hr:60");
+        session->station()->stopListening();
+        session->pollVariables();
+        session->start();
+        const PanelSnapshot before = waitUntil([](const PanelSnapshot &n) { return n.passes == 2; });
+        EXPECT_EQ(before.linkCause, LinkCause::Refused);
+        EXPECT_EQ(before.isEnded, !waits);
+        ASSERT_TRUE(session->station()->listenAgain(nullptr));
+        const PanelSnapshot after = waitUntil([](const PanelSnapshot &n) { return n.values[0].readAtMs() >= 0; });
+        EXPECT_EQ(after.values[0].readAtMs() >= 0, waits);
+    }
+}
+
 TEST_F(SessionTest, WhileBackingOffNothingIsTried)
 {
     options.connection.backOff = {tooLongMs, tooLongMs};

@@ -41,6 +41,7 @@ void addPollOptions(CommandLine *line)
     addReadOptions(line);
     line->addOption("every", QStringLiteral("Milliseconds from pass to pass; 0: at once."), "MS", "1000");
     line->addOption("passes", QStringLiteral("End after so many passes; 0: go on."), "N", "0");
+    line->addOption("wait", QStringLiteral("Wait for a station that is not up yet, instead of ending."));
     line->addOption("json", QStringLiteral("One JSON object a line for each pass."));
     line->addOption(
         "off-after",
@@ -57,6 +58,7 @@ PollOptions pollOptions(CommandLine *line)
     options.panel = linkOptions(line);
     options.panel.loop.everyMs = line->number("every", 0, 3600000);
     options.panel.loop.passes = line->number("passes", 0, 1000000000);
+    options.panel.loop.waitsForLink = line->isSet("wait");
     options.panel.loop.offAfter = line->number("off-after", 0, 1000000);
     options.panel.loop.retryOffMs = 1000 * line->number("retry-off", 1, 86400);
     options.view.freshForMs = 2 * options.panel.loop.everyMs + options.panel.connection.timeoutMs;

@@ -5,8 +5,6 @@
 
 #include "../../driver/api/codes.h"
 
-#include <chrono>
-
 using namespace modbus_driver;
 
 namespace {
@@ -51,11 +49,7 @@ void CommunicationLoop::start()
 
 void CommunicationLoop::stop()
 {
-    {
-        std::lock_guard<std::mutex> lock(m_restMutex);
-        m_stop = true;
-    }
-    m_wake.notify_all();
+    m_stop = true;
     if (m_thread.joinable())
         m_thread.join();
 }
@@ -65,15 +59,35 @@ void CommunicationLoop::run()
     Connection connection(m_connectionOptions, m_trace, m_stop);
     m_connection = &connection;
     running = this;
-    if (!connection.open())
+    if (!openLink())
         m_stop = true;
-    m_observer.linkIs(connection.state(), connection.cause(), connection.numbers());
     m_passStartMs = m_clock.elapsed();
     while (!m_stop)
         communicate();
     running = nullptr;
     m_connection = nullptr;
     m_observer.loopEnded();
+}
+
+/// For the first time. While a link is waited for, passes end without requests.
+bool CommunicationLoop::openLink()
+{
+    for (;;) {
+        const bool isOpen = m_connection->open();
+        reportLink();
+        if (isOpen || m_stop || !m_options.waitsForLink)
+            return isOpen;
+        rest(m_clock.elapsed() + pauseMs);
+        if (m_clock.elapsed() >= m_passStartMs + m_options.everyMs) {
+            m_passStartMs = m_clock.elapsed();
+            m_observer.passEnded();
+        }
+    }
+}
+
+void CommunicationLoop::reportLink()
+{
+    m_observer.linkIs(m_connection->state(), m_connection->cause(), m_connection->numbers());
 }
 
 /// One call of the driver's cycle, with the exchange that it asks for.
@@ -100,7 +114,7 @@ void CommunicationLoop::serve(const Protocol &request)
     const int status = handBack(asked, exchange);
     m_isRetry = status == StatusRetry;
     m_hasPolled = m_hasPolled || asked.var.hostItem == HostItemOfPoll;
-    m_observer.linkIs(m_connection->state(), m_connection->cause(), m_connection->numbers());
+    reportLink();
     m_observer.exchangeEnded(asked.var, exchange, status, isUnsentRetry ? m_lastSent : exchange);
     judgeUnit(asked.var.station, exchange, status);
     if (m_isRetry)
@@ -175,7 +189,7 @@ void CommunicationLoop::idle()
 
 void CommunicationLoop::rest(qint64 untilMs)
 {
-    std::unique_lock<std::mutex> lock(m_restMutex);
-    m_wake.wait_for(lock, std::chrono::milliseconds(untilMs - m_clock.elapsed()),
-                    [this] { return m_stop.load(); });
+    const qint64 left = untilMs - m_clock.elapsed();
+    if (left > 0)
+        m_connection->pause(static_cast<int>(left));
 }

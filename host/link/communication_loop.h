@@ -12,16 +12,15 @@
 #include "poll_pass.h"
 #include "unit_switch.h"
 
-#include <condition_variable>
-#include <mutex>
 #include <thread>
 
 struct LoopOptions
 {
-    int everyMs = 0;        ///< from the start of a pass over the poll list to that of the next
-    int passes = 0;         ///< passes after which the loop ends; 0: it goes on
-    int offAfter = 0;       ///< requests of a unit given up in a row before it is switched off; 0: never
-    int retryOffMs = 10000; ///< until a unit that is off is tried again
+    int everyMs = 0;           ///< from the start of a pass over the poll list to that of the next
+    int passes = 0;            ///< passes after which the loop ends; 0: it goes on
+    int offAfter = 0;          ///< requests of a unit given up in a row before it is switched off; 0: never
+    int retryOffMs = 10000;    ///< until a unit that is off is tried again
+    bool waitsForLink = false; ///< the first connection is tried until it opens
 };
 
 class CommunicationLoop
@@ -33,7 +32,8 @@ public:
                       LoopObserver &observer);
     ~CommunicationLoop(); ///< stops
 
-    /// Starts the thread. It ends by itself when the first connection fails or the passes are done.
+    /// Starts the thread. It ends by itself when the first connection fails, unless it is waited for, or the passes
+    /// are done.
     void start();
     /// Ends it within a fraction of a second, and waits for that. A request in flight gets "no reply".
     void stop();
@@ -43,6 +43,8 @@ public:
 
 private:
     void run();
+    bool openLink();
+    void reportLink();
     void communicate();
     void serve(const Protocol &request);
     int handBack(const Protocol &request, const Exchange &exchange);
@@ -61,8 +63,6 @@ private:
 
     std::thread m_thread;
     std::atomic<bool> m_stop{false};
-    std::mutex m_restMutex;
-    std::condition_variable m_wake;
 
     // The members below belong to the communication thread.
     Connection *m_connection = nullptr;

@@ -20,20 +20,11 @@ bool Connection::open()
 {
     if (state() != LinkState::Connecting)
         return isOpen();
-    switch (m_socket.connectTo(m_options.host, m_options.port, Deadline(m_options.timeoutMs))) {
-    case TcpSocket::Done:
-        break;
-    case TcpSocket::Stopped:
+    LinkCause cause = m_socket.connectTo(m_options.host, m_options.port, m_options.timeoutMs);
+    if (cause == LinkCause::Stopped)
         return false;
-    case TcpSocket::Refused:
-        dropConnection(LinkCause::Refused);
-        return false;
-    case TcpSocket::NoSuchName:
-        dropConnection(LinkCause::NoSuchName);
-        return false;
-    case TcpSocket::TimedOut:
-    case TcpSocket::Disconnected:
-        dropConnection(LinkCause::NotReached);
+    if (cause != LinkCause::None) {
+        dropConnection(cause);
         return false;
     }
     m_link.opened(m_clock.elapsed());
@@ -42,7 +33,7 @@ bool Connection::open()
     m_trace.comment(QStringLiteral("connected to %1:%2").arg(m_options.host).arg(m_options.port));
     if (m_replies.areNumbersEchoed())
         return true;
-    const LinkCause cause = listenUntilQuiet(m_options.quietMs);
+    cause = listenUntilQuiet(m_options.quietMs);
     if (cause != LinkCause::None && cause != LinkCause::Stopped)
         dropConnection(cause);
     return isOpen();
@@ -98,7 +89,7 @@ bool Connection::waitForLink()
         const int left = static_cast<int>(qMax<qint64>(0, m_link.retryAtMs() - m_clock.elapsed()));
         const bool isTooLong = left > limit.left();
         const int pauseMs = isTooLong ? qMin(limit.left(), m_options.patienceMs) : left;
-        if (m_socket.pause(Deadline(pauseMs)) == TcpSocket::Stopped || isTooLong)
+        if (m_socket.pause(Deadline(pauseMs)) == LinkCause::Stopped || isTooLong)
             return false;
     }
     return true;
@@ -125,7 +116,7 @@ LinkCause Connection::findUnaskedReplies()
         found = qMax(found, m_replies.discardAll());
         if (found == ReplyStream::BadHeader)
             return LinkCause::BadHeader;
-        cause = receive(Deadline(0));
+        cause = m_replies.receive(Deadline(0));
     } while (cause == LinkCause::None);
     if (cause != LinkCause::Silent)
         return cause;
@@ -151,7 +142,9 @@ void Connection::drain(LinkCause cause)
 LinkCause Connection::transact(const Protocol &request, Exchange *exchange)
 {
     exchange->end = Exchange::NoReply;
-    const LinkCause cause = send(m_replies.expectReplyTo(request));
+    const QByteArray frame = m_replies.expectReplyTo(request);
+    m_trace.request(frame);
+    const LinkCause cause = m_socket.send(frame.constData(), frame.size(), Deadline(m_options.timeoutMs));
     if (cause != LinkCause::None)
         return cause;
     if (request.replyLength == 0) {
@@ -161,21 +154,6 @@ LinkCause Connection::transact(const Protocol &request, Exchange *exchange)
     }
     m_link.sent();
     return awaitReply(request, exchange);
-}
-
-LinkCause Connection::send(const QByteArray &frame)
-{
-    m_trace.request(frame);
-    switch (m_socket.send(frame.constData(), frame.size(), Deadline(m_options.timeoutMs))) {
-    case TcpSocket::Done:
-        return LinkCause::None;
-    case TcpSocket::TimedOut:
-        return LinkCause::Congested;
-    case TcpSocket::Stopped:
-        return LinkCause::Stopped;
-    default:
-        return LinkCause::Closed;
-    }
 }
 
 LinkCause Connection::awaitReply(const Protocol &request, Exchange *exchange)
@@ -198,7 +176,7 @@ LinkCause Connection::awaitReply(const Protocol &request, Exchange *exchange)
         case ReplyStream::Nothing:
             break;
         }
-        const LinkCause cause = receive(deadline);
+        const LinkCause cause = m_replies.receive(deadline);
         if (cause != LinkCause::None)
             return causeOfNoReply(cause, exchange);
     }
@@ -253,9 +231,10 @@ LinkCause Connection::confirm(const Protocol &request, Exchange *exchange)
     bool isAnswered = false;
     while (cause == LinkCause::None && !isAnswered) {
         cause = takeWhatFollows(exchange, &isAnswered);
-        if (cause == LinkCause::None && !isAnswered)
-            cause = longest.isOver() && m_options.quietMs > 0 ? LinkCause::Flood
-                                                              : receive(Deadline(m_options.quietMs));
+        if (cause != LinkCause::None || isAnswered)
+            break;
+        const bool isFlooded = longest.isOver() && m_options.quietMs > 0;
+        cause = isFlooded ? LinkCause(LinkCause::Flood) : m_replies.receive(Deadline(m_options.quietMs));
     }
     if (isAnswered)
         return judge(request, exchange);
@@ -307,7 +286,7 @@ LinkCause Connection::listenUntilQuiet(int quietMs)
 {
     const Deadline longest(longestTimes * quietMs);
     for (;;) {
-        const LinkCause cause = receive(Deadline(qMin(quietMs, longest.left())));
+        const LinkCause cause = m_replies.receive(Deadline(qMin(quietMs, longest.left())));
         if (cause == LinkCause::Silent && m_replies.isCut())
             return LinkCause::CutOff;
         if (cause == LinkCause::Silent)
@@ -316,20 +295,6 @@ LinkCause Connection::listenUntilQuiet(int quietMs)
             return cause;
         if (m_replies.discardAll() == ReplyStream::BadHeader)
             return LinkCause::BadHeader;
-    }
-}
-
-LinkCause Connection::receive(const Deadline &deadline)
-{
-    switch (m_replies.receive(deadline)) {
-    case TcpSocket::Done:
-        return m_replies.isFlooded() ? LinkCause::Flood : LinkCause::None;
-    case TcpSocket::TimedOut:
-        return LinkCause::Silent;
-    case TcpSocket::Stopped:
-        return LinkCause::Stopped;
-    default:
-        return LinkCause::Closed;
     }
 }
 
@@ -353,7 +318,7 @@ void Connection::recoverFrom(LinkCause cause)
     }
 }
 
-void Connection::dropConnection(LinkCause cause)
+void Connection::dropConnection(const LinkCause &cause)
 {
     m_link.lost(cause, m_clock.elapsed());
     m_socket.close();

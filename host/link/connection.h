@@ -37,6 +37,8 @@ public:
     /// Makes sure that the link is open, and that nothing unasked comes from a station that may not echo numbers. False
     /// when it cannot be opened, or while it is backing off.
     bool open();
+    /// For a host with nothing to send.
+    void pause(int ms) const { m_socket.pause(Deadline(ms)); }
     /// Sends the request, once the link is open and in step, and waits for its reply.
     Exchange exchange(const Protocol &request);
 
@@ -54,7 +56,6 @@ private:
     void drain(LinkCause cause);
 
     LinkCause transact(const Protocol &request, Exchange *exchange);
-    LinkCause send(const QByteArray &frame);
     LinkCause awaitReply(const Protocol &request, Exchange *exchange);
     LinkCause judge(const Protocol &request, Exchange *exchange);
     LinkCause confirm(const Protocol &request, Exchange *exchange);
@@ -64,10 +65,9 @@ private:
     LinkCause causeOfNoReply(LinkCause cause, Exchange *exchange);
     void listenAfterBroadcast();
     LinkCause listenUntilQuiet(int quietMs);
-    LinkCause receive(const Deadline &deadline);
 
     void recoverFrom(LinkCause cause);
-    void dropConnection(LinkCause cause);
+    void dropConnection(const LinkCause &cause);
 
     const ConnectionOptions m_options;
     const LinkTrace &m_trace;

@@ -1,39 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "link_state.h"
 
-QString linkCauseText(LinkCause cause)
-{
-    switch (cause) {
-    case LinkCause::None:
-        return QStringLiteral("connected");
-    case LinkCause::Refused:
-        return QStringLiteral("connection refused");
-    case LinkCause::NotReached:
-        return QStringLiteral("not reached");
-    case LinkCause::NoSuchName:
-        return QStringLiteral("no such host name");
-    case LinkCause::Closed:
-        return QStringLiteral("connection closed by the peer");
-    case LinkCause::Silent:
-        return QStringLiteral("no reply");
-    case LinkCause::CutOff:
-        return QStringLiteral("half a reply");
-    case LinkCause::BadHeader:
-        return QStringLiteral("bad header");
-    case LinkCause::HeldBack:
-        return QStringLiteral("reply held back");
-    case LinkCause::Unasked:
-        return QStringLiteral("unasked reply");
-    case LinkCause::Congested:
-        return QStringLiteral("request not taken");
-    case LinkCause::Flood:
-        return QStringLiteral("flood of unasked replies");
-    case LinkCause::Stopped:
-        return QStringLiteral("stopped while waiting");
-    }
-    return QString();
-}
-
 LinkState::State LinkState::at(qint64 nowMs)
 {
     if (m_state == BackingOff && nowMs >= m_retryAtMs)

@@ -5,7 +5,7 @@
 ///
 ///     state        event                                    next
 ///     Connecting   opened                                   Up
-///     Connecting   lost (refused, not reached)              BackingOff, each time twice as long, up to the longest
+///     Connecting   lost (refused, no route, no answer)      BackingOff, each time twice as long, up to the longest
 ///     Up           sent                                     Waiting
 ///     Waiting      answered                                 Up
 ///     Waiting      keptUp (no reply, but still in step)     Up
@@ -18,28 +18,7 @@
 
 #pragma once
 
-#include <QtCore/QString>
-#include <QtCore/QtGlobal>
-
-/// Why a link was lost.
-enum class LinkCause {
-    None,
-    Refused,    ///< the peer refuses connections
-    NotReached, ///< no connection within the time-out, or no route
-    NoSuchName, ///< the name has no address
-    Closed,     ///< ended by the peer, in good order or by a reset
-    Silent,     ///< no reply within the time-out
-    CutOff,     ///< a reply began and did not end within the time-out
-    BadHeader,  ///< the stream is no longer Modbus
-    HeldBack,   ///< a reply that cannot answer the request
-    Unasked,    ///< a reply without a request: late, or sent twice
-    Congested,  ///< it does not take the bytes of a request within the time-out
-    Flood,      ///< more unasked bytes than any late reply explains
-    Stopped,    ///< this host ended while it waited
-};
-
-/// In words, such as "connection refused".
-QString linkCauseText(LinkCause cause);
+#include "link_cause.h"
 
 struct BackOffTimes
 {

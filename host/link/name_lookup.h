@@ -6,8 +6,7 @@
 #pragma once
 
 #include "deadline.h"
-
-#include <QtCore/QString>
+#include "link_cause.h"
 
 #include <atomic>
 #include <memory>
@@ -24,12 +23,10 @@ struct SocketAddress
 class NameLookup
 {
 public:
-    enum Result { Found, NotFound, TimedOut, Stopped };
-
     /// Looks the name up, or goes on with a look-up of it that an earlier call left unfinished. A numeric address needs
-    /// no thread.
-    Result find(const QString &host, quint16 port, const Deadline &deadline, const std::atomic<bool> &stop,
-                std::vector<SocketAddress> *addresses);
+    /// no thread. NoSuchName, NoLookup or Stopped when there are no addresses.
+    LinkCause find(const QString &host, quint16 port, const Deadline &deadline, const std::atomic<bool> &stop,
+                   std::vector<SocketAddress> *addresses);
 
 private:
     struct Job;

@@ -28,8 +28,11 @@ Recovery recoveryAfter(LinkCause cause, const StreamFacts &facts)
         CutOff: // the rest of the reply may be lost, and then the next reply would be taken for it
         return facts.policy == AfterTimeout::Drain ? Recovery::Drain : Recovery::Drop;
     case LinkCause::Refused:
-    case LinkCause::NotReached:
+    case LinkCause::NoRoute:
+    case LinkCause::NoAnswer:
+    case LinkCause::NotOpened:
     case LinkCause::NoSuchName:
+    case LinkCause::NoLookup:
     case LinkCause::Closed:
     case LinkCause::BadHeader:
     case LinkCause::Congested:

@@ -47,16 +47,16 @@ QByteArray ReplyStream::expectReplyTo(const Protocol &request)
     return frame;
 }
 
-TcpSocket::Result ReplyStream::receive(const Deadline &deadline)
+LinkCause ReplyStream::receive(const Deadline &deadline)
 {
     char bytes[MostAtOnce];
     int size = 0;
-    const TcpSocket::Result result = m_socket.receive(bytes, sizeof bytes, &size, deadline);
-    if (result != TcpSocket::Done)
-        return result;
+    const LinkCause cause = m_socket.receive(bytes, sizeof bytes, &size, deadline);
+    if (cause != LinkCause::None)
+        return cause;
     m_framing.append(bytes, size);
     m_bytesReceived += size;
-    return result;
+    return m_bytesReceived > MostPerRequest ? LinkCause::Flood : LinkCause::None;
 }
 
 ReplyStream::Found ReplyStream::take(QByteArray *reply, ReplyFault *fault)
@@ -129,11 +129,6 @@ ReplyStream::Found ReplyStream::discardAll()
 QString ReplyStream::restText() const
 {
     return QString::fromLatin1(m_framing.rest().left(MostShown).toHex(' '));
-}
-
-bool ReplyStream::isFlooded() const
-{
-    return m_bytesReceived > MostPerRequest;
 }
 
 QList<int> ReplyStream::takeLateUnits()

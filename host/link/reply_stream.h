@@ -36,8 +36,8 @@ public:
     /// Nobody waits for the current request's reply any more.
     void endWait() { m_numbers.endWait(); }
 
-    /// Waits for more bytes: TimedOut without any.
-    TcpSocket::Result receive(const Deadline &deadline);
+    /// Waits for more bytes: Silent without any, Flood when they are too many.
+    LinkCause receive(const Deadline &deadline);
     /// Takes the next reply, with number 0 as the driver sent it. Late replies are thrown away on the way.
     Found take(QByteArray *reply, ReplyFault *fault);
     /// The reply that was taken last, with the number that it had on the wire.
@@ -56,8 +56,6 @@ public:
     bool isCut() const { return !m_framing.isEmpty(); }
     /// What is there and not taken, in hexadecimal.
     QString restText() const;
-    /// More bytes than late replies explain have come since the current request was sent.
-    bool isFlooded() const;
     /// Bytes since the current request was sent.
     int bytesReceived() const { return m_bytesReceived; }
     bool hasLate() const { return !m_lateUnits.isEmpty(); }

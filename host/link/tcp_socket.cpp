@@ -13,53 +13,60 @@ namespace {
 
 const int sliceMs = 50; // between two looks at the stop
 
-} // namespace
-
-TcpSocket::Result TcpSocket::connectTo(const QString &host, quint16 port, const Deadline &deadline)
+LinkCause causeOf(int error)
 {
-    std::vector<SocketAddress> addresses;
-    switch (m_names.find(host, port, deadline, m_stop, &addresses)) {
-    case NameLookup::NotFound:
-        return NoSuchName;
-    case NameLookup::TimedOut:
-        return TimedOut;
-    case NameLookup::Stopped:
-        return Stopped;
-    case NameLookup::Found:
-        break;
+    switch (error) {
+    case 0:
+        return LinkCause::None;
+    case ECONNREFUSED:
+        return LinkCause::Refused;
+    case EHOSTUNREACH:
+    case ENETUNREACH:
+        return LinkCause::NoRoute;
     }
-    Result result = TimedOut;
-    for (std::size_t i = 0; i < addresses.size() && result != Done && result != Stopped; ++i) {
-        const int share = deadline.left() / static_cast<int>(addresses.size() - i);
-        result = connectTo(addresses[i], Deadline(share));
-    }
-    return result;
+    return LinkCause(LinkCause::NotOpened, error);
 }
 
-TcpSocket::Result TcpSocket::connectTo(const SocketAddress &address, const Deadline &deadline)
+} // namespace
+
+LinkCause TcpSocket::connectTo(const QString &host, quint16 port, int timeoutMs)
+{
+    const Deadline deadline(timeoutMs);
+    std::vector<SocketAddress> addresses;
+    LinkCause cause = m_names.find(host, port, deadline, m_stop, &addresses);
+    for (std::size_t i = 0; i < addresses.size(); ++i) {
+        const int share = deadline.left() / static_cast<int>(addresses.size() - i);
+        cause = connectTo(addresses[i], Deadline(share));
+        if (cause == LinkCause::None || cause == LinkCause::Stopped)
+            break;
+    }
+    return cause == LinkCause::Silent ? LinkCause(LinkCause::NoAnswer, timeoutMs) : cause;
+}
+
+LinkCause TcpSocket::connectTo(const SocketAddress &address, const Deadline &deadline)
 {
     close();
     m_descriptor = socket(address.bytes.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     if (m_descriptor < 0)
-        return Disconnected;
+        return causeOf(errno);
     const int on = 1;
     setsockopt(m_descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     int error = 0;
-    Result result = Done;
+    LinkCause cause;
     if (connect(m_descriptor, reinterpret_cast<const sockaddr *>(&address.bytes), address.size) != 0)
         error = errno;
     if (error == EINPROGRESS) {
-        result = waitFor(POLLOUT, deadline);
+        cause = waitFor(POLLOUT, deadline);
         socklen_t size = sizeof error;
         getsockopt(m_descriptor, SOL_SOCKET, SO_ERROR, &error, &size);
     }
-    if (result == Done && error != 0)
-        result = error == ECONNREFUSED ? Refused : Disconnected;
-    if (result != Done)
-        close();
-    else
+    if (cause == LinkCause::None)
+        cause = causeOf(error);
+    if (cause == LinkCause::None)
         letCallsWait();
-    return result;
+    else
+        close();
+    return cause;
 }
 
 /// From now on send and recv wait by themselves, a slice at a time.
@@ -71,7 +78,7 @@ void TcpSocket::letCallsWait() const
     fcntl(m_descriptor, F_SETFL, fcntl(m_descriptor, F_GETFL) & ~O_NONBLOCK);
 }
 
-TcpSocket::Result TcpSocket::send(const char *bytes, int size, const Deadline &deadline)
+LinkCause TcpSocket::send(const char *bytes, int size, const Deadline &deadline)
 {
     while (size > 0) {
         const ssize_t sent = ::send(m_descriptor, bytes, static_cast<std::size_t>(size), MSG_NOSIGNAL);
@@ -81,43 +88,43 @@ TcpSocket::Result TcpSocket::send(const char *bytes, int size, const Deadline &d
             continue;
         }
         if (errno != EAGAIN && errno != EINTR)
-            return Disconnected;
+            return LinkCause::Closed;
         if (m_stop)
-            return Stopped;
+            return LinkCause::Stopped;
         if (deadline.isOver())
-            return TimedOut;
+            return LinkCause::Congested;
     }
-    return Done;
+    return LinkCause::None;
 }
 
-TcpSocket::Result TcpSocket::receive(char *bytes, int most, int *received, const Deadline &deadline)
+LinkCause TcpSocket::receive(char *bytes, int most, int *received, const Deadline &deadline)
 {
     for (;;) {
         const int left = deadline.left();
         const bool isShort = left < sliceMs; // recv would wait too long
-        const Result ready = isShort && left > 0 ? waitFor(POLLIN, deadline) : Done;
-        if (ready != Done)
-            return ready;
+        const LinkCause notReady = isShort && left > 0 ? waitFor(POLLIN, deadline) : LinkCause();
+        if (notReady != LinkCause::None)
+            return notReady;
         const ssize_t size =
             recv(m_descriptor, bytes, static_cast<std::size_t>(most), isShort ? MSG_DONTWAIT : 0);
         if (size > 0) {
             *received = static_cast<int>(size);
-            return Done;
+            return LinkCause::None;
         }
         if (size == 0 || (errno != EAGAIN && errno != EINTR))
-            return Disconnected;
+            return LinkCause::Closed;
         if (m_stop)
-            return Stopped;
+            return LinkCause::Stopped;
         if (left == 0)
-            return TimedOut;
+            return LinkCause::Silent;
     }
 }
 
-TcpSocket::Result TcpSocket::pause(const Deadline &deadline) const
+LinkCause TcpSocket::pause(const Deadline &deadline) const
 {
     while (!deadline.isOver() && !m_stop)
         poll(nullptr, 0, qMin(deadline.left(), sliceMs));
-    return m_stop ? Stopped : Done;
+    return m_stop ? LinkCause::Stopped : LinkCause::None;
 }
 
 void TcpSocket::close()
@@ -127,18 +134,18 @@ void TcpSocket::close()
     m_descriptor = -1;
 }
 
-TcpSocket::Result TcpSocket::waitFor(short events, const Deadline &deadline) const
+LinkCause TcpSocket::waitFor(short events, const Deadline &deadline) const
 {
     if (m_descriptor < 0)
-        return Disconnected;
+        return LinkCause::Closed;
     pollfd watched = {m_descriptor, events, 0};
     for (;;) {
         const int left = deadline.left();
         if (poll(&watched, 1, qMin(left, sliceMs)) > 0)
-            return Done;
+            return LinkCause::None;
         if (m_stop)
-            return Stopped;
+            return LinkCause::Stopped;
         if (left == 0)
-            return TimedOut;
+            return LinkCause::Silent;
     }
 }
