@@ -118,7 +118,8 @@ TEST(Commands, ReportsAndEndsWithTheWorstOutcome)
          "simulated station\nhr:60*2 = 0x003C 0x003D\n",
          "modbus-panel read: no --connect: the values are those of a simulated station\n"
          "modbus-panel read: hr:62: exception 2: illegal data address\n"},
-        {readCommand, "--fault exception=2 hr:49999 hr:50000 input:10001 --timeout 5000", ExitFailed, "",
+        {readCommand, "--simulate --fault exception=2 hr:49999 hr:50000 input:10001 --timeout 5000", ExitFailed,
+         "simulated station\n",
          "modbus-panel read: hr:49999: exception 2: illegal data address; manuals that count 40001 as the first holding "
          "register mean hr:9998\n"
          "modbus-panel read: hr:50000: exception 2: illegal data address\n"
@@ -144,9 +145,13 @@ TEST(Commands, ShowWhatWasAskedFor)
 {
     using Row = std::tuple<Command, const char *, int, const char *>; // parts of the output with & between them
     const Row rows[] = {
-        {pollCommand, "--json --passes 1 1/hr:60 2/coil:21", ExitDone, R"("address":"1/hr:60"&"values":[60])"},
+        {pollCommand, "--json --passes 1 1/hr:60 2/coil:21", ExitDone,
+         R"("station":"simulated"&"link_code":"up"&"address":"1/hr:60"&"values":[60]&"state_code":"fresh")"},
+        {readCommand, "--csv hr:60*2:hex hr:61", ExitDone,
+         "\n20&,simulated,0,up,up,hr:60*2:hex,1/hr:60*2,0x003C 0x003D,,fresh,fresh,0.&,hr:61,1/hr:61,61,,fresh,fresh,0."},
+        {pollCommand, "--passes 1 hr:100*125", ExitDone, "simulated station\npass 1, link up\n&  fresh  100 101 & 223 224\n"},
         {pollCommand, "--passes 2 --every 1 hr:60 hr:64 hr:300 --fault exception=2@address=62", ExitFailed,
-         "1/hr:64   -      failed: exception 2: illegal data address, never&1/hr:300  300    fresh&2 x4"}, // with retries
+         "1/hr:64   failed: exception 2: illegal data address, never  -\n&1/hr:300  fresh  &  300\n&2 x4"}, // with retries
         {pollCommand, "--help", ExitDone, "Default: 1000.&--trace[=FILE] "},
         {decodeCommand, "0000:0000:0006:01:03 0x0064,000A", ExitDone,
          "request, 12 bytes: unit 1: read holding registers 100-109"},
@@ -204,6 +209,12 @@ TEST(Commands, DecodeReadsFramesAndTracesFromStandardInput)
     close(own);
 }
 
+TEST(Commands, RecordEveryPassHoweverFast)
+{
+    const Ended ended = run(pollCommand, "--csv --every 0 --passes 500 hr:60");
+    EXPECT_EQ(std::count(ended.out.begin(), ended.out.end(), '\n'), 1 + 500);
+}
+
 /// Runs with another standard output, and ends it as the program does.
 int runInto(int output, const char *text)
 {
@@ -226,7 +237,7 @@ TEST(Commands, OutputThatGoesNowhereEndsThem)
     EXPECT_EQ(runInto(pipeEnds[1], "--every 1 hr:60"), ExitDone) << "the reader has what it wanted";
     const int fullDisk = open("/dev/full", O_WRONLY);
     testing::internal::CaptureStderr();
-    EXPECT_EQ(runInto(fullDisk, "--every 1 hr:60"), ExitUsage);
+    EXPECT_EQ(runInto(fullDisk, "--simulate --every 1 hr:60"), ExitUsage);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "modbus-panel: standard output cannot be written\n");
     close(pipeEnds[1]);
     close(fullDisk);

@@ -197,10 +197,10 @@ TEST(Trace, ThatIsNotReadStopsNothing)
 
 TEST(Output, ThatIsLostIsTold)
 {
-    Program full("poll --passes 1 --trace=/dev/full hr:60");
+    Program full("poll --simulate --passes 1 --trace=/dev/full hr:60");
     EXPECT_EQ(full.errors(), "modbus-panel: the trace cannot be written\n");
     EXPECT_EQ(full.end(), 2);
-    Program closed("read hr:60", Program::ClosedOutput);
+    Program closed("read --simulate hr:60", Program::ClosedOutput);
     EXPECT_EQ(closed.errors(), "modbus-panel: standard output cannot be written\n");
     EXPECT_EQ(closed.end(), 2);
 }

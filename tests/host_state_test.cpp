@@ -146,22 +146,22 @@ TEST(PollPass, EndsWhenAnyRequestComesRoundAgain)
 TEST(ValueState, AsOldAsItsOldestPart)
 {
     ValueState value(variable(QStringLiteral("hr:100*4")));
-    EXPECT_EQ(value.ageText(0, 1000), QStringLiteral("never"));
+    EXPECT_EQ(value.stateText(0, 1000), QStringLiteral("never"));
     value.store({1, 5, 90, 12}, "first", 1000);
-    EXPECT_EQ(value.ageText(1000, 1000), QStringLiteral("never")) << "half of it is not read yet";
+    EXPECT_EQ(value.stateText(1000, 1000), QStringLiteral("never")) << "half of it is not read yet";
     value.store({1, 5, 102, 50}, "both", 3000);
     EXPECT_FALSE(value.hasChanged()) << "the first whole value is no change";
-    EXPECT_EQ(value.ageText(3000, 2000), QStringLiteral("fresh"));
-    EXPECT_EQ(value.ageText(3100, 2000), QStringLiteral("old 2.1 s"));
+    EXPECT_EQ(value.stateText(3000, 2000), QStringLiteral("fresh"));
+    EXPECT_EQ(value.stateText(3100, 2000), QStringLiteral("old 2.1 s"));
     value.store({1, 5, 90, 12}, "other", 4000);
     EXPECT_TRUE(value.hasChanged());
     value.fail({1, 5, 102, 50}, QStringLiteral("no reply"));
-    EXPECT_EQ(value.ageText(4000, 2000), QStringLiteral("failed: no reply, old 1.0 s"));
+    EXPECT_EQ(value.stateText(4000, 2000), QStringLiteral("failed: no reply, old 1.0 s"));
     value.store({1, 5, 90, 12}, "other", 5000);
     EXPECT_FALSE(value.hasChanged());
     EXPECT_EQ(value.failure(), QStringLiteral("no reply")) << "the other half still fails";
     value.store({1, 5, 102, 50}, "other", 5000);
-    EXPECT_EQ(value.ageText(5000, 2000), QStringLiteral("fresh"));
+    EXPECT_EQ(value.stateText(5000, 2000), QStringLiteral("fresh"));
 }
 
 TEST(UnitStatistics, OnlyWhatWasSentCountsAndOnlyLostTimeIsLost)

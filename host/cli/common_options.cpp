@@ -152,7 +152,7 @@ PanelOptions linkOptions(CommandLine *line)
 
 void tellOfSimulation(const CommandLine &line)
 {
-    if (!line.isSet("connect"))
+    if (!line.isSet("connect") && !line.isSet("simulate"))
         line.fail(ExitDone, QStringLiteral("no --connect: the values are those of a simulated station"));
 }
 

@@ -18,7 +18,7 @@ void addLinkOptions(CommandLine *line, const char *retries);
 /// Reads them; errors go to line->complain().
 PanelOptions linkOptions(CommandLine *line);
 
-/// A line on stderr when no --connect is given, so that nobody takes simulated values for real ones.
+/// A line on stderr when neither --connect nor --simulate is given, so that nobody takes simulated values for real ones.
 void tellOfSimulation(const CommandLine &line);
 
 void addDriverOption(CommandLine *line);

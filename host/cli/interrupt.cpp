@@ -8,13 +8,14 @@
 #include <initializer_list>
 
 #include <poll.h>
+#include <termios.h>
 #include <unistd.h>
 
 namespace {
 
 std::atomic<bool> interrupted{false};
-std::atomic<const char *> enterText{nullptr};
 std::atomic<const char *> leaveText{nullptr}; ///< null: the terminal is as it was
+termios linesMode;                            ///< of stdin, set before the text; all 0: it is no terminal
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<const char *>::is_always_lock_free,
               "signal handlers use them");
 
@@ -24,15 +25,31 @@ static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<const char *
 void writeToTerminal(const char *text)
 {
     pollfd output = {STDOUT_FILENO, POLLOUT, 0};
-    if (text && poll(&output, 1, 0) == 1)
+    if (poll(&output, 1, 0) == 1)
         (void)!write(STDOUT_FILENO, text, std::strlen(text));
+}
+
+void setMode(const termios &mode)
+{
+    if (linesMode.c_cflag != 0 && !isInBackground()) // from there it would stop the process
+        tcsetattr(STDIN_FILENO, TCSANOW, &mode);
+}
+
+/// Once, however many signals come.
+void leave()
+{
+    const char *text = leaveText.exchange(nullptr);
+    if (!text)
+        return;
+    setMode(linesMode);
+    writeToTerminal(text);
 }
 
 void interrupt(int signal)
 {
     if (!interrupted.exchange(true))
         return;
-    writeToTerminal(leaveText);
+    leave();
     _exit(128 + signal);
 }
 
@@ -47,7 +64,7 @@ void setHandler(int signal, void (*handler)(int))
 void stopOrEnd(int signal)
 {
     const int error = errno;
-    writeToTerminal(leaveText);
+    leave();
     setHandler(signal, SIG_DFL);
     sigset_t own;
     sigemptyset(&own);
@@ -55,7 +72,6 @@ void stopOrEnd(int signal)
     raise(signal);
     pthread_sigmask(SIG_UNBLOCK, &own, nullptr); // here it stops or ends
     setHandler(signal, stopOrEnd);
-    writeToTerminal(leaveText ? enterText.load() : nullptr);
     errno = error;
 }
 
@@ -80,17 +96,32 @@ bool isInterrupted()
     return interrupted;
 }
 
-void enterTerminal(const char *enter, const char *leave)
+bool enterTerminal(const char *leave)
 {
-    enterText = enter;
+    const bool hasKeys = tcgetattr(STDIN_FILENO, &linesMode) == 0;
+    termios keysMode = linesMode;
+    keysMode.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
     leaveText = leave;
     for (int signal : {SIGTSTP, SIGQUIT})
         setHandler(signal, stopOrEnd);
+    setMode(keysMode);
+    return hasKeys;
 }
 
 void leaveTerminal()
 {
-    leaveText = nullptr;
+    leave();
     for (int signal : {SIGTSTP, SIGQUIT})
         setHandler(signal, SIG_DFL);
+}
+
+bool isTerminalEntered()
+{
+    return leaveText != nullptr;
+}
+
+bool isInBackground()
+{
+    const pid_t owner = tcgetpgrp(STDOUT_FILENO);
+    return owner >= 0 && owner != getpgrp();
 }

@@ -10,7 +10,11 @@
 void catchInterrupts();
 bool isInterrupted();
 
-/// What is written to stdout when the process stops or ends at once, and when it goes on; both texts must outlive all
-/// signals. Until leaveTerminal SIGTSTP and SIGQUIT write them too.
-void enterTerminal(const char *enter, const char *leave);
+/// A terminal at stdin now gives each key at once and unseen; returns whether there is one. Until leaveTerminal whatever
+/// signal stops or ends the process undoes that, and writes the text, which must outlive all signals, to stdout.
+bool enterTerminal(const char *leave);
 void leaveTerminal();
+/// Not before enterTerminal, and not after the process was stopped.
+bool isTerminalEntered();
+/// The terminal at stdout belongs to another process: to the shell, for example.
+bool isInBackground();

@@ -2,6 +2,7 @@
 #include "panel_session.h"
 
 #include "interrupt.h"
+#include "printable.h"
 
 #include "../../driver/api/codes.h"
 
@@ -31,7 +32,7 @@ PanelSession::~PanelSession()
 {
     if (!m_loop)
         return;
-    m_loop->stop();
+    stop();
     settings.retryLimit = 0;
     m_driver.enableStation(-1, 1);
     ::pollVariables(m_driver, {});
@@ -97,6 +98,12 @@ bool PanelSession::readVariablesOnce()
     return queueReads(m_driver, settings, m_variables);
 }
 
+void PanelSession::stop()
+{
+    m_state.waitAtPasses(false);
+    m_loop->stop();
+}
+
 PanelSnapshot PanelSession::waitForItems(int expected, const ItemEnded &onEnd) const
 {
     std::set<int> ended;
@@ -119,7 +126,7 @@ QString PanelSession::address() const
     const bool isIpv6 = host.contains(QLatin1Char(':'));
     return m_station ? QStringLiteral("simulated")
                      : QStringLiteral("%1:%2")
-                           .arg(isIpv6 ? QLatin1Char('[') + host + QLatin1Char(']') : host)
+                           .arg(isIpv6 ? QLatin1Char('[') + host + QLatin1Char(']') : printable(host))
                            .arg(m_options.connection.port);
 }
 

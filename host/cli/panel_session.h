@@ -45,7 +45,7 @@ public:
     bool readVariablesOnce();
 
     void start() { m_loop->start(); }
-    void stop() { m_loop->stop(); }
+    void stop();
 
     /// Waits until nothing of so many items is queued any more, the communication has ended or a signal has come, and
     /// returns the last snapshot. Calls `onEnd` once with each item that has ended, as soon as it has.
@@ -53,7 +53,7 @@ public:
     PanelSnapshot waitForItems(int expected, const ItemEnded &onEnd = nullptr) const;
 
     const DriverLibrary &driver() const { return m_driver; }
-    const PanelState &state() const { return m_state; }
+    PanelState &state() { return m_state; }
     StationThread *station() const { return m_station.get(); } ///< the built-in one, or null
     /// Where the station is: "192.0.2.7:502", or "simulated". After prepare().
     QString address() const;

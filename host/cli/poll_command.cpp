@@ -3,7 +3,7 @@
 #include "common_options.h"
 #include "interrupt.h"
 #include "poll_table.h"
-#include "terminal.h"
+#include "records.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -12,8 +12,10 @@
 namespace {
 
 const char description[] = R"(Polls variables, [UNIT/]AREA:ADDRESS[*COUNT], and shows each value with its age
-and state, and a line of counts for each unit: in place on a terminal,
-otherwise after every pass. Ctrl-C ends it.
+and state, and a line of counts for each unit: in place on a terminal, where
+failed variables come first and the arrows, PgUp, PgDn, Home and End show what
+does not fit; otherwise, and with --json or --csv, after every pass. Ctrl-C, or
+q in the table, ends it.
 
 A pass is over when the first request comes round again, whether its requests
 were answered or not. A lost link is opened again at once the first time, then
@@ -31,8 +33,7 @@ const int redrawMs = 250; // ages change between the passes
 struct PollOptions
 {
     PanelOptions panel;
-    PollView view;
-    bool isJson = false;
+    RecordOptions record;
 };
 
 void addPollOptions(CommandLine *line)
@@ -42,7 +43,7 @@ void addPollOptions(CommandLine *line)
     line->addOption("every", QStringLiteral("Milliseconds from pass to pass; 0: at once."), "MS", "1000");
     line->addOption("passes", QStringLiteral("End after so many passes; 0: go on."), "N", "0");
     line->addOption("wait", QStringLiteral("Wait for a station that is not up yet, instead of ending."));
-    line->addOption("json", QStringLiteral("One JSON object a line for each pass."));
+    addRecordOptions(line);
     line->addOption(
         "off-after",
         QStringLiteral("Switch a unit off after so many unanswered requests in a row, each given up "
@@ -61,18 +62,20 @@ PollOptions pollOptions(CommandLine *line)
     options.panel.loop.waitsForLink = line->isSet("wait");
     options.panel.loop.offAfter = line->number("off-after", 0, 1000000);
     options.panel.loop.retryOffMs = 1000 * line->number("retry-off", 1, 86400);
-    options.view.freshForMs = 2 * options.panel.loop.everyMs + options.panel.connection.timeoutMs;
-    options.isJson = line->isSet("json");
+    options.record.freshForMs = 2 * options.panel.loop.everyMs + options.panel.connection.timeoutMs;
+    options.record.form = recordFormOption(line);
     return options;
 }
 
-void print(const PanelSnapshot &now, const PollOptions &options)
+void print(const QByteArray &text)
 {
-    if (options.isJson)
-        std::printf("%s\n", pollJson(now, options.view).constData());
-    else
-        std::printf("%s\n\n", qPrintable(pollTable(now, options.view).join(QLatin1Char('\n'))));
+    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stdout);
     std::fflush(stdout);
+}
+
+void print(PollTable *table, const PanelSnapshot &now)
+{
+    print(table->lines(now).join(QLatin1Char('\n')).toLocal8Bit() + "\n\n");
 }
 
 /// Ended by the communication, by a signal or by a failed output.
@@ -82,27 +85,31 @@ bool mustEnd(const PanelSnapshot &now)
 }
 
 /// The last snapshot.
-PanelSnapshot showInPlace(const PanelState &state, const PollOptions &options)
+PanelSnapshot showInPlace(PollTable *table, const PanelState &state)
 {
     FullScreen screen;
     PanelSnapshot now = state.snapshot();
     while (!mustEnd(now)) {
-        screen.draw(pollTable(now, options.view));
-        state.waitForNews(now.passes, 0, redrawMs);
+        screen.draw(table->screen(now, screen.size()));
+        for (const Scroll &scroll : screen.keys(redrawMs))
+            table->scroll(scroll);
         now = state.snapshot();
     }
     return now;
 }
 
-PanelSnapshot showEachPass(const PanelState &state, const PollOptions &options)
+PanelSnapshot showEachPass(PollTable *table, const PanelState &state, const RecordOptions &options)
 {
+    print(recordHeading(options.form));
     PanelSnapshot now = state.snapshot();
     while (!mustEnd(now)) {
         const int passes = now.passes;
         state.waitForNews(passes, 0, redrawMs);
         now = state.snapshot();
-        if (now.passes > passes)
-            print(now, options);
+        if (now.passes > passes && options.form == RecordForm::None)
+            print(table, now);
+        else if (now.passes > passes)
+            print(record(now, options));
     }
     return now;
 }
@@ -123,7 +130,7 @@ int pollCommand(const QStringList &arguments)
     addPollOptions(&line);
     if (const auto code = line.parse(arguments))
         return *code;
-    const PollOptions options = pollOptions(&line);
+    PollOptions options = pollOptions(&line);
     const QList<Variable> variables =
         variablesToRead(&line, options.panel.connection.remote, formatOption(&line));
     if (!line.isFine())
@@ -133,18 +140,22 @@ int pollCommand(const QStringList &arguments)
     QString error;
     if (const ExitCode code = session.prepare(&error); code != ExitDone)
         return line.fail(code, error);
+    options.record.station = session.address();
+    tellOfSimulation(line);
     session.pollVariables();
     catchInterrupts();
-    session.start();
     const bool traceOnScreen = options.panel.trace && options.panel.traceFile.isEmpty();
-    const bool inPlace = isTerminal() && !options.isJson && !traceOnScreen;
-    const PanelSnapshot last =
-        inPlace ? showInPlace(session.state(), options) : showEachPass(session.state(), options);
+    const bool inPlace = isTerminal() && options.record.form == RecordForm::None && !traceOnScreen;
+    session.state().waitAtPasses(!inPlace);
+    session.start();
+    PollTable table(session.peer(), options.record.freshForMs);
+    const PanelSnapshot last = inPlace ? showInPlace(&table, session.state())
+                                       : showEachPass(&table, session.state(), options.record);
     session.stop();
     if (last.passes == 0 && last.isEnded)
         return line.fail(ExitNoLink,
                          QStringLiteral("%1: %2").arg(session.peer(), linkCauseText(last.linkCause)));
     if (inPlace)
-        print(last, options);
+        print(&table, last);
     return isInterrupted() || std::ferror(stdout) || isGood(last) ? ExitDone : ExitFailed;
 }

@@ -1,41 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "poll_table.h"
 
+#include "panel_text.h"
+
+#include <algorithm>
+
 namespace {
 
-const int widestValue = 60;
-
-/// Lines of cells with every column as wide as its widest cell.
-QStringList aligned(const QList<QStringList> &rows)
-{
-    std::vector<int> widths;
-    for (const QStringList &row : rows) {
-        widths.resize(qMax(widths.size(), static_cast<std::size_t>(row.size())));
-        for (int i = 0; i < row.size(); ++i)
-            widths[static_cast<std::size_t>(i)] = qMax(widths[static_cast<std::size_t>(i)], row.at(i).size());
-    }
-    QStringList lines;
-    for (const QStringList &row : rows) {
-        QString line;
-        for (int i = 0; i < row.size(); ++i)
-            line += row.at(i).leftJustified(widths[static_cast<std::size_t>(i)] + 2);
-        while (line.endsWith(QLatin1Char(' ')))
-            line.chop(1);
-        lines << line;
-    }
-    return lines;
-}
-
-QStringList valueRow(const ValueState &value, const PanelSnapshot &now, const PollView &view)
+QStringList valueRow(const ValueState &value, qint64 nowMs, qint64 freshForMs)
 {
     const Variable &variable = value.variable();
-    QString text =
-        value.readAtMs() < 0 ? QStringLiteral("-") : valueText(variable, value.value(), widestValue);
-    if (text.size() > widestValue)
-        text = text.left(widestValue - 3) + QStringLiteral("...");
+    QString text = value.readAtMs() < 0 ? QStringLiteral("-") : measuredText(variable, value.value());
     if (value.hasChanged())
         text += QStringLiteral(" *");
-    return {variable.name, placeText(variable), text, value.ageText(now.nowMs(), view.freshForMs)};
+    return {variable.name, placeText(variable), value.stateText(nowMs, freshForMs), text};
 }
 
 /// "2 x12, 11 x1": what there was, with how often.
@@ -67,60 +45,82 @@ QStringList unitRow(int number, const UnitStatistics &unit, const PanelSnapshot 
             QString::number(unit.lostPercent(now.elapsedMicroseconds), 'f', 1)};
 }
 
+QStringList titles(const char *text)
+{
+    return QString::fromLatin1(text).split(QLatin1Char(','));
+}
+
+/// Tells how many lines are left out.
+void cut(QStringList *lines, int most)
+{
+    const int tooMany = lines->size() - most;
+    if (tooMany > 0)
+        *lines = lines->mid(0, most - 1) << QStringLiteral("... and %1 lines more").arg(tooMany + 1);
+}
+
+/// "+5 above, +18 below", and how to get there.
+QString hiddenText(int above, int below)
+{
+    QStringList parts;
+    if (above > 0)
+        parts << QStringLiteral("+%1 above").arg(above);
+    if (below > 0)
+        parts << QStringLiteral("+%1 below").arg(below);
+    return parts.join(QStringLiteral(", ")) + QStringLiteral(" (arrows, PgUp, PgDn, Home, End; q ends)");
+}
+
 } // namespace
 
-QString placeText(const Variable &variable)
+PollTable::PollTable(const QString &peer, qint64 freshForMs)
+    : m_peer(peer), m_freshForMs(freshForMs),
+      m_units(titles("UNIT,SENT,GOOD,EXC,TIMEOUT,HELD,LATE,RECONN,MED ms,P99 ms,LOST %")),
+      m_values(titles("VARIABLE,ADDRESS,STATE,VALUE"))
 {
-    QString text =
-        QStringLiteral("%1/%2:%3").arg(variable.unit).arg(areaName(variable.area), variable.addressText);
-    if (variable.count != 1)
-        text += QStringLiteral("*%1").arg(variable.count);
-    return text;
 }
 
-QString numbersText(TransactionNumbers::Habit numbers)
+QStringList PollTable::head(const PanelSnapshot &now, int columns, int mostUnitLines)
 {
-    switch (numbers) {
-    case TransactionNumbers::Echoed:
-        return QStringLiteral("echoed");
-    case TransactionNumbers::NotEchoed:
-        return QStringLiteral("not echoed");
-    case TransactionNumbers::Unknown:
-        break;
-    }
-    return QStringLiteral("unknown");
-}
-
-QString linkText(const PanelSnapshot &now)
-{
-    switch (now.link) {
-    case LinkState::Connecting:
-        return QStringLiteral("connecting after %1").arg(linkCauseText(now.linkCause));
-    case LinkState::BackingOff:
-        return QStringLiteral("backing off after %1").arg(linkCauseText(now.linkCause));
-    case LinkState::Up:
-    case LinkState::Waiting:
-        break;
-    }
-    return now.numbers == TransactionNumbers::NotEchoed
-               ? QStringLiteral("up, the station echoes no transaction numbers")
-               : QStringLiteral("up");
-}
-
-QStringList pollTable(const PanelSnapshot &now, const PollView &view)
-{
-    QList<QStringList> rows = {{QStringLiteral("VARIABLE"), QStringLiteral("ADDRESS"),
-                                QStringLiteral("VALUE"), QStringLiteral("STATE")}};
-    for (const ValueState &value : now.values)
-        rows << valueRow(value, now, view);
-    QStringList lines = aligned(rows);
-
-    rows.clear();
-    rows << QStringLiteral("UNIT,SENT,GOOD,EXC,TIMEOUT,HELD,LATE,RECONN,MED ms,P99 ms,LOST %")
-                .split(QLatin1Char(','));
+    QList<QStringList> rows;
     for (const auto &[number, unit] : now.units)
         rows << unitRow(number, unit, now);
-    lines << QString() << aligned(rows);
-    lines << QStringLiteral("pass %1, link %2").arg(now.passes).arg(linkText(now));
-    return lines;
+    ColumnLines units = m_units.lines(rows, columns);
+    cut(&units.body, mostUnitLines);
+    return wrapped(m_peer, columns) +
+           wrapped(QStringLiteral("pass %1, link %2").arg(now.passes).arg(linkText(now)), columns) +
+           units.heading + units.body + QStringList{QString()};
+}
+
+QStringList PollTable::lines(const PanelSnapshot &now)
+{
+    QList<QStringList> rows;
+    for (const ValueState &value : now.values)
+        rows << valueRow(value, now.nowMs(), m_freshForMs);
+    const ColumnLines values = m_values.lines(rows, AnyWidth);
+    return head(now, AnyWidth, AnyWidth) + values.heading + values.body;
+}
+
+QStringList PollTable::screen(const PanelSnapshot &now, const ScreenSize &size)
+{
+    QList<QStringList> rows;
+    int failed = 0;
+    for (const ValueState &value : now.values)
+        rows.insert(value.failure().isEmpty() ? rows.size() : failed++,
+                    valueRow(value, now.nowMs(), m_freshForMs));
+    const ColumnLines values = m_values.lines(rows, size.columns);
+    QStringList lines = head(now, size.columns, std::max(1, size.rows / 3)) + values.heading;
+
+    const int room = std::max(1, size.rows - lines.size());
+    if (values.body.size() <= room)
+        return lines + values.body;
+    m_page = std::max(1, room - 1);
+    m_lastTop = values.body.size() - m_page;
+    scroll({});
+    lines += values.body.mid(m_top, m_page);
+    lines << hiddenText(m_top, m_lastTop - m_top);
+    return lines.mid(0, size.rows);
+}
+
+void PollTable::scroll(const Scroll &by)
+{
+    m_top = std::clamp(m_top + by.lines + by.pages * m_page, 0, m_lastTop);
 }

@@ -1,29 +1,36 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// A snapshot for people: a table of the values with their ages, below it one line for each unit. And for
-/// programs: one JSON object. Pure.
+/// A snapshot for people: the station, its link, a line for each unit, and a table of the values with their states.
+/// On the main thread.
 
 #pragma once
 
+#include "terminal.h"
+#include "text_columns.h"
+
 #include "../explain/panel_state.h"
-#include "../explain/value_text.h"
 
-struct PollView
+class PollTable
 {
-    qint64 freshForMs = 0; ///< after which a value counts as old
+public:
+    /// `peer` names the station; a value counts as old after `freshForMs`.
+    PollTable(const QString &peer, qint64 freshForMs);
+
+    /// Everything, in lines of any length. A changed value is followed by an asterisk.
+    QStringList lines(const PanelSnapshot &now);
+    /// The part that fits a screen, failed variables first. The last line tells how many lines do not fit.
+    QStringList screen(const PanelSnapshot &now, const ScreenSize &size);
+    /// Moves the part that screen() shows, as far as there are lines.
+    void scroll(const Scroll &by);
+
+private:
+    QStringList head(const PanelSnapshot &now, int columns, int mostUnitLines);
+
+    QString m_peer;
+    qint64 m_freshForMs;
+    TextColumns m_units;
+    TextColumns m_values;
+    int m_top = 0; ///< first line of the values on the screen
+    int m_lastTop = 0;
+    int m_page = 1; ///< lines of the values that fit
 };
-
-/// The lines of the table. A changed value is followed by an asterisk.
-QStringList pollTable(const PanelSnapshot &now, const PollView &view);
-
-/// One object on one line: pass, seconds, link, numbers, variables, units.
-QByteArray pollJson(const PanelSnapshot &now, const PollView &view);
-
-/// The area and address as the variable names them, with its unit: "2/hr:100*4".
-QString placeText(const Variable &variable);
-
-/// The state of the link: "up", "backing off after connection refused", and whether the station lacks numbers.
-QString linkText(const PanelSnapshot &now);
-
-/// What the station does with transaction numbers: "echoed", "not echoed", "unknown".
-QString numbersText(TransactionNumbers::Habit numbers);

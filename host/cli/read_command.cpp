@@ -2,7 +2,8 @@
 #include "commands.h"
 #include "common_options.h"
 #include "interrupt.h"
-#include "poll_table.h"
+#include "panel_text.h"
+#include "records.h"
 
 #include "../explain/byte_orders.h"
 
@@ -15,20 +16,22 @@ const char description[] = R"(Reads variables, [UNIT/]AREA:ADDRESS[*COUNT], once
 own, so a failure affects no other variable.
 
 Prints the station, then VARIABLE = VALUE for each that was read, as soon as it
-was, and a line on stderr with the reason for each that was not. Ends with 0 when all were read, 1 when any was
-not, 3 without a connection.
+was, and a line on stderr with the reason for each that was not. Ends with 0
+when all were read, 1 when any was not, 3 without a connection.
 
 Example: four registers and a bit of register 10, from unit 2:
   modbus-panel read --connect 192.0.2.7:502 2/hr:100*4 2/hrbit:10.5)";
 
-/// Prints a value or an error. True when there was a value.
-bool report(const CommandLine &line, const ValueState &value)
+/// Prints an error, or a value that comes in no record. True when there was a value.
+bool report(const CommandLine &line, const ValueState &value, RecordForm form)
 {
     const Variable &variable = value.variable();
     if (value.readAtMs() >= 0 && value.failure().isEmpty()) {
+        if (form != RecordForm::None)
+            return true; // it is in the record
         const bool inOrders = line.isSet("orders");
         const QString text = inOrders ? byteOrderTable(variable, value.value()).join(QLatin1Char('\n'))
-                                      : valueText(variable, value.value());
+                                      : measuredText(variable, value.value());
         std::printf("%s%s%s\n", qPrintable(variable.name), inOrders ? ":\n" : " = ", qPrintable(text));
         std::fflush(stdout);
         return true;
@@ -48,10 +51,12 @@ int readCommand(const QStringList &arguments)
     addReadOptions(&line);
     line.addOption("orders",
                    QStringLiteral("Show two registers in every byte order, to find the right one."));
+    addRecordOptions(&line);
     if (const auto code = line.parse(arguments))
         return *code;
     PanelOptions options = linkOptions(&line);
     options.connection.patienceMs = options.connection.timeoutMs;
+    const RecordForm form = recordFormOption(&line);
     const QList<Variable> variables = variablesToRead(&line, options.connection.remote, formatOption(&line));
     for (const Variable &variable : variables) {
         if (line.isSet("orders") && (variable.driverCount() != 2 || variable.width() == 1))
@@ -69,14 +74,15 @@ int readCommand(const QStringList &arguments)
         return line.fail(ExitUsage,
                          QStringLiteral("too many variables to read at once; poll takes any number"));
     tellOfSimulation(line);
-    std::printf("%s\n", qPrintable(session.peer()));
+    if (form == RecordForm::None)
+        std::printf("%s\n", qPrintable(session.peer()));
     catchInterrupts();
     session.start();
     bool isGood = true;
     std::vector<bool> isReported(static_cast<std::size_t>(variables.size()));
     const auto show = [&](int item, const PanelSnapshot &now) {
         const auto index = static_cast<std::size_t>(item);
-        isGood = report(line, now.values[index]) && isGood;
+        isGood = report(line, now.values[index], form) && isGood;
         isReported[index] = true;
     };
     const PanelSnapshot last = session.waitForItems(variables.size(), show);
@@ -88,5 +94,8 @@ int readCommand(const QStringList &arguments)
         if (!isReported[static_cast<std::size_t>(i)])
             show(i, last);
     }
+    if (form != RecordForm::None)
+        std::printf("%s%s", recordHeading(form).constData(),
+                    record(last, {form, session.address(), std::numeric_limits<qint64>::max()}).constData());
     return isGood ? ExitDone : ExitFailed;
 }

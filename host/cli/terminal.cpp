@@ -3,7 +3,13 @@
 
 #include "interrupt.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
+
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -18,18 +24,35 @@ void print(const QString &text)
     std::fflush(stdout);
 }
 
-struct Size
+const int farAway = 1000000; // lines
+
+struct Key
 {
-    int rows = 24;
-    int columns = 80;
+    const char *bytes;
+    Scroll scroll;
 };
 
-Size terminalSize()
+const Key keyTable[] = {
+    {"\x1b[A", {-1, 0}},       {"\x1bOA", {-1, 0}},       {"\x1b[B", {1, 0}},
+    {"\x1bOB", {1, 0}},        {"\x1b[5~", {0, -1}},      {"\x1b[6~", {0, 1}},
+    {"\x1b[H", {-farAway, 0}}, {"\x1bOH", {-farAway, 0}}, {"\x1b[1~", {-farAway, 0}},
+    {"\x1b[F", {farAway, 0}},  {"\x1bOF", {farAway, 0}},  {"\x1b[4~", {farAway, 0}},
+};
+
+QList<Scroll> scrollsOf(QByteArray typed)
 {
-    winsize size = {};
-    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || size.ws_col == 0)
-        return {};
-    return {size.ws_row, size.ws_col};
+    QList<Scroll> scrolls;
+    while (!typed.isEmpty()) {
+        const auto isTyped = [&](const Key &key) { return typed.startsWith(key.bytes); };
+        const Key *key = std::find_if(std::begin(keyTable), std::end(keyTable), isTyped);
+        const bool isKnown = key != std::end(keyTable);
+        if (isKnown)
+            scrolls << key->scroll;
+        else if (typed.startsWith('q'))
+            std::raise(SIGINT);
+        typed.remove(0, isKnown ? static_cast<int>(std::strlen(key->bytes)) : 1);
+    }
+    return scrolls;
 }
 
 } // namespace
@@ -39,26 +62,42 @@ bool isTerminal()
     return isatty(STDOUT_FILENO) == 1;
 }
 
-FullScreen::FullScreen()
-{
-    enterTerminal(enterScreen, leaveScreen);
-    print(QLatin1String(enterScreen));
-}
-
 FullScreen::~FullScreen()
 {
-    print(QLatin1String(leaveScreen));
+    if (isTerminalEntered())
+        print(QLatin1String(leaveScreen)); // waits for a slow terminal; leaveTerminal does not
     leaveTerminal();
+}
+
+ScreenSize FullScreen::size() const
+{
+    winsize size = {};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || size.ws_col == 0)
+        return {};
+    return {size.ws_row, size.ws_col};
 }
 
 void FullScreen::draw(const QStringList &lines)
 {
-    const Size size = terminalSize();
-    QString text = QStringLiteral("\x1b[H"); // top left
-    for (int i = 0; i < qMin(lines.size(), size.rows); ++i) {
-        text += lines.at(i).left(size.columns) + QStringLiteral("\x1b[K"); // rest of the line empty
-        if (i + 1 < size.rows)
-            text += QStringLiteral("\r\n");
+    if (isInBackground())
+        return;
+    if (!isTerminalEntered()) {
+        m_hasKeys = enterTerminal(leaveScreen);
+        print(QLatin1String(enterScreen));
     }
-    print(text + QStringLiteral("\x1b[J")); // rest of the screen empty
+    QStringList screen = lines;
+    while (screen.size() < size().rows)
+        screen << QString();
+    print(QStringLiteral("\x1b[H\x1b[K") + screen.join(QStringLiteral("\r\n\x1b[K"))); // from the top left
+}
+
+QList<Scroll> FullScreen::keys(int ms)
+{
+    pollfd input = {m_hasKeys && !isInBackground() ? STDIN_FILENO : -1, POLLIN, 0};
+    if (poll(&input, 1, ms) != 1)
+        return {};
+    char bytes[256];
+    const ssize_t size = read(STDIN_FILENO, bytes, sizeof bytes);
+    m_hasKeys = size > 0 || errno == EINTR; // else the terminal has gone
+    return scrollsOf(QByteArray(bytes, static_cast<int>(qMax<ssize_t>(size, 0))));
 }

@@ -24,7 +24,16 @@ PanelSnapshot PanelState::snapshot() const
     Lock lock(m_mutex);
     PanelSnapshot now = m_now;
     now.elapsedMicroseconds = elapsedMicroseconds();
+    m_passTaken = m_now.passes;
+    m_news.notify_all();
     return now;
+}
+
+void PanelState::waitAtPasses(bool isOn)
+{
+    Lock lock(m_mutex);
+    m_waitsAtPasses = isOn;
+    m_news.notify_all();
 }
 
 void PanelState::waitForNews(int passes, int itemsEnded, int ms) const
@@ -83,6 +92,7 @@ void PanelState::notePass()
     Lock lock(m_mutex);
     ++m_now.passes;
     m_news.notify_all();
+    m_news.wait(lock, [this] { return !m_waitsAtPasses || m_passTaken == m_now.passes; });
 }
 
 void PanelState::noteEnd()

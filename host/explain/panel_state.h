@@ -50,6 +50,9 @@ public:
     explicit PanelState(const QList<Variable> &variables);
 
     PanelSnapshot snapshot() const;
+    /// While on, the communication waits at the end of each pass until a snapshot of it was taken, so that none is
+    /// missed. Must be off before the communication is stopped.
+    void waitAtPasses(bool isOn);
     /// Waits until a pass beyond `passes` or the communication has ended, or items have; no longer than `ms`.
     void waitForNews(int passes, int itemsEnded, int ms) const;
 
@@ -69,5 +72,7 @@ private:
     mutable std::mutex m_mutex;
     mutable std::condition_variable m_news;
     PanelSnapshot m_now;
-    QElapsedTimer m_clock; ///< started once, then only read
+    bool m_waitsAtPasses = false;
+    mutable int m_passTaken = 0; ///< the pass of the last snapshot
+    QElapsedTimer m_clock;       ///< started once, then only read
 };

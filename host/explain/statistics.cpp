@@ -11,21 +11,18 @@ void RoundTrips::add(qint64 microseconds)
 {
     if (m_microseconds.size() < roundTripsKept) {
         m_microseconds.push_back(microseconds);
-        return;
+    } else {
+        m_sorted.erase(std::lower_bound(m_sorted.begin(), m_sorted.end(), m_microseconds[m_next]));
+        m_microseconds[m_next] = microseconds;
+        m_next = (m_next + 1) % roundTripsKept;
     }
-    m_microseconds[m_next] = microseconds;
-    m_next = (m_next + 1) % roundTripsKept;
+    m_sorted.insert(std::upper_bound(m_sorted.begin(), m_sorted.end(), microseconds), microseconds);
 }
 
 qint64 RoundTrips::percentile(int percent) const
 {
-    if (m_microseconds.empty())
-        return 0;
-    std::vector<qint64> sorted = m_microseconds;
-    const std::size_t rank = (sorted.size() * static_cast<std::size_t>(percent) + 99) / 100;
-    const auto at = sorted.begin() + static_cast<std::ptrdiff_t>(std::max<std::size_t>(rank, 1) - 1);
-    std::nth_element(sorted.begin(), at, sorted.end());
-    return *at;
+    const std::size_t rank = (m_sorted.size() * static_cast<std::size_t>(percent) + 99) / 100;
+    return m_sorted.empty() ? 0 : m_sorted[std::max<std::size_t>(rank, 1) - 1];
 }
 
 void UnitStatistics::add(const Exchange &exchange)

@@ -19,6 +19,7 @@ public:
 
 private:
     std::vector<qint64> m_microseconds;
+    std::vector<qint64> m_sorted; ///< the same; a table asks more often than requests end
     std::size_t m_next = 0;
 };
 

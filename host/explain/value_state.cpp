@@ -66,17 +66,21 @@ void ValueState::fail(const Span &read, const QString &why)
     partOf(read).failure = why;
 }
 
-QString ValueState::ageText(qint64 nowMs, qint64 freshForMs) const
+ValueState::State ValueState::state(qint64 nowMs, qint64 freshForMs) const
 {
     const qint64 readAt = readAtMs();
-    const qint64 age = nowMs - readAt;
-    const QString why = failure();
-    QString text;
-    if (readAt < 0)
-        text = QStringLiteral("never");
-    else if (age <= freshForMs && why.isEmpty())
-        text = QStringLiteral("fresh");
-    else
-        text = QStringLiteral("old %1 s").arg(double(age) / 1000, 0, 'f', 1);
-    return why.isEmpty() ? text : QStringLiteral("failed: %1, %2").arg(why, text);
+    if (!failure().isEmpty())
+        return Failed;
+    return readAt < 0 ? Never : nowMs - readAt <= freshForMs ? Fresh : Old;
+}
+
+QString ValueState::stateText(qint64 nowMs, qint64 freshForMs) const
+{
+    const State now = state(nowMs, freshForMs);
+    if (now == Fresh)
+        return QStringLiteral("fresh");
+    const qint64 readAt = readAtMs();
+    const QString age = readAt < 0 ? QStringLiteral("never")
+                                   : QStringLiteral("old %1 s").arg(double(nowMs - readAt) / 1000, 0, 'f', 1);
+    return now == Failed ? QStringLiteral("failed: %1, %2").arg(failure(), age) : age;
 }

@@ -33,8 +33,11 @@ public:
     /// A read that overlaps this variable failed. Other parts keep what their own last read came to.
     void fail(const Span &read, const QString &why);
 
+    enum State { Fresh, Old, Never, Failed };
+    /// Failed when the last read of any part did, whatever is known from before.
+    State state(qint64 nowMs, qint64 freshForMs) const;
     /// "fresh", "old 12.4 s", "never", after a failure with "failed: ..." in front.
-    QString ageText(qint64 nowMs, qint64 freshForMs) const;
+    QString stateText(qint64 nowMs, qint64 freshForMs) const;
 
 private:
     /// Neighbouring bits or registers that were read together.

@@ -1,0 +1,216 @@
+// SPDX-License-Identifier: MIT
+#include "records.h"
+
+#include "panel_text.h"
+
+#include "../explain/value_text.h"
+
+#include <QtCore/QDateTime>
+
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+namespace {
+
+using Json = rapidjson::Writer<rapidjson::StringBuffer>;
+
+/// Local time with the zone's offset and milliseconds.
+QString timeText()
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    return now.toOffsetFromUtc(now.offsetFromUtc()).toString(Qt::ISODateWithMs);
+}
+
+const char *linkCode(LinkState::State link)
+{
+    return link == LinkState::Connecting   ? "connecting"
+           : link == LinkState::BackingOff ? "backing_off"
+                                           : "up";
+}
+
+const char *stateCode(ValueState::State state)
+{
+    static const char *const codes[] = {"fresh", "old", "never", "failed"};
+    return codes[state];
+}
+
+const char *numbersText(TransactionNumbers::Habit numbers)
+{
+    static const char *const texts[] = {"unknown", "echoed", "not echoed"};
+    return texts[numbers];
+}
+
+double ageSeconds(const ValueState &value, const PanelSnapshot &now)
+{
+    return double(now.nowMs() - value.readAtMs()) / 1000;
+}
+
+void putText(Json *json, const QString &text)
+{
+    const QByteArray utf8 = text.toUtf8();
+    json->String(utf8.constData(), static_cast<unsigned>(utf8.size()));
+}
+
+template <typename Value> void put(Json *json, const char *name, const Value &value)
+{
+    json->Key(name);
+    if constexpr (std::is_same_v<Value, QString>)
+        putText(json, value);
+    else if constexpr (std::is_same_v<Value, double>)
+        json->Double(value);
+    else if constexpr (std::is_same_v<Value, bool>)
+        json->Bool(value);
+    else if constexpr (std::is_same_v<Value, int>)
+        json->Int(value);
+    else
+        json->String(value);
+}
+
+/// Numbers as they are shown; text and what JSON has no number for as text.
+void putValues(Json *json, const ValueState &value)
+{
+    const Variable &variable = value.variable();
+    const bool isText = variable.type == ValueType::Text || variable.type == ValueType::Hexadecimal;
+    const int count = value.readAtMs() < 0 ? 0 : valueCount(variable, value.value());
+    json->Key("values");
+    json->StartArray();
+    QByteArray word;
+    for (int i = 0; i < count; ++i) {
+        word.resize(0); // keeps its memory
+        appendValue(&word, variable, value.value(), i);
+        const auto size = static_cast<unsigned>(word.size());
+        if (isText || word.endsWith('n') || word.endsWith('f')) // nan, inf
+            json->String(word.constData(), size);
+        else
+            json->RawValue(word.constData(), size, rapidjson::kNumberType);
+    }
+    json->EndArray();
+}
+
+void putVariable(Json *json, const ValueState &value, const PanelSnapshot &now, qint64 freshForMs)
+{
+    const Variable &variable = value.variable();
+    json->StartObject();
+    put(json, "name", variable.name);
+    put(json, "unit", variable.unit);
+    put(json, "address", placeText(variable));
+    put(json, "type", typeName(variable));
+    putValues(json, value);
+    put(json, "measure", variable.measure);
+    json->Key("age");
+    value.readAtMs() < 0 ? json->Null() : json->Double(ageSeconds(value, now));
+    put(json, "state", value.stateText(now.nowMs(), freshForMs));
+    put(json, "state_code", stateCode(value.state(now.nowMs(), freshForMs)));
+    put(json, "changed", value.hasChanged());
+    json->EndObject();
+}
+
+template <typename Map, typename Name>
+void putCounts(Json *json, const char *name, const Map &counts, Name nameOf)
+{
+    json->Key(name);
+    json->StartObject();
+    for (const auto &[key, count] : counts)
+        put(json, nameOf(key).toUtf8().constData(), count);
+    json->EndObject();
+}
+
+void putUnit(Json *json, int number, const UnitStatistics &unit, qint64 elapsedMicroseconds)
+{
+    json->StartObject();
+    put(json, "unit", number);
+    put(json, "off", unit.isOff);
+    put(json, "requests", unit.requests);
+    put(json, "good", unit.good);
+    putCounts(json, "exceptions", unit.exceptions, [](int code) { return QString::number(code); });
+    put(json, "timeouts", unit.timeOuts);
+    putCounts(json, "held_back", unit.heldBack, replyFaultText);
+    put(json, "late", unit.late);
+    put(json, "closed", unit.closed);
+    put(json, "reconnects", unit.reconnects);
+    put(json, "median_ms", double(unit.roundTrips.percentile(50)) / 1000);
+    put(json, "p99_ms", double(unit.roundTrips.percentile(99)) / 1000);
+    put(json, "lost_percent", unit.lostPercent(elapsedMicroseconds));
+    json->EndObject();
+}
+
+QByteArray jsonRecord(const PanelSnapshot &now, const RecordOptions &options)
+{
+    rapidjson::StringBuffer buffer;
+    Json json(buffer);
+    json.StartObject();
+    put(&json, "time", timeText());
+    put(&json, "station", options.station);
+    put(&json, "pass", now.passes);
+    put(&json, "seconds", double(now.nowMs()) / 1000);
+    put(&json, "link", linkText(now));
+    put(&json, "link_code", linkCode(now.link));
+    put(&json, "numbers", numbersText(now.numbers));
+    json.Key("variables");
+    json.StartArray();
+    for (const ValueState &value : now.values)
+        putVariable(&json, value, now, options.freshForMs);
+    json.EndArray();
+    json.Key("units");
+    json.StartArray();
+    for (const auto &[number, unit] : now.units)
+        putUnit(&json, number, unit, now.elapsedMicroseconds);
+    json.EndArray();
+    json.EndObject();
+    buffer.Put('\n');
+    return QByteArray(buffer.GetString(), static_cast<int>(buffer.GetSize()));
+}
+
+/// As RFC 4180 quotes it.
+QByteArray quoted(const QString &text)
+{
+    QByteArray field = text.toUtf8();
+    const bool isPlain = std::none_of(field.begin(), field.end(),
+                                      [](char c) { return c == ',' || c == '"' || c == '\r' || c == '\n'; });
+    return isPlain ? field : '"' + field.replace('"', "\"\"") + '"';
+}
+
+QByteArray csvRows(const PanelSnapshot &now, const RecordOptions &options)
+{
+    const QByteArray start = timeText().toLatin1() + ',' + quoted(options.station) + ',' +
+                             QByteArray::number(now.passes) + ',' + quoted(linkText(now)) + ',' +
+                             linkCode(now.link) + ',';
+    QByteArray rows;
+    for (const ValueState &value : now.values) {
+        const Variable &variable = value.variable();
+        const bool isKnown = value.readAtMs() >= 0;
+        rows += start + quoted(variable.name) + ',' + quoted(placeText(variable)) + ',' +
+                (isKnown ? quoted(valueText(variable, value.value())) : QByteArray()) + ',' +
+                quoted(variable.measure) + ',' + quoted(value.stateText(now.nowMs(), options.freshForMs)) +
+                ',' + stateCode(value.state(now.nowMs(), options.freshForMs)) + ',' +
+                (isKnown ? QByteArray::number(ageSeconds(value, now), 'f', 3) : QByteArray()) + '\n';
+    }
+    return rows;
+}
+
+} // namespace
+
+void addRecordOptions(CommandLine *line)
+{
+    line->addOption("json", QStringLiteral("One JSON object a line for each pass, or for the one read."));
+    line->addOption("csv", QStringLiteral("CSV: titles, then a line for each variable and pass."));
+}
+
+RecordForm recordFormOption(CommandLine *line)
+{
+    if (line->isSet("json") && line->isSet("csv"))
+        line->complain(QStringLiteral("--json and --csv are two forms; take one"));
+    return line->isSet("json") ? RecordForm::Json : line->isSet("csv") ? RecordForm::Csv : RecordForm::None;
+}
+
+QByteArray recordHeading(RecordForm form)
+{
+    return form == RecordForm::Csv
+               ? "time,station,pass,link,link_code,name,address,value,measure,state,state_code,age_s\n"
+               : "";
+}
+
+QByteArray record(const PanelSnapshot &now, const RecordOptions &options)
+{
+    return options.form == RecordForm::Json ? jsonRecord(now, options) : csvRows(now, options);
+}
