@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "driver_fixture.h"
 
+#include <QtCore/QRegExp>
 #include <QtCore/QStringList>
 
 #include <new>
@@ -10,75 +11,71 @@ namespace {
 std::string calls;
 
 /// Hosts rely on it that the driver holds listMutex during a call-back.
-void record(const std::string &call)
+void record(const testing::Message &call)
 {
-    if (PLC_driver.listMutex.tryLock()) {
+    const bool isFree = PLC_driver.listMutex.tryLock();
+    if (isFree)
         PLC_driver.listMutex.unlock();
-        ADD_FAILURE() << call << " without listMutex";
-    }
+    EXPECT_FALSE(isFree) << call << " without listMutex";
     const int queued = PLC_driver.writeList.size() + PLC_driver.onceReadList.size();
-    calls += (testing::Message() << (calls.empty() ? "" : " ") << call << ") " << PLC_driver.pendingList.size() << ' ' << queued)
-                 .GetString();
+    const testing::Message numbers = testing::Message() << ") " << PLC_driver.pendingList.size() << ' ' << queued;
+    calls += (calls.empty() ? "" : " ") + call.GetString() + numbers.GetString();
 }
 
 void writeDone(int channel, int id, int item, int outcome)
 {
-    record((testing::Message() << "done(" << channel << ' ' << id << ' ' << item << ' ' << outcome).GetString());
+    record(testing::Message() << "done(" << channel << ' ' << id << ' ' << item << ' ' << outcome);
 }
 
 void itemNotify(QList<RW_VAR> *list, int id, int flag)
 {
     EXPECT_TRUE(list->isEmpty());
     list->append(RW_VAR()); // the driver must discard what the host adds
-    record((testing::Message() << "notify(" << id << ' ' << flag).GetString());
+    record(testing::Message() << "notify(" << id << ' ' << flag);
 }
 
 } // namespace
 
-void reloadDriver(CommSettings *settings)
+void reloadDriver(CommSettings *settings, int multiStation)
 {
     PLC_driver.~Modbus_TCPIP_RTU_M();
     new (&PLC_driver) Modbus_TCPIP_RTU_M();
+    *settings = CommSettings();
+    settings->multiStation = multiStation;
+    settings->writeBlockSize = 10;
+    settings->defaultStation = 1;
+    settings->writeMode = modbus_driver::WriteModeToStation;
+    settings->linkId = 2;
+    settings->hostChannel = 9;
     SetComInfo(settings);
-}
-
-void DriverFixture::restart(int multiStation)
-{
-    settings = CommSettings();
-    settings.multiStation = multiStation;
-    settings.writeBlockSize = 10;
-    settings.defaultStation = 1;
-    settings.writeMode = modbus_driver::WriteModeToStation;
-    settings.linkId = 2;
-    settings.hostChannel = 9;
-    reloadDriver(&settings);
     RegistCallBackFuncIntf(writeDone, itemNotify);
     calls.clear();
 }
 
-int DriverFixture::poll(const char *items)
+int poll(const std::string &items)
 {
     QList<VAR_ITEM> list;
-    for (const QString &text : QString::fromLatin1(items).split(QLatin1Char(' '))) {
-        const QChar slash = QLatin1Char('/'), colon = QLatin1Char(':'), times = QLatin1Char('*');
+    for (const QString &text : QString::fromStdString(items).split(QLatin1Char(' '))) {
+        QStringList parts = text.split(QRegExp(QString::fromLatin1("[/:*]")));
+        if (parts.size() < 3)
+            continue;
         VAR_ITEM item;
-        item.station = static_cast<quint8>(text.contains(slash) ? text.section(slash, 0, 0).toInt() : 1);
-        item.area = static_cast<quint8>(text.section(slash, -1).section(colon, 0, 0).toInt());
-        item.addressText = text.section(colon, 1).section(times, 0, 0);
-        item.count = text.section(times, 1).toInt();
-        if (!text.isEmpty())
-            list << item;
+        item.count = parts.takeLast().toInt();
+        item.addressText = parts.takeLast();
+        item.area = static_cast<quint8>(parts.takeLast().toInt());
+        item.station = parts.isEmpty() ? 1 : static_cast<quint8>(parts.at(0).toInt());
+        list << item;
     }
     return ReCreatReadVarList(&list);
 }
 
-int DriverFixture::write(int area, const char *address, int count, const char *value, int hostId, int hostItem, int station)
+int write(int area, const std::string &address, int count, const std::string &value, int hostId, int hostItem, int station)
 {
-    QByteArray data = bytes(value);
-    return SetRegisterData(QString(), area, QString::fromLatin1(address), station, data, count, hostId, hostItem);
+    QByteArray data = bytes(value.c_str());
+    return SetRegisterData(QString(), area, QString::fromStdString(address), station, data, count, hostId, hostItem);
 }
 
-void DriverFixture::expectRequest(const char *frame)
+void expectRequest(const char *frame)
 {
     const Protocol *request = ComCommunication();
     ASSERT_NE(request, nullptr) << "nothing to send instead of " << frame;
@@ -86,27 +83,27 @@ void DriverFixture::expectRequest(const char *frame)
     EXPECT_EQ(request->frameLength, request->frame.size());
 }
 
-void DriverFixture::exchange(const char *request, const char *replied, int status, const char *wanted)
+void exchange(const char *request, const char *replied, int status, const char *wanted)
 {
     expectRequest(request);
     EXPECT_EQ(*replied ? reply(replied) : noReply(), status);
     EXPECT_EQ(takeCalls(), wanted);
 }
 
-int DriverFixture::reply(const char *frame)
+int reply(const char *frame)
 {
     QByteArray data = bytes(frame);
     return DataCom(&data, data.size())->status;
 }
 
-std::string DriverFixture::value(int area, const char *address, int count, int station)
+std::string value(int area, const std::string &address, int count, int station)
 {
     QByteArray out;
-    EXPECT_EQ(GetRegisterData(0, area, QString::fromLatin1(address), station, out, count), 1);
+    EXPECT_EQ(GetRegisterData(0, area, QString::fromStdString(address), station, out, count), 1);
     return hex(out);
 }
 
-std::string DriverFixture::takeCalls()
+std::string takeCalls()
 {
     std::string taken;
     taken.swap(calls);

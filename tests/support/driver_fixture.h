@@ -36,8 +36,31 @@ inline std::string hex(const char *text)
     return hex(bytes(text));
 }
 
-/// The driver as it is after loading, with this record handed over.
-void reloadDriver(CommSettings *settings);
+/// The driver as it is after loading, with this record handed over and call-backs that takeCalls() tells of.
+void reloadDriver(CommSettings *settings, int multiStation);
+
+/// Rebuilds the poll list from items written as listed() writes requests, with any address text.
+int poll(const std::string &items);
+int write(int area, const std::string &address, int count, const std::string &value, int hostId = 0, int hostItem = 0,
+          int station = 1);
+void expectRequest(const char *frame);
+inline void expectNothingToSend()
+{
+    EXPECT_EQ(ComCommunication(), nullptr);
+}
+/// The status that DataCom reports for these reply bytes, or for none.
+int reply(const char *frame);
+inline int noReply()
+{
+    return DataCom(nullptr, 0)->status;
+}
+/// A request, its reply, or "" for none, the status of the exchange, and the call-backs since the last look.
+void exchange(const char *request, const char *replied, int status, const char *calls = "");
+/// What GetRegisterData gives.
+std::string value(int area, const std::string &address, int count, int station = 1);
+/// The call-backs since the last look, with the numbers of pending requests and of queued writes and one-shot reads at
+/// that moment: "done(CHANNEL ID ITEM OUTCOME) PENDING QUEUED notify(ID FLAG) PENDING QUEUED".
+std::string takeCalls();
 
 class DriverFixture : public testing::Test
 {
@@ -45,24 +68,7 @@ protected:
     DriverFixture() { restart(0); }
 
     /// Everything as at the start of a test, with this CommSettings::multiStation.
-    void restart(int multiStation);
-    /// Rebuilds the poll list from items written as listed() writes requests, with any address text.
-    int poll(const char *items);
-    int write(int area, const char *address, int count, const char *value, int hostId = 0, int hostItem = 0, int station = 1);
-    void expectRequest(const char *frame);
-    void expectNothingToSend() { EXPECT_EQ(ComCommunication(), nullptr); }
-    /// A request, its reply, or "" for none, the status of the exchange, and the call-backs since the last
-    /// look.
-    void exchange(const char *request, const char *replied, int status, const char *calls = "");
-    /// The status that DataCom reports for these reply bytes, or for none.
-    int reply(const char *frame);
-    int noReply() { return DataCom(nullptr, 0)->status; }
-    /// What GetRegisterData gives.
-    std::string value(int area, const char *address, int count, int station = 1);
-    /// The call-backs since the last look, with the numbers of pending requests and of queued writes and
-    /// one-shot reads at that moment: "done(CHANNEL ID ITEM OUTCOME) PENDING QUEUED notify(ID FLAG) PENDING
-    /// QUEUED".
-    std::string takeCalls();
+    void restart(int multiStation) { reloadDriver(&settings, multiStation); }
 
     CommSettings settings;
 };

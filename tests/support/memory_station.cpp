@@ -8,9 +8,8 @@ using namespace modbus_driver;
 
 namespace {
 
-const int tableOf[] = {AreaCoils,          AreaDiscreteInputs,   AreaInputRegisters, AreaHoldingRegisters,
-                       AreaInputRegisters, AreaHoldingRegisters, AreaInputRegisters, AreaHoldingRegisters};
-const int areaOfFunction[] = {0, AreaCoils, AreaDiscreteInputs, AreaHoldingRegisters, AreaInputRegisters, AreaCoils};
+const int tableOf[] = {0, 1, 4, 5, 4, 5, 4, 5};
+const int areaOfFunction[] = {-1, AreaCoils, AreaDiscreteInputs, AreaHoldingRegisters, AreaInputRegisters, AreaCoils};
 
 } // namespace
 
@@ -33,11 +32,10 @@ Asked::Asked(const QByteArray &frame)
     area = function < wire::WriteSingleRegister ? areaOfFunction[function] : int(AreaHoldingRegisters);
     first = wire::wordAt(frame, wire::AddressAt);
     reads = function <= wire::ReadInputRegisters;
-    count = reads || function == wire::WriteMultipleRegisters ? value : 1;
+    const bool several = function == wire::WriteMultipleRegisters;
+    count = reads || several ? value : 1;
     for (int k = 0; k < count && !reads; ++k)
-        written.push_back(function == wire::WriteSingleCoil       ? value != 0
-                          : function == wire::WriteSingleRegister ? value
-                                                                  : wire::wordAt(frame, wire::WriteDataAt + 2 * k));
+        written.push_back(several ? wire::wordAt(frame, wire::WriteDataAt + 2 * k) : isBitArea(area) ? value != 0 : value);
 }
 
 int valueIn(const QByteArray &reply, int area, int k)
@@ -50,19 +48,17 @@ int valueIn(const QByteArray &reply, int area, int k)
 QByteArray MemoryStation::reply(const QByteArray &request)
 {
     const Asked asked(request);
-    for (int k = 0; k < asked.count && !asked.reads; ++k)
-        put(asked.unit, asked.area, asked.first + k, asked.written[static_cast<std::size_t>(k)]);
+    for (std::size_t k = 0; k < asked.written.size(); ++k)
+        put(asked.unit, asked.area, asked.first + int(k), asked.written[k]);
     if (!asked.reads)
         return request.left(wire::WriteEchoLength);
-    const int size = isBitArea(asked.area) ? (asked.count + 7) / 8 : 2 * asked.count;
-    QByteArray reply = request.left(wire::ReadByteCountAt) + static_cast<char>(size) + QByteArray(size, '\0');
+    QByteArray data(isBitArea(asked.area) ? (asked.count + 7) / 8 : 2 * asked.count, '\0');
     for (int k = 0; k < asked.count; ++k) {
-        char *const data = reply.data() + wire::ReadDataAt;
         const int value = at(asked.unit, asked.area, asked.first + k);
         if (isBitArea(asked.area))
-            data[k / 8] = static_cast<char>(data[k / 8] | value << k % 8);
+            data[k / 8] = static_cast<char>(data.at(k / 8) | value << k % 8);
         else
-            wire::putWord(data + 2 * k, value);
+            wire::putWord(data.data() + 2 * k, value);
     }
-    return reply;
+    return request.left(wire::ReadByteCountAt) + static_cast<char>(data.size()) + data;
 }
