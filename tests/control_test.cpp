@@ -6,13 +6,17 @@
 
 typedef DriverFixture Control;
 
-TEST_F(Control, AFreshDriverHasAZeroImageAndNothingToReturn)
+// Before the fixture made the driver anew.
+const int loaded[] = {PLC_driver.currentKind, PLC_driver.writeBurst,   PLC_driver.onceBurst, PLC_driver.cyclicDone,
+                      PLC_driver.lastFailed,  PLC_driver.coilBits[99], LB | LW | RWI};
+
+TEST_F(Control, ALoadedDriverHasNothingInFlight)
 {
-    const auto zero = [](int element) { return element == 0; };
-    EXPECT_TRUE(std::all_of(std::begin(PLC_driver.coilBits), std::end(PLC_driver.coilBits), zero));
-    EXPECT_TRUE(std::all_of(std::begin(PLC_driver.holdingRegisters), std::end(PLC_driver.holdingRegisters), zero));
-    EXPECT_EQ(PLC_driver.currentKind, 100);
-    EXPECT_EQ(PLC_driver.result.status, 0);
+    EXPECT_EQ(loaded[0], 100);
+    EXPECT_EQ(std::count(std::begin(loaded), std::end(loaded), 0), 6);
+    FlashLocalRegister(1, 2, 3);
+    EXPECT_EQ(LB * 100 + LW * 10 + RWI, 123);
+    EXPECT_EQ(QueryFinishFlag(), 1);
 }
 
 TEST_F(Control, SettingsRecordLosesItsTwoHostCountersOnly)
@@ -22,20 +26,9 @@ TEST_F(Control, SettingsRecordLosesItsTwoHostCountersOnly)
     EXPECT_EQ(std::count(words, words + 19, 0), 19) << "as the host makes it";
     std::fill(words, words + 19, 7);
     SetComInfo(&other);
-    for (int i = 0; i < 19; ++i)
-        EXPECT_EQ(words[i], i == 10 || i == 13 ? 0 : 7) << "word " << i;
+    EXPECT_EQ(words[10] + words[13], 0);
+    EXPECT_EQ(std::count(words, words + 19, 7), 17);
     EXPECT_EQ(PLC_driver.comInfo, &other);
-}
-
-TEST_F(Control, LocalAreasAreKeptInTheirOrder)
-{
-    EXPECT_EQ(LB | LW | RWI, 0);
-    FlashLocalRegister(1, 2, 3);
-    EXPECT_EQ(LB, 1);
-    EXPECT_EQ(LW, 2);
-    EXPECT_EQ(RWI, 3);
-    FlashLocalRegister(0, 0, 0);
-    EXPECT_EQ(QueryFinishFlag(), 1);
 }
 
 TEST_F(Control, StationSwitches)
@@ -61,25 +54,21 @@ TEST_F(Control, StationSwitches)
 
 TEST_F(Control, StatusCodesShiftByTheItemOfTheRequestInFlight)
 {
-    const struct
-    {
-        int hostId;
-        std::vector<int> codes; ///< of the outcomes 0 to 8
-    } rows[] = {
+    const Rows<int, std::vector<int>> rows = {
         {0, {1, 11, 41, 71, 100, 111, 141, 171, 200}},  {1, {1, 12, 42, 72, 100, 112, 142, 172, 200}},
         {11, {1, 22, 52, 82, 100, 122, 152, 182, 200}}, {12, {1, 11, 41, 71, 100, 111, 141, 171, 200}},
         {-1, {1, 11, 41, 71, 100, 111, 141, 171, 200}},
     };
-    for (const auto &row : rows) {
-        Protocol request;
-        request.var.hostId = row.hostId;
-        PLC_driver.pendingList = QList<Protocol>() << request;
-        for (int outcome = 0; outcome <= 8; ++outcome)
-            EXPECT_EQ(GetDriverReturnValue(outcome), row.codes[static_cast<std::size_t>(outcome)])
-                << "item " << row.hostId << ", outcome " << outcome;
-    }
-    PLC_driver.pendingList.clear();
     EXPECT_EQ(GetDriverReturnValue(2), 41) << "with nothing in flight";
+    for (const auto &[hostId, codes] : rows) {
+        Protocol request;
+        request.var.hostId = hostId;
+        PLC_driver.pendingList = QList<Protocol>() << request;
+        std::vector<int> given;
+        for (int outcome = 0; outcome <= 8; ++outcome)
+            given.push_back(GetDriverReturnValue(outcome));
+        EXPECT_EQ(given, codes) << hostId;
+    }
 }
 
 TEST_F(Control, Checksums)
@@ -97,15 +86,13 @@ TEST_F(Control, Checksums)
 
 TEST_F(Control, DigitsBeyondTheUsualOnesToo)
 {
-    const struct
-    {
-        int from, to;
-    } toAscii[] = {{0, '0'}, {9, '9'}, {10, 'A'}, {16, 'G'}, {-1, '/'}},
-      toDigit[] = {{'/', 0}, {'9', 9}, {'?', 15}, {'@', 0}, {'A', 10}, {'a', 42}};
-    for (const auto &row : toAscii)
-        EXPECT_EQ(DigitalToASCII(row.from), row.to) << row.from;
-    for (const auto &row : toDigit)
-        EXPECT_EQ(ASCIIToDigital(row.from), row.to) << row.from;
+    const Rows<int (*)(int), int, int> rows = {
+        {&DigitalToASCII, 0, '0'},  {&DigitalToASCII, 9, '9'},  {&DigitalToASCII, 10, 'A'}, {&DigitalToASCII, 16, 'G'},
+        {&DigitalToASCII, -1, '/'}, {&ASCIIToDigital, '/', 0},  {&ASCIIToDigital, '9', 9},  {&ASCIIToDigital, '?', 15},
+        {&ASCIIToDigital, '@', 0},  {&ASCIIToDigital, 'A', 10}, {&ASCIIToDigital, 'a', 42},
+    };
+    for (const auto &[convert, from, to] : rows)
+        EXPECT_EQ(convert(from), to) << from;
 }
 
 TEST_F(Control, AddressTextToNumber)

@@ -4,6 +4,7 @@
 #include "driver_fixture.h"
 
 #include <climits>
+#include <functional>
 
 typedef DriverFixture Image;
 
@@ -132,14 +133,12 @@ TEST_F(Image, RepliesOfOddSizes)
     EXPECT_EQ(value(Registers, "40009", 2), "77770000") << "longer than any frame, for the announced length decides";
     store(access(Registers, 60000, 1, "FFFF"), QList<Protocol>(), -1);
     EXPECT_EQ(value(Registers, "60000", 1), "0000") << "a header of less than nothing";
-    QByteArray out;
-    EXPECT_EQ(GetRegisterData(0, InputBit, QString::fromLatin1("7"), 1, out, 5), 0) << "no such address";
     settings.multiStation = 1;
     store(access(Registers, 0, 70000));
     EXPECT_EQ(PLC_driver.extendList.size(), 65536) << "no reply stores more than a whole table";
 }
 
-// Read and write at and beyond the end; canaries are the neighbours of the arrays in the driver object.
+// Written and read at and beyond the end; the neighbours of the arrays in the driver object stay as they are.
 TEST_F(Image, AccessesAreClippedAtTheEnds)
 {
     const Rows<int, Text, int, Text> rows = {
@@ -156,25 +155,24 @@ TEST_F(Image, AccessesAreClippedAtTheEnds)
     };
     settings.writeMode = 0;
     for (const auto &[area, address, count, wanted] : rows) {
-        QByteArray data(64, '\x01');
-        SetRegisterData(QString(), area, QString::fromLatin1(address), 1, data, count, 0, 0);
+        write(area, address, count, hex(QByteArray(64, '\x01')));
         EXPECT_EQ(value(area, address, count), wanted) << address;
     }
     EXPECT_EQ(PLC_driver.inputBits[0], 0) << "behind the coils";
     PLC_driver.holdingRegisters[0] = 0x2222;
     PLC_driver.coilBits[0] = 1;
+    QByteArray bits(5, '\x55');
+    GetBitFromUC(bits, PLC_driver.coilBits, -3, 4);
+    EXPECT_EQ(hex(bits), "0000000155");
     const Rows<void (*)(QByteArray &, unsigned short *, int, int), int, int, Text> below = {
-        {nullptr, -1, 2, "000155555555555555"},       {nullptr, -3, 4, "000000015555555555"},
-        {GetWordFromUS, -1, 1, "000055555555555555"}, {GetWordFromUS, -3, 2, "000000005555555555"},
-        {GetWordFromUS, -3, 4, "000000000000222255"}, {GetWordFromUI, -2, 4, "000000000000222255"},
-        {GetWordFromUI, -1, 1, "000055555555555555"},
+        {&GetWordFromUS, -3, 2, "000000005555555555"},
+        {&GetWordFromUS, -3, 4, "000000000000222255"},
+        {&GetWordFromUI, -2, 4, "000000000000222255"},
+        {&GetWordFromUI, -1, 1, "000055555555555555"},
     };
     for (const auto &[read, start, count, wanted] : below) {
         QByteArray out(9, '\x55');
-        if (read)
-            read(out, PLC_driver.holdingRegisters, start, count);
-        else
-            GetBitFromUC(out, PLC_driver.coilBits, start, count);
+        read(out, PLC_driver.holdingRegisters, start, count);
         EXPECT_EQ(hex(out), wanted) << "from " << start << ", " << count;
     }
     EXPECT_EQ(PLC_driver.inputRegisters[65535], 0) << "ahead of the holding registers";
@@ -238,40 +236,37 @@ TEST_F(Image, LastRecordOfAStoreIsStretchedToTheWholeData)
 
 TEST_F(Image, RecordsAreFoundWhoeverMadeThem)
 {
-    for (int i = 0; i < 300; ++i)
-        EXPECT_EQ(ExtendFindSameVar(1, Registers, i), i);
-    for (int address : {1000, 7, 999, 1000})
-        addRecord(address);
-    EXPECT_EQ(ExtendFindSameVar(1, Registers, 999), 302) << "appended directly";
-    EXPECT_EQ(ExtendFindSameVar(1, Registers, 1000), 300) << "the first one, also where a later one lies behind its neighbour";
-    EXPECT_EQ(ExtendFindSameVar(1, Registers, 7), 7);
-    EXPECT_EQ(ExtendFindSameVar(2, Registers, 7), 304) << "another station's";
-    EXPECT_EQ(ExtendFindSameVar(1, InputRegisters, 7), 305) << "another area's";
-    PLC_driver.extendList.removeLast();
-    EXPECT_EQ(ExtendFindSameVar(1, InputRegisters, 7), 305) << "made again after it was taken out";
-    PLC_driver.extendList.clear();
-    for (int i = 0; i < 306; ++i)
-        addRecord(5000 - i);
-    EXPECT_EQ(ExtendFindSameVar(1, Registers, 4990), 10) << "cleared and filled again to the same size";
-    PLC_driver.extendList[10].address = 1;
-    EXPECT_EQ(ExtendFindSameVar(1, Registers, 4990), 306) << "changed in place";
-    PLC_driver.extendList.last().address = 77;
-    EXPECT_EQ(ExtendFindSameVar(1, Registers, 77), 306);
-    qSwap(PLC_driver.extendList[20], PLC_driver.extendList[30]);
-    EXPECT_EQ(ExtendFindSameVar(1, Registers, 4980), 30) << "two that changed places";
-    PLC_driver.extendList[153].address = 78;
-    EXPECT_EQ(ExtendFindSameVar(1, Registers, 78), 153) << "in the middle, where a missing key is doubted";
-    PLC_driver.extendList[0].address = 78;
-    EXPECT_EQ(ExtendFindSameVar(1, Registers, 78), 0) << "the first got the key of another";
-}
-
-TEST_F(Image, AWalkKeepsToTheFirstRecordOfEachKey)
-{
-    settings.multiStation = 1;
+    QList<EXTENDVAR> &list = PLC_driver.extendList;
+    const auto fill = [&](int first, int step) {
+        list.clear();
+        for (int i = 0; i < 306; ++i)
+            addRecord(first + step * i);
+    };
+    typedef std::function<void()> Change;
+    const Rows<Text, Change, int, int, int> rows = {
+        {"appended by the host", [&] { fill(0, 1); }, Registers, 302, 302},
+        {"the first of two", [&] { addRecord(9); }, Registers, 9, 9},
+        {"a second one behind its neighbour", [&] { addRecord(8), addRecord(305); }, Registers, 305, 305},
+        {"another area's", [] {}, InputRegisters, 7, 309},
+        {"taken out", [&] { list.removeLast(); }, InputRegisters, 7, 309},
+        {"cleared and filled again to the same size", [&] { fill(5000, -1); }, Registers, 4990, 10},
+        {"changed in place", [&] { list[10].address = 1; }, Registers, 4990, 306},
+        {"the last one", [&] { list.last().address = 77; }, Registers, 77, 306},
+        {"two changed places", [&] { qSwap(list[20], list[30]); }, Registers, 4980, 30},
+        {"in the middle, where a missing key is doubted", [&] { list[153].address = 78; }, Registers, 78, 153},
+        {"the first got the key of another", [&] { list[0].address = 78; }, Registers, 78, 0},
+    };
+    for (const auto &[what, change, area, address, position] : rows) {
+        change();
+        EXPECT_EQ(ExtendFindSameVar(1, area, address), position) << what;
+    }
+    EXPECT_EQ(ExtendFindSameVar(2, Registers, 78), 307) << "another station's";
+    list.clear();
     for (int address : {11, 10, 11, 12})
         addRecord(address);
-    PLC_driver.extendList[0].value = bytes("AAAA");
-    EXPECT_EQ(value(Registers, "10", 3), "0000AAAA0000");
+    list[0].value = bytes("AAAA");
+    settings.multiStation = 1;
+    EXPECT_EQ(value(Registers, "10", 3), "0000AAAA0000") << "a walk keeps to the first record of each key";
 }
 
 TEST_F(Image, HostWritesAreQueuedInBlocks)
@@ -289,7 +284,6 @@ TEST_F(Image, HostWritesAreQueuedInBlocks)
         {"no address", 4, RegisterBit, "0", 1, 0, ""},
         {"an address past 32 bits", 1, Registers, "2147483647", 2, 2, "5:2147483647*1 5:-2147483648*1"},
         {"a count past the table", 0, Registers, "0", INT_MAX, 1, "5:0*65536"},
-        {"a full queue", 0, RegisterBit, "0.0", INT_MAX, 1024, nullptr},
     };
     for (const auto &[what, block, area, address, count, result, blocks] : rows) {
         PLC_driver.writeList.clear();

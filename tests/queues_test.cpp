@@ -4,14 +4,15 @@
 
 #include <climits>
 
+using namespace modbus_driver;
+
 typedef DriverFixture Queues;
 
 namespace {
 
-int addWrite(const RW_VAR &var, int mode = modbus_driver::QueueMerged)
+int addWrite(RW_VAR var, int mode = QueueMerged)
 {
-    RW_VAR copy = var;
-    return AddListWriteVar(&copy, mode);
+    return AddListWriteVar(&var, mode);
 }
 
 RW_VAR onceRead(int area, const char *address, int length, int hostId = 1)
@@ -26,19 +27,24 @@ RW_VAR onceRead(int area, const char *address, int length, int hostId = 1)
 
 TEST_F(Queues, WritesMergeIntoTheFirstOfTheSamePlaceButTheHead)
 {
-    const RW_VAR place = access(Registers, 0, 1, "0100");
-    EXPECT_EQ(addWrite(place), 1);
-    EXPECT_EQ(addWrite(place), 2) << "the head is never merged";
-    const RW_VAR others[] = {access(Registers, 0, 1, "", 2), access(RegisterBit, 0, 1), access(Registers, 1, 1),
-                             access(Registers, 0, 2)};
-    int count = 2;
-    for (const RW_VAR &other : others)
-        EXPECT_EQ(addWrite(other), ++count) << listed(QList<RW_VAR>() << other);
-    addWrite(access(Registers, 0, 1, "0200"), modbus_driver::QueueAsIs);
-    EXPECT_EQ(addWrite(access(Registers, 0, 1, "0300")), 7);
-    EXPECT_EQ(hex(PLC_driver.writeList.at(0).data), "0100");
-    EXPECT_EQ(hex(PLC_driver.writeList.at(1).data), "0300") << "the first match is overwritten";
-    EXPECT_EQ(hex(PLC_driver.writeList.at(6).data), "0200") << "and no other";
+    const Rows<Text, RW_VAR, int, Text> rows = {
+        {"the head", access(Registers, 0, 1, "01"), QueueMerged, "01"},
+        {"the head is never merged", access(Registers, 0, 1, "02"), QueueMerged, "01 02"},
+        {"another station", access(Registers, 0, 1, "03", 2), QueueMerged, "01 02 03"},
+        {"another area", access(RegisterBit, 0, 1, "04"), QueueMerged, "01 02 03 04"},
+        {"another address", access(Registers, 1, 1, "05"), QueueMerged, "01 02 03 04 05"},
+        {"another length", access(Registers, 0, 2, "06"), QueueMerged, "01 02 03 04 05 06"},
+        {"as it is", access(Registers, 0, 1, "07"), QueueAsIs, "01 02 03 04 05 06 07"},
+        {"the first one is overwritten", access(Registers, 0, 1, "08"), QueueMerged, "01 08 03 04 05 06 07"},
+    };
+    for (const auto &[what, var, mode, values] : rows) {
+        const int queuedNow = addWrite(var, mode);
+        EXPECT_EQ(queuedNow, PLC_driver.writeList.size());
+        std::string queued;
+        for (const RW_VAR &entry : PLC_driver.writeList)
+            queued += (queued.empty() ? "" : " ") + hex(entry.data);
+        EXPECT_EQ(queued, values) << what;
+    }
 }
 
 TEST_F(Queues, FullQueuesDropButQueueAsIsDoesNot)
@@ -46,12 +52,11 @@ TEST_F(Queues, FullQueuesDropButQueueAsIsDoesNot)
     RW_VAR read = onceRead(Registers, "0", 1);
     for (int i = 0; i < 1100; ++i) {
         EXPECT_EQ(addWrite(access(Registers, i, 1)), qMin(i + 1, 1024));
-        read.dataLength = 1;
         read.addressText = QString::number(i);
-        EXPECT_EQ(AddListOnceReadVar(&read, 0), qMin(i + 1, 1024));
+        EXPECT_EQ(AddListOnceReadVar(&read, QueueMerged), qMin(i + 1, 1024));
     }
-    EXPECT_EQ(addWrite(access(Registers, 5000, 1), 1), 1025);
-    EXPECT_EQ(AddListOnceReadVar(&read, 1), 1025);
+    EXPECT_EQ(addWrite(access(Registers, 5000, 1), QueueAsIs), 1025);
+    EXPECT_EQ(AddListOnceReadVar(&read, QueueAsIs), 1025);
     EXPECT_EQ(addWrite(access(Registers, 7, 1, "0700")), 1025);
     EXPECT_EQ(hex(PLC_driver.writeList.at(7).data), "0700") << "a full queue still merges";
 }
@@ -76,12 +81,11 @@ TEST_F(Queues, OneShotReadsInBlocks)
         PLC_driver.onceReadList.clear();
         settings.writeBlockSize = block;
         RW_VAR var = onceRead(area, address, length);
-        var.subIndex = var.aux = 5;
+        var.subIndex = 5;
         AddListOnceReadVar(&var, 0);
         EXPECT_EQ(listed(PLC_driver.onceReadList), blocks);
         EXPECT_EQ(listed(QList<RW_VAR>() << var), left);
         EXPECT_EQ(var.subIndex, 0);
-        EXPECT_EQ(var.aux, 0);
     }
     settings.writeBlockSize = 1;
     RW_VAR var = onceRead(Registers, "0", INT_MAX);
@@ -92,20 +96,20 @@ TEST_F(Queues, OneShotReadsInBlocks)
 TEST_F(Queues, OneShotReadsAreNotQueuedTwiceByOneItem)
 {
     settings.defaultStation = 4;
-    RW_VAR read = onceRead(Registers, "0", 15), again = read, other = onceRead(Registers, "0", 15, 2), many = read,
-           bad = onceRead(InputBit, "3", 1);
-    EXPECT_EQ(AddListOnceReadVar(&read, 0), 2);
-    EXPECT_EQ(AddListOnceReadVar(&again, 0), 2);
-    EXPECT_EQ(AddListOnceReadVar(&other, 0), 4);
-    settings.multiStation = 1;
-    EXPECT_EQ(AddListOnceReadVar(&many, 0), 6) << "another station's";
-    EXPECT_EQ(listed(PLC_driver.onceReadList), "4/5:0*10 4/5:10*5 4/5:0*10 4/5:10*5 5:0*10 5:10*5");
-    RW_VAR shorter = onceRead(Registers, "0", 9), inputs = onceRead(InputRegisters, "0", 10);
-    EXPECT_EQ(AddListOnceReadVar(&shorter, 0), 7) << "another length";
-    EXPECT_EQ(AddListOnceReadVar(&inputs, 0), 8) << "another area";
-    bad.aux = 5;
-    EXPECT_EQ(AddListOnceReadVar(&bad, 0), 0);
-    EXPECT_EQ(listed(QList<RW_VAR>() << bad) + origin(bad), "2:-7*11 0 0 0 0 0 5  3") << "the host's record is left alone";
+    const Rows<Text, int, RW_VAR, int> rows = {
+        {"in blocks", 0, onceRead(Registers, "0", 15), 2},         {"again", 0, onceRead(Registers, "0", 15), 2},
+        {"another host's", 0, onceRead(Registers, "0", 15, 2), 4}, {"another station's", 1, onceRead(Registers, "0", 15), 6},
+        {"another length", 1, onceRead(Registers, "0", 9), 7},     {"another area", 1, onceRead(InputRegisters, "0", 10), 8},
+        {"no address", 1, onceRead(InputBit, "3", 1), 0},
+    };
+    for (const auto &[what, perStation, read, queued] : rows) {
+        settings.multiStation = perStation;
+        RW_VAR var = read;
+        var.aux = 5;
+        EXPECT_EQ(AddListOnceReadVar(&var, QueueMerged), queued) << what;
+        EXPECT_EQ(var.aux, queued ? 0 : 5) << what;
+    }
+    EXPECT_EQ(listed(PLC_driver.onceReadList), "4/5:0*10 4/5:10*5 4/5:0*10 4/5:10*5 5:0*10 5:10*5 5:0*9 4:0*10");
 }
 
 TEST_F(Queues, NeighboursShareARequest)
@@ -143,9 +147,10 @@ TEST_F(Queues, NeighboursShareARequest)
     }
 }
 
-TEST_F(Queues, PolledRequestsCarryTheTemplate)
+TEST_F(Queues, RebuildStartsThePassAfreshUnlessTheListIsEmpty)
 {
     settings.remoteMode = 3;
+    settings.cycleDone = PLC_driver.cyclicDone = 1;
     VAR_ITEM item;
     item.area = Registers;
     item.count = 1;
@@ -154,17 +159,11 @@ TEST_F(Queues, PolledRequestsCarryTheTemplate)
     QList<VAR_ITEM> items = QList<VAR_ITEM>() << item;
     ReCreatReadVarList(&items);
     EXPECT_EQ(origin(PLC_driver.readList.at(0)), "0 -1 0 3 2 0 0 tag 7");
-}
-
-TEST_F(Queues, OnlyARealRebuildStartsThePassAfresh)
-{
-    poll("5:0*1");
+    EXPECT_EQ(settings.cycleDone + PLC_driver.cyclicDone, 0);
     settings.cycleDone = PLC_driver.cyclicDone = 1;
     EXPECT_EQ(poll(""), 0);
     EXPECT_EQ(settings.cycleDone + PLC_driver.cyclicDone, 2);
     EXPECT_TRUE(PLC_driver.readList.isEmpty());
-    poll("5:0*1");
-    EXPECT_EQ(settings.cycleDone + PLC_driver.cyclicDone, 0);
 }
 
 TEST_F(Queues, StepsOnFinishedRecords)
@@ -196,17 +195,16 @@ TEST_F(Queues, StepsOnFinishedRecords)
 
 TEST_F(Queues, RunsAreSplitIntoBlocks)
 {
-    const Rows<int, int, Text, Text> rows = {
-        {10, 10, "5:100*99", "5:100*99"},
-        {25, 10, "5:100*10 5:110*10 5:120*5", "5:120*5"},
-        {24, 0, "5:100*24", "5:100*24"},
-        {-2, -3, "5:100*99", "5:100*99"},
+    const Rows<int, int, Text> rows = {
+        {10, 10, "5:100*99 5:100*99"},
+        {25, 10, "5:100*10 5:110*10 5:120*5 5:120*5"}, // and what is left in the host's record
+        {24, 0, "5:100*24 5:100*24"},
+        {-2, -3, "5:100*99 5:100*99"},
     };
-    for (const auto &[length, limit, blocks, left] : rows) {
+    for (const auto &[length, limit, blocks] : rows) {
         QList<RW_VAR> list;
         RW_VAR var = access(Registers, 100, 99);
         WhetherGroup(length, limit, &var, &list);
-        EXPECT_EQ(listed(list), blocks) << length;
-        EXPECT_EQ(listed(QList<RW_VAR>() << var), left) << length;
+        EXPECT_EQ(listed(list << var), blocks) << length;
     }
 }

@@ -73,6 +73,14 @@ protected:
     CommSettings settings;
 };
 
+/// This access, made by a host for the fixture's link.
+inline RW_VAR by(int hostId, RW_VAR var, int rwFlag = 0, int linkId = 2)
+{
+    var.hostId = hostId;
+    var.rwFlag = rwFlag;
+    var.linkId = linkId;
+    return var;
+}
 RW_VAR access(int area, int start, int length, const char *data = "", int station = 1);
 /// "area:start*length" for each entry, with "station/" ahead when that is not 1.
 std::string listed(const QList<RW_VAR> &list);
