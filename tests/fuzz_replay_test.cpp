@@ -14,50 +14,39 @@ typedef std::pair<const char *, void (*)(const quint8 *, std::size_t)> Target;
 
 class FuzzReplay : public testing::TestWithParam<Target>
 {
-protected:
-    const QString m_folder = QString::fromLatin1(SEEDS "/") + QString::fromLatin1(GetParam().first);
-
-    static QByteArray contentOf(const QString &path)
-    {
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(path);
-        return file.readAll();
-    }
-
-    static void run(const QByteArray &input)
-    {
-        GetParam().second(reinterpret_cast<const quint8 *>(input.constData()), static_cast<std::size_t>(input.size()));
-    }
 };
 
-TEST_P(FuzzReplay, NoNamedInputBreaksAPromise)
+QByteArray contentOf(const QString &path)
 {
-    const QFileInfoList files = QDir(m_folder).entryInfoList(QDir::Files);
-    ASSERT_FALSE(files.isEmpty());
-    for (const QFileInfo &file : files) {
-        std::printf("%s\n", qPrintable(file.fileName()));
-        run(contentOf(file.filePath()));
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(path);
+    return file.readAll();
+}
+
+TEST_P(FuzzReplay, NoInputBreaksAPromise)
+{
+    const QString folder = QString::fromLatin1(SEEDS "/") + QString::fromLatin1(GetParam().first);
+    std::vector<std::pair<QByteArray, QByteArray>> inputs;
+    for (const QFileInfo &file : QDir(folder).entryInfoList(QDir::Files))
+        inputs.push_back({file.fileName().toLatin1(), contentOf(file.filePath())});
+    ASSERT_FALSE(inputs.empty());
+    for (const QByteArray &line : contentOf(folder + QString::fromLatin1(".txt")).trimmed().split('\n')) {
+        inputs.push_back({line, QByteArray::fromHex(line)});
+        EXPECT_EQ(inputs.back().second.toHex(), line) << "not hexadecimal";
+    }
+    for (const auto &[name, input] : inputs) {
+        std::printf("%s\n", name.constData());
+        GetParam().second(reinterpret_cast<const quint8 *>(input.constData()), static_cast<std::size_t>(input.size()));
     }
 }
 
-TEST_P(FuzzReplay, NoPackedInputBreaksAPromise)
-{
-    const QList<QByteArray> lines = contentOf(m_folder + QString::fromLatin1(".txt")).trimmed().split('\n');
-    for (int i = 0; i < lines.size(); ++i) {
-        std::printf("line %d\n", i + 1);
-        const QByteArray input = QByteArray::fromHex(lines.at(i));
-        ASSERT_EQ(lines.at(i), input.toHex()) << "not hexadecimal";
-        ASSERT_FALSE(input.isEmpty());
-        run(input);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Driver, FuzzReplay,
-                         testing::Values(Target("HostCalls", fuzzHostCalls), Target("PollLists", fuzzPollLists)),
-                         [](const auto &target) { return target.param.first; });
 #if QT_VERSION >= 0x050000
-INSTANTIATE_TEST_SUITE_P(Host, FuzzReplay, testing::Values(Target("Framing", fuzzFraming), Target("Values", fuzzValues)),
-                         [](const auto &target) { return target.param.first; });
+#define HOST_TARGETS , Target("Framing", fuzzFraming), Target("Values", fuzzValues)
+#else
+#define HOST_TARGETS
 #endif
+INSTANTIATE_TEST_SUITE_P(Every, FuzzReplay,
+                         testing::Values(Target("HostCalls", fuzzHostCalls), Target("PollLists", fuzzPollLists) HOST_TARGETS),
+                         [](const auto &target) { return target.param.first; });
 
 } // namespace
