@@ -233,7 +233,6 @@ private:
 
     void exchange(Reply kind)
     {
-        takeCalls();
         const Protocol *request = ComCommunication();
         check(request || m_next.isEmpty(), "the request in flight is gone");
         if (!request)
@@ -241,62 +240,72 @@ private:
         ++exchanges;
         const QByteArray frame = request->frame;
         const Asked asked(frame);
-        const bool isReadHalf = PLC_driver.pendingList.size() == 2;
-        const bool isNewWrite = m_next.isEmpty() && PLC_driver.currentKind == OriginWrite;
-        check(m_next.isEmpty() || frame == m_next, "another frame than the retry or the write half");
-        check(takeCalls().empty() != isNewWrite, "itemNotify is called for each write that is built");
+        const int built = PLC_driver.pendingList.size(), id = PLC_driver.pendingList.last().var.hostId;
+        const bool isNew = m_next.isEmpty(), isNewWrite = isNew && PLC_driver.currentKind == OriginWrite;
+        check(isNew || frame == m_next, "another frame than the retry or the write half");
+        check(!isNew || !Ethernetcontains(asked.unit), "the station is switched off");
+        check(takeCalls() == (isNewWrite ? notified(id, built, queued()) : ""), "itemNotify follows each write that is built");
         for (std::size_t k = 0; isNewWrite && !m_failed && k < asked.written.size(); ++k)
             m_image.put(asked.unit, asked.area, asked.first + int(k), asked.written[k]);
         const QByteArray right = m_station.reply(frame);
         check(right.size() == request->replyLength, "the station's reply has another length than is expected");
         QByteArray reply = spoilt(right, kind);
         m_trace << hex(frame) << " -> " << hex(reply) << '\n';
-        const int status = DataCom(&reply, reply.size())->status;
+        const int queuedBefore = queued(), status = DataCom(&reply, reply.size())->status;
         m_failed = reply.size() != right.size();
+        m_next = m_failed ? frame : built == 2 ? writeHalf(frame, reply) : QByteArray();
         if (m_failed)
-            return judgeFailure(frame, status, reply.isEmpty() ? StatusLocalNoReply : StatusLocalWrongLength);
+            return judgeFailure(status, reply.isEmpty() ? StatusLocalNoReply : StatusLocalWrongLength, queuedBefore);
         check(status == StatusDone, "a reply of the right length is not accepted");
         // Also a foreign reply is stored: the driver judges replies by their length alone, the rest is the host's part.
         for (int k = 0; asked.reads && k < asked.count; ++k)
             m_image.put(asked.unit, asked.area, asked.first + k, valueIn(reply, asked.area, k));
-        m_next = isReadHalf ? writeHalf(frame, reply) : QByteArray();
-        judgeReport(asked, takeCalls());
+        const std::string calls = takeCalls();
+        if (calls.empty())
+            return;
+        check(calls == reported(WriteDoneServed, queuedBefore), "another report than done");
+        judgeReport(asked);
     }
 
-    void judgeFailure(const QByteArray &frame, int status, int givenUp)
+    static int queued() { return PLC_driver.writeList.size() + PLC_driver.onceReadList.size(); }
+    static std::string notified(int id, int pending, int queued)
+    {
+        return (Line() << "notify(" << id << " 1) " << pending << ' ' << queued).GetString();
+    }
+    /// Of the entry that the exchange ended.
+    static std::string reported(int outcome, int queued)
+    {
+        const RW_VAR &entry = PLC_driver.result;
+        return (Line() << "done(9 " << entry.hostId << ' ' << entry.hostItem << ' ' << outcome << ") 0 " << queued).GetString();
+    }
+
+    void judgeFailure(int status, int givenUp, int queuedBefore)
     {
         const std::string calls = takeCalls();
-        m_next = ++m_failures <= m_settings.retryLimit ? frame : QByteArray();
-        if (!m_next.isEmpty())
+        if (++m_failures <= m_settings.retryLimit)
             return check(status == StatusRetry && calls.empty(), "not to be tried again");
         m_failures = 0;
-        const RW_VAR &entry = PLC_driver.result;
-        const bool isPoll = PLC_driver.currentKind == OriginPoll;
-        check(status == givenUp + (entry.hostId < StatusCodesOfClass ? entry.hostId : 0), "another status than given up");
-        Line done, notify;
-        done << "done(9 " << entry.hostId << ' ' << entry.hostItem << ' ' << WriteDoneGivenUp << ')';
-        notify << "notify(" << entry.hostId << " 1)";
-        check(calls.find(notify.GetString()) == (isPoll ? 0 : calls.rfind("notify")), "given up, and no itemNotify");
-        check(isPoll || calls.find(done.GetString()) == 0, "given up, and not reported");
-        m_jobs.erase(entry.hostItem);
+        m_next.clear();
+        const int id = PLC_driver.result.hostId, isPoll = PLC_driver.currentKind == OriginPoll;
+        check(status == givenUp + (id < StatusCodesOfClass ? id : 0), "another status than given up");
+        check(calls == (isPoll ? notified(id, 0, queuedBefore)
+                               : reported(WriteDoneGivenUp, queuedBefore) + ' ' + notified(id, 0, queuedBefore - 1)),
+              "another report than given up, ahead of dropping the rest of the item");
+        m_jobs.erase(PLC_driver.result.hostItem);
     }
 
     /// What is reported as done is known, and was written as it was asked for.
-    void judgeReport(const Asked &asked, const std::string &calls)
+    void judgeReport(const Asked &asked)
     {
-        int item, outcome;
-        if (calls.empty())
-            return;
-        check(std::sscanf(calls.c_str(), "done(9 %*d %d %d)", &item, &outcome) == 2 && outcome == WriteDoneServed,
-              "a good exchange is reported as given up");
-        check(m_jobs.count(item), "something unknown is reported");
-        const Job job = m_jobs[item];
-        m_jobs.erase(item);
-        const Range &range = job.range;
-        const int first = isBitOfRegister(range.area) ? range.first : asked.first; // the last frame may be of any block
+        const auto found = m_jobs.find(PLC_driver.result.hostItem);
+        if (found == m_jobs.end())
+            return check(false, "something unknown is reported");
+        const Job job = found->second;
+        m_jobs.erase(found);
+        const int first = isBitOfRegister(job.range.area) ? job.range.first : asked.first; // the last frame's block
         for (int k = 0; !job.values.empty() && k < asked.count; ++k)
-            check(m_station.at(range.unit, range.area, first + k) ==
-                      job.values.at(static_cast<std::size_t>(first + k - range.first)),
+            check(m_station.at(asked.unit, job.range.area, first + k) ==
+                      job.values.at(static_cast<std::size_t>(first + k - job.range.first)),
                   "a write is done, but the station has another value");
     }
 
