@@ -20,12 +20,12 @@ hrbit). Values are decimal, negative, 0x hexadecimal, or for hr32 a decimal
 fraction. A bit of a register is written by reading the register and writing it
 back, so another master's change of its other bits in between is lost.
 
-Prints one line for each: acknowledged, refused, merged, dropped, or outcome
-unknown after a time-out or an exception that does not tell (4, 5, 11, unknown
-ones). A write without a reply is not sent again unless --retries says so, since
-it may have been carried out. Ends with 0 when all was
-acknowledged, 1 when anything was refused, dropped or not done, 4 when an
-outcome is unknown, 3 without a connection.
+Prints the station, then one line for each write: acknowledged, refused,
+merged, dropped, or outcome unknown after a time-out or an exception that does
+not tell (4, 5, 11, unknown ones). A write without a reply is not sent again
+unless --retries says so, since it may have been carried out. Ends with 0 when
+all was acknowledged, 1 when anything was refused, dropped or not done, 4 when
+an outcome is unknown, 3 without a connection.
 
 Example: a register, a bit of register 10 and a 32-bit float:
   modbus-panel write --connect 192.0.2.7:502 2/hr:100=-5 2/hrbit:10.5=1 2/hr32:20=21.5)";
@@ -142,6 +142,7 @@ int writeCommand(const QStringList &arguments)
     queueWrites(session.driver(), options.block, &items);
     const auto inQueue =
         std::count_if(items.begin(), items.end(), [](const WriteItem &item) { return item.queued > 0; });
+    std::printf("%s\n", qPrintable(session.peer()));
     catchInterrupts();
     session.start();
     session.waitForItems(static_cast<int>(inQueue));
