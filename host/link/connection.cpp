@@ -3,8 +3,22 @@
 
 namespace {
 
-const int longestTimes = 5;   // quiet times after which a stream that never gets quiet is dropped
 const int turnaroundMs = 100; // that units need after a broadcast
+
+/// Tells a stream that never gets quiet from late replies, and from a pause of a busy machine, which is no flood.
+class FloodWatch
+{
+public:
+    explicit FloodWatch(int quietMs) : m_longest(longestTimes * quietMs) {}
+
+    /// Bytes were received before the stream was quiet. True when that has happened too often for too long.
+    bool isFloodNow() { return ++m_times > longestTimes && m_longest.isOver(); }
+
+private:
+    static const int longestTimes = 5; // quiet times
+    const Deadline m_longest;
+    int m_times = 0;
+};
 
 } // namespace
 
@@ -226,15 +240,14 @@ LinkCause Connection::confirm(const Protocol &request, Exchange *exchange)
     const ReplyFault fault = m_options.remote ? ReplyFault::None : checkReply(request.frame, exchange->reply);
     if (fault != ReplyFault::None)
         return holdBack(fault, exchange);
-    const Deadline longest(longestTimes * m_options.quietMs);
+    FloodWatch flood(m_options.quietMs);
     LinkCause cause = LinkCause::None;
     bool isAnswered = false;
     while (cause == LinkCause::None && !isAnswered) {
         cause = takeWhatFollows(exchange, &isAnswered);
-        if (cause != LinkCause::None || isAnswered)
-            break;
-        const bool isFlooded = longest.isOver() && m_options.quietMs > 0;
-        cause = isFlooded ? LinkCause(LinkCause::Flood) : m_replies.receive(Deadline(m_options.quietMs));
+        if (cause == LinkCause::None && !isAnswered)
+            cause = flood.isFloodNow() ? LinkCause(LinkCause::Flood)
+                                       : m_replies.receive(Deadline(m_options.quietMs));
     }
     if (isAnswered)
         return judge(request, exchange);
@@ -284,17 +297,17 @@ void Connection::listenAfterBroadcast()
 /// Throws away what comes, until nothing has come for so long. Returns why that was not reached.
 LinkCause Connection::listenUntilQuiet(int quietMs)
 {
-    const Deadline longest(longestTimes * quietMs);
+    FloodWatch flood(quietMs);
     for (;;) {
-        const LinkCause cause = m_replies.receive(Deadline(qMin(quietMs, longest.left())));
-        if (cause == LinkCause::Silent && m_replies.isCut())
-            return LinkCause::CutOff;
+        const LinkCause cause = m_replies.receive(Deadline(quietMs));
         if (cause == LinkCause::Silent)
-            return longest.isOver() && quietMs > 0 ? LinkCause::Flood : LinkCause::None;
+            return m_replies.isCut() ? LinkCause::CutOff : LinkCause::None;
         if (cause != LinkCause::None)
             return cause;
         if (m_replies.discardAll() == ReplyStream::BadHeader)
             return LinkCause::BadHeader;
+        if (flood.isFloodNow())
+            return LinkCause::Flood;
     }
 }
 
