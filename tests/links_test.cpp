@@ -1,0 +1,312 @@
+// SPDX-License-Identifier: MIT
+// The connections of the host and of the example hosts, against stations that send what nobody asked for. They may lose
+// replies, but never take one for another. The driver has no part in it. LIES=3333 asks for ten thousand exchanges with
+// each station.
+
+#include "../driver/base/modbus_wire.h"
+#include "../examples/host/link.h"
+#include "../host/link/connection.h"
+#include "../station/station_thread.h"
+#include "host_words.h"
+#include "loopback_listener.h"
+
+#include <QtCore/QThread>
+
+#include <dlfcn.h>
+#include <netdb.h>
+
+#include <cerrno>
+#include <cstring>
+#include <future>
+#include <tuple>
+
+using namespace modbus_driver::wire;
+
+namespace {
+
+const QModbusDataUnit::RegisterType registers = QModbusDataUnit::HoldingRegisters;
+const int patientMs = 60000;
+const int shortMs = 40;
+const char slowName[] = "slow.name.example";
+
+/// Exchanges that are answered. Untellable: without numbers nobody can tell such a reply from the right one.
+enum Share { None, Any, Some, All, Untellable };
+
+struct Row
+{
+    const char *faults;
+    Share echoed, notEchoed, example; ///< by the host's station with numbers, without, and by the example's
+    int timeoutMs = patientMs;
+    bool closes = false; ///< after each exchange
+};
+
+const Row rows[] = {
+    {"", All, All, All},
+    {"transaction=60000", None, Untellable, None, shortMs},
+    {"double=0", All, Some, Some},
+    {"double=1", All, Some, Some},
+    {"double=5", All, Some, Some},
+    {"double=5 exception=4@every=3", All, Some, Some},
+    {"double=5 silence@every=3", Some, Some, Some, shortMs},
+    {"greet=1@unit=1,address=300", All, Some, None},
+    {"greet=1@unit=1,address=300 late=6@address=300", All, Some, Any, shortMs},
+    {"behind", None, Untellable, None, shortMs},
+    {"glue@every=2", Some, Some, Some, shortMs},
+    {"late=40@every=2", Some, Some, Some, shortMs},
+    {"", All, All, All, patientMs, true},
+    {"greet=1@unit=1,address=300 flood=3600@address=300", Any, Any, None, shortMs},
+};
+
+int exchangesOfEach()
+{
+    return 4 * qMax(2, qEnvironmentVariableIntValue("LIES"));
+}
+
+Protocol request(int unit, int function, int address, int value)
+{
+    Protocol protocol;
+    protocol.frame = bytes("0000 0000 0006 00 00 0000 0000");
+    protocol.frame[UnitAt] = static_cast<char>(unit);
+    protocol.frame[FunctionAt] = static_cast<char>(function);
+    putWord(protocol.frame.data() + AddressAt, address);
+    putWord(protocol.frame.data() + ValueAt, value);
+    protocol.frameLength = protocol.frame.size();
+    const bool isRead = isReadFunction(function);
+    protocol.replyLength = unit == 0 ? 0 : isRead ? ReadReplyHeader + 2 * value : WriteEchoLength;
+    protocol.var.station = unit;
+    protocol.var.rwFlag = isRead ? 0 : 1;
+    return protocol;
+}
+
+class Station : public StationThread
+{
+public:
+    explicit Station(const QString &faults) : StationThread(optionsWith(faults))
+    {
+        QString error;
+        EXPECT_TRUE(start(&error)) << qPrintable(error);
+    }
+
+private:
+    static StationOptions optionsWith(const QString &faults)
+    {
+        StationOptions options;
+        options.units = {1, 2};
+        options.still = true;
+        options.faults = *parseFaults(faults.split(QLatin1Char(' '), Qt::SkipEmptyParts), nullptr);
+        return options;
+    }
+};
+
+/// The reply; nothing when there was none.
+using ExchangeFunction = std::function<QByteArray(const Protocol &)>;
+
+/// Reads at both units and then twice the same write, again and again. A foreign value, or a write that was answered and
+/// not carried out, is a failure.
+void expectShare(Share share, const Row &row, Station &station, const ExchangeFunction &exchange)
+{
+    int answered = 0;
+    for (int i = 0; i < exchangesOfEach(); ++i) {
+        const bool isRead = i % 4 < 2;
+        const int unit = i % 4 == 1 ? 2 : 1;
+        const int address = isRead ? 40 + i / 4 % 50 : 9;
+        const int held = isRead ? 1000 * unit + address : 0;
+        station.setValue(unit, registers, address, static_cast<quint16>(held));
+        const QByteArray reply =
+            exchange(isRead ? request(unit, ReadHoldingRegisters, address, 1) : request(unit, WriteSingleRegister, address, 7));
+        if (row.closes) {
+            station.stopListening();
+            EXPECT_TRUE(station.listenAgain(nullptr));
+        }
+        if (reply.isEmpty())
+            continue;
+        ++answered;
+        EXPECT_EQ(wordAt(reply, TransactionAt), 0) << "the driver's frames carry 0";
+        if (exceptionCode(reply) >= 0)
+            continue;
+        if (isRead)
+            EXPECT_EQ(wordAt(reply, ReadDataAt), held) << "a foreign value";
+        else
+            EXPECT_EQ(station.value(unit, registers, address), 7) << "acknowledged, but not carried out";
+    }
+    EXPECT_TRUE(share != All || answered == exchangesOfEach()) << answered;
+    EXPECT_TRUE(share != Some || answered > 0);
+    EXPECT_TRUE(share != None || answered < 2) << answered << "; only one number may fit by chance";
+}
+
+ConnectionOptions optionsFor(int port, int timeoutMs)
+{
+    ConnectionOptions options;
+    options.host = QStringLiteral("127.0.0.1");
+    options.port = static_cast<quint16>(port);
+    options.timeoutMs = options.patienceMs = timeoutMs;
+    options.quietMs = 60;
+    options.backOff = {1, 1, 0, 0};
+    return options;
+}
+
+const NoTrace noTrace;
+const std::atomic<bool> never{false};
+
+void tryHost(const Row &row, AfterTimeout policy, bool echoes)
+{
+    SCOPED_TRACE(testing::Message() << row.faults << (echoes ? "" : ", no numbers") << (row.closes ? ", closes" : ""));
+    Station station(QLatin1String(row.faults) + QLatin1String(echoes ? "" : " transaction=0"));
+    const bool drains = policy == AfterTimeout::Drain && !echoes && *row.faults != '\0'; // each time for a time-out
+    ConnectionOptions options = optionsFor(station.port(), drains ? shortMs : row.timeoutMs);
+    options.afterTimeout = policy;
+    Connection connection(options, noTrace, never);
+    bool hasReconnected = false;
+    expectShare(echoes ? row.echoed : row.notEchoed, row, station, [&](const Protocol &asked) {
+        const Exchange exchange = connection.exchange(asked);
+        hasReconnected = hasReconnected || exchange.before.reconnected;
+        return exchange.end == Exchange::Answered ? exchange.reply : QByteArray();
+    });
+    if (*row.faults != '\0')
+        return;
+    EXPECT_EQ(connection.numbers(), echoes ? TransactionNumbers::Echoed : TransactionNumbers::NotEchoed);
+    EXPECT_EQ(hasReconnected, row.closes);
+}
+
+void tryExample(const Row &row, Share share, const char *moreFaults)
+{
+    SCOPED_TRACE(testing::Message() << row.faults << moreFaults << (row.closes ? ", closes" : ""));
+    Station station(QLatin1String(row.faults) + QLatin1String(moreFaults));
+    Link link(QStringLiteral("127.0.0.1"), station.port(), row.timeoutMs);
+    expectShare(share, row, station, [&](const Protocol &asked) { return link.exchange(asked); });
+}
+
+class ConnectionUnderPolicy : public testing::TestWithParam<AfterTimeout>
+{
+};
+
+TEST_P(ConnectionUnderPolicy, ShowsNoForeignValueAndNoWriteThatWasNotCarriedOut)
+{
+    std::vector<std::future<void>> tries;
+    for (const Row &row : rows) {
+        for (const bool echoes : {true, false}) {
+            if (echoes || row.notEchoed != Untellable)
+                tries.push_back(std::async(std::launch::async, tryHost, row, GetParam(), echoes));
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, ConnectionUnderPolicy,
+                         testing::Values(AfterTimeout::Numbers, AfterTimeout::Reconnect, AfterTimeout::Drain));
+
+TEST(ExampleLink, TakesNoReplyForAnother)
+{
+    std::vector<std::future<void>> tries;
+    for (const Row &row : rows)
+        tries.push_back(std::async(std::launch::async, tryExample, row, row.example, ""));
+    tries.push_back(std::async(std::launch::async, tryExample, rows[0], None, "transaction=0"));
+}
+
+/// What became of exchanges with unit 1 and, each time too late, with unit 2.
+std::string exchangesAround(int timeoutMs)
+{
+    Station station(QStringLiteral("late=%1@unit=2").arg(3 * timeoutMs / 2));
+    Connection connection(optionsFor(station.port(), timeoutMs), noTrace, never);
+    std::string all;
+    for (const int unit : {1, 2, 1, 2, 1}) {
+        const Exchange exchange = connection.exchange(request(unit, ReadHoldingRegisters, 10, 1));
+        all += exchange.end == Exchange::Answered ? "answered" : "lost";
+        all += exchange.before.reconnected ? " after a reconnection" : "";
+        all += " +" + std::to_string(exchange.before.lateUnits.size()) + " late, ";
+        if (unit == 2)
+            QThread::msleep(static_cast<unsigned long>(timeoutMs)); // its reply comes now
+    }
+    return all;
+}
+
+TEST(Connection, ATimeOutOnOneUnitLeavesItToTheOthers)
+{
+    const char expected[] = "answered +0 late, lost +0 late, answered +1 late, lost +0 late, answered +1 late, ";
+    std::string found;
+    for (const int timeoutMs : {100, 1000, 10000}) { // a busy machine's pause is no time-out
+        found = exchangesAround(timeoutMs);
+        if (found == expected)
+            break;
+    }
+    EXPECT_EQ(found, expected);
+}
+
+TEST(Connection, ABroadcastsEchoIsNoReplyToAnything)
+{
+    for (const bool echoes : {true, false}) {
+        LoopbackListener listener;
+        std::thread peer([&] { // sends back what it gets, broadcasts too
+            const int accepted = accept(listener.descriptor, nullptr, nullptr);
+            char frame[WriteEchoLength];
+            while (recv(accepted, frame, sizeof frame, MSG_WAITALL) == sizeof frame) {
+                std::memset(frame, 0, echoes ? 0 : 2);
+                send(accepted, frame, sizeof frame, MSG_NOSIGNAL);
+            }
+            close(accepted);
+        });
+        {
+            Connection connection(optionsFor(listener.port(), patientMs), noTrace, never);
+            QElapsedTimer timer;
+            timer.start();
+            EXPECT_EQ(connection.exchange(request(0, WriteSingleRegister, 9, 7)).end, Exchange::Sent);
+            EXPECT_GE(timer.elapsed(), 100) << "the units' turnaround";
+            const Exchange next = connection.exchange(request(1, WriteSingleRegister, 9, 7));
+            EXPECT_EQ(next.end, Exchange::Answered);
+            EXPECT_FALSE(next.before.reconnected);
+            EXPECT_TRUE(next.before.lateUnits.isEmpty());
+        }
+        peer.join();
+    }
+}
+
+// Else the host would read for as long as the station sends, and stop for nobody.
+TEST(Connection, IsDroppedInAFlood)
+{
+    Station station(QStringLiteral("flood=2@nth=2"));
+    Connection connection(optionsFor(station.port(), patientMs), noTrace, never);
+    for (int i = 0; i < 4; ++i)
+        connection.exchange(request(1, ReadHoldingRegisters, 10, 1));
+    EXPECT_EQ(connection.cause(), LinkCause::Flood);
+}
+
+TEST(LinkCauseText, NamesWhatIsKnownOfAConnectionThatDoesNotOpen)
+{
+    const std::tuple<LinkCause, const char *> causes[] = {
+        {LinkCause::Refused, "connection refused"},
+        {LinkCause::NoRoute, "no route to host"},
+        {{LinkCause::NoAnswer, 700}, "no answer within 700 ms"},
+        {{LinkCause::NotOpened, EMFILE}, "Too many open files"},
+        {LinkCause::NoSuchName, "no such host name"},
+        {LinkCause::Stopped, "stopped while waiting"},
+    };
+    for (const auto &[cause, text] : causes)
+        EXPECT_EQ(linkCauseText(cause), QString::fromLatin1(text));
+}
+
+TEST(Connection, AStopEndsTheWaitForAName)
+{
+    std::atomic<bool> stop{false};
+    ConnectionOptions options = optionsFor(502, patientMs);
+    options.host = QLatin1String(slowName);
+    Connection connection(options, noTrace, stop);
+    std::future<void> stopper = std::async(std::launch::async, [&stop] {
+        QThread::msleep(100);
+        stop = true;
+    });
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_FALSE(connection.open());
+    EXPECT_LT(timer.elapsed(), patientMs / 4);
+    EXPECT_TRUE(stop) << "it has not waited";
+}
+
+} // namespace
+
+/// The C library's, but one name takes as long as an unreachable name server.
+extern "C" int getaddrinfo(const char *name, const char *service, const addrinfo *hints, addrinfo **found)
+{
+    if (!(hints->ai_flags & AI_NUMERICHOST) && std::strcmp(name, slowName) == 0)
+        QThread::msleep(patientMs / 2);
+    static const auto real = reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"));
+    return real(name, service, hints, found);
+}
