@@ -304,42 +304,37 @@ TEST_F(SpoiltSessionTest, NothingForeignGetsThroughWhicheverReplyIsSpoilt)
     }
 }
 
-TEST_F(SessionTest, EachReadShowsItsOwnValueOrReason)
+TEST_F(SessionTest, AFailedReadSaysWhyAndTakesNoOthersValue)
 {
-    struct Read
-    {
-        const char *what, *variables, *fault, *shown;
-        int retries, sent;
-        int patienceMs = tooLongMs;
-        BackOffTimes backOff = {1, 1, 0, 0};
-    };
-    const Read reads[] = {
-        {"a retry belongs to one request", "hr:60 hr:70 hr:80", "exception=6@every=2", "60 | 70 | 80", 1, 5},
-        {"a later failure", "hr:60*2 hr:61", "exception=2@nth=2", "60 61 | exception 2: illegal data address", 0, 2},
-        {"an earlier failure", "hr:61 hr:60*2", "exception=2@nth=1", "exception 2: illegal data address | 60 61", 0, 2},
-        {"another unit", "1/hr:20", "unit=9", "unit 9 answered a request to unit 1; try 9/hr:20", 0, 1},
-        {"the unit of the device itself", "1/coil:8", "unit=255",
-         "unit 255 answered a request to unit 1; try 255/coil:8 (unit 255 is the device that has the connection, not one "
-         "behind it)",
-         0, 1},
-        {"a retry that cannot be sent hides not what the wire showed", "hr:60 hr:70", "refuse=600@nth=1",
-         "connection closed by the peer | no link: connection refused", 5, 1, 0},
-        {"a read waits for a link that is backing off",
-         "hr:60 hr:70",
-         "refuse=1@nth=1",
-         "60 | 70",
-         1,
-         3,
-         tooLongMs,
-         {100, 100, 0, tooLongMs}},
-    };
-    for (const Read &read : reads) {
-        options.retries = read.retries;
-        options.connection.patienceMs = read.patienceMs;
-        options.connection.backOff = read.backOff;
-        EXPECT_EQ(valuesOf(readOnce(read.variables, read.fault)), read.shown) << read.what;
-        EXPECT_EQ(session->station()->requests().size(), read.sent) << read.what;
-    }
+    const std::string illegal = "exception 2: illegal data address";
+    EXPECT_EQ(valuesOf(readOnce("hr:60*2 hr:61", "exception=2@nth=2")), "60 61 | " + illegal);
+    EXPECT_EQ(valuesOf(readOnce("hr:61 hr:60*2", "exception=2@nth=1")), illegal + " | 60 61");
+    EXPECT_EQ(valuesOf(readOnce("1/hr:20", "unit=9")), "unit 9 answered a request to unit 1; try 9/hr:20");
+    EXPECT_EQ(valuesOf(readOnce("1/coil:8", "unit=255")), "unit 255 answered a request to unit 1; try 255/coil:8 "
+                                                          "(unit 255 is the device that has the connection, not one behind it)");
+}
+
+TEST_F(SessionTest, ARetryBelongsToOneRequest)
+{
+    options.retries = 1;
+    EXPECT_EQ(valuesOf(readOnce("hr:60 hr:70 hr:80", "exception=6@every=2")), "60 | 70 | 80");
+    EXPECT_EQ(session->station()->requests().size(), 5);
+}
+
+TEST_F(SessionTest, ARetryThatCannotBeSentHidesNotWhatTheWireShowed)
+{
+    options.retries = 5;
+    options.connection.patienceMs = 0;
+    EXPECT_EQ(valuesOf(readOnce("hr:60 hr:70", "refuse=600@nth=1")),
+              "connection closed by the peer | no link: connection refused");
+}
+
+TEST_F(SessionTest, AReadWaitsForALinkThatIsBackingOff)
+{
+    options.retries = 1;
+    options.connection.backOff = {100, 100, 0, tooLongMs};
+    options.connection.patienceMs = tooLongMs;
+    EXPECT_EQ(valuesOf(readOnce("hr:60 hr:70", "refuse=1@nth=1")), "60 | 70");
 }
 
 TEST_F(SessionTest, AVariableIsGoodOnlyWhenAllItsPartsAre)
@@ -354,21 +349,13 @@ TEST_F(SessionTest, AVariableIsGoodOnlyWhenAllItsPartsAre)
 
 TEST_F(SessionTest, AnExceptionMayLeaveAWriteInDoubt)
 {
-    using Row = std::tuple<const char *, WriteOutcome::End, int>;
-    const Row rows[] = {
-        {"exception=1", WriteOutcome::Failed, 2},   {"exception=4", WriteOutcome::Unknown, 2},
-        {"exception=5", WriteOutcome::Unknown, 1},  {"exception=6", WriteOutcome::Failed, 2},
-        {"exception=9", WriteOutcome::Unknown, 2},  {"exception=10", WriteOutcome::Failed, 2},
-        {"exception=11", WriteOutcome::Unknown, 2},
-    };
     options.retries = 1;
-    for (const auto &[fault, end, sent] : rows) {
-        open("hr:70", fault);
-        const QList<WriteItem> items = queue("hr:70=1");
-        session->start();
-        PanelSnapshot now = waitUntil([](const PanelSnapshot &n) { return n.itemsEnded() == 1; });
-        EXPECT_EQ(writeOutcome(items.at(0), now.items[0]).end, end) << fault;
-        EXPECT_EQ(session->station()->requests().size(), sent) << fault;
+    using Row = std::tuple<int, const char *, int>;
+    const Row rows[] = {{1, "refused", 2},         {4, "outcome unknown", 2}, {5, "outcome unknown", 1}, {6, "refused", 2},
+                        {9, "outcome unknown", 2}, {10, "refused", 2},        {11, "outcome unknown", 2}};
+    for (const auto &[code, outcome, sent] : rows) {
+        EXPECT_EQ(write("hr:70=1", ("exception=" + std::to_string(code)).c_str()).find(outcome), 0) << code;
+        EXPECT_EQ(session->station()->requests().size(), sent) << code;
     }
 }
 
@@ -378,10 +365,13 @@ TEST_F(SessionTest, ADeadUnitIsSwitchedOffAndFoundAgain)
     options.loop.offAfter = 2;
     options.loop.retryOffMs = 200;
     startPolling("1/hr:60 2/hr:61", "silence@unit=2");
-    waitUntil([](const PanelSnapshot &n) { return valuesOf(n) == "60 | no reply" && n.units.at(2).isOff; });
+    const auto waitFor = [this](const char *values, bool isOff) {
+        const auto now = waitUntil([&](const PanelSnapshot &n) { return valuesOf(n) == values && n.units.at(2).isOff == isOff; });
+        EXPECT_EQ(valuesOf(now), values);
+    };
+    waitFor("60 | no reply", true);
     session->station()->setFaults({});
-    waitUntil([](const PanelSnapshot &n) { return valuesOf(n) == "60 | 61" && !n.units.at(2).isOff; });
-    EXPECT_EQ(session->station()->requests().isEmpty(), false);
+    waitFor("60 | 61", false);
 }
 
 TEST_F(SessionTest, WhileTheLinkIsDownWritesEndAndPollsGoOnLater)
