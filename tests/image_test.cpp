@@ -142,13 +142,12 @@ TEST_F(Image, AccessesAreClippedAtTheEnds)
     EXPECT_EQ(PLC_driver.inputBits[0], 0) << "behind the coils";
     PLC_driver.holdingRegisters[0] = 0x2222;
     PLC_driver.coilBits[0] = 1;
-    QByteArray bits(5, '\x55');
-    GetBitFromUC(bits, PLC_driver.coilBits, -3, 4);
-    EXPECT_EQ(hex(bits), "0000000155");
+    QByteArray bits(3, '\x55');
+    GetBitFromUC(bits, PLC_driver.coilBits, -1, 2);
+    EXPECT_EQ(hex(bits), "000155");
     const Rows<void (*)(QByteArray &, unsigned short *, int, int), int, int, Text> below = {
-        {&GetWordFromUS, -3, 2, "000000005555555555"},
-        {&GetWordFromUS, -3, 4, "000000000000222255"},
-        {&GetWordFromUI, -2, 4, "000000000000222255"},
+        {&GetWordFromUS, -3, 2, "000000005555555555"}, {&GetWordFromUS, -1, 2, "000022225555555555"},
+        {&GetWordFromUS, -3, 4, "000000000000222255"}, {&GetWordFromUI, -2, 4, "000000000000222255"},
         {&GetWordFromUI, -1, 1, "000055555555555555"},
     };
     for (const auto &[read, start, count, wanted] : below) {
@@ -280,17 +279,17 @@ TEST_F(Image, HostWritesAreQueuedInBlocks)
 TEST_F(Image, QueuedWriteCarriesItsOriginAndZeroesForWhatIsMissing)
 {
     settings.remoteMode = 3;
-    char entered[] = "\1\2\3";
-    QByteArray three = QByteArray::fromRawData(entered, 3);
-    SetRegisterData(QString::fromLatin1("tag"), Registers, QString::fromLatin1("8"), 6, three, 2, 7, 8);
+    QByteArray entered = bytes("010203").append(QByteArray(40, '\x55')), three = QByteArray::fromRawData(entered.data(), 3);
+    SetRegisterData(QString::fromLatin1("tag"), Registers, QString::fromLatin1("8"), 6, three, 12, 7, 8);
     entered[0] = 0;
     const RW_VAR var = PLC_driver.writeList.at(0);
-    EXPECT_EQ(hex(var.data), "01020300") << "also when the host's memory is gone";
+    EXPECT_EQ(hex(var.data), "010203" + std::string(34, '0')) << "also when the host's memory is gone";
+    EXPECT_EQ(hex(PLC_driver.writeList.at(1).data), "00000000");
     EXPECT_EQ(origin(var), "7 8 1 3 2 0 0 tag 8");
     EXPECT_EQ(value(Registers, "8", 1), "0000") << "the image waits for the request";
     settings.multiStation = 1;
     write(Registers, "8", 2, "", 0, 0, 6);
-    EXPECT_EQ(listed(PLC_driver.writeList), "5:8*2 6/5:8*2") << "the default station, while all share one image";
+    EXPECT_EQ(listed(PLC_driver.writeList), "5:8*10 5:18*2 6/5:8*2") << "the default station, while all share one image";
 }
 
 TEST_F(Image, WritesShowAtOnceWhileTheStationFailsOrIsNotAsked)

@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <map>
 #include <random>
+#include <sstream>
 
 using namespace modbus_driver;
 
