@@ -33,23 +33,15 @@ TEST_F(Control, SettingsRecordLosesItsTwoHostCountersOnly)
 
 TEST_F(Control, StationSwitches)
 {
-    const auto off = [] {
-        std::string stations;
-        for (int station : {0, 5, 6})
-            stations += Ethernetcontains(station) ? " " + std::to_string(station) : "";
-        return stations;
+    const Rows<int, int, QList<int>> rows = {
+        {5, 0, {5}}, {6, 0, {5, 6}}, {5, 2, {5, 6}}, {7, 2, {5, 6}}, {5, 1, {6}}, {0, 0, {0, 6}}, {-1, 0, {}},
     };
-    EnCommStation(5, 0);
-    EnableEthernet(6, 0);
-    EnCommStation(5, 2);
-    EnCommStation(0, 2);
-    EXPECT_EQ(off(), " 5 6") << "2 is neither off nor on";
-    EXPECT_EQ(PLC_driver.disabledStations.value(5, -1), 0);
-    EnCommStation(5, 1);
-    EnCommStation(0, 0);
-    EXPECT_EQ(off(), " 0 6");
-    EnCommStation(-1, 0);
-    EXPECT_TRUE(PLC_driver.disabledStations.isEmpty()) << "all on, whatever the flag says";
+    for (const auto &[station, enable, off] : rows) {
+        (station == 6 ? EnableEthernet : EnCommStation)(station, enable);
+        EXPECT_EQ(PLC_driver.disabledStations.keys(), off) << station << ' ' << enable;
+        EXPECT_EQ(Ethernetcontains(station), off.contains(station));
+        EXPECT_EQ(PLC_driver.disabledStations.values().count(0), off.size());
+    }
 }
 
 TEST_F(Control, StatusCodesShiftByTheItemOfTheRequestInFlight)
