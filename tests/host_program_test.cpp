@@ -2,12 +2,10 @@
 // The program as a whole: signals in each of its waits, readers that stop, and a terminal that stays usable.
 
 #include "../host/cli/interrupt.h"
-
-#include <gtest/gtest.h>
+#include "loopback_listener.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QElapsedTimer>
-#include <QtCore/QList>
 
 #include <csignal>
 #include <cstring>
@@ -18,37 +16,41 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+#include <memory>
 #include <vector>
 
 namespace {
-const int patience = 20000;
-const int endsWithinMs = 2000; // half a second, and what a busy machine adds
+const int patience = 20000; // half a second, and what a busy machine adds
 
 const char enterScreen[] = "\x1b[?1049h";
 const char leaveScreen[] = "\x1b[?25h\x1b[?1049l";
 
-// modbus-panel with its output in two pipes, or in a shell on a terminal. Nothing is read unless it is asked for.
+// modbus-panel as a shell runs it, with its output in two pipes or on a terminal. Nothing is read unless it is asked for.
 class Program
 {
 public:
-    enum Output { Pipes, FullPipe, Terminal, ClosedOutput };
+    enum Output { Pipes, FullPipe, Terminal };
 
-    explicit Program(const char *words, Output output = Pipes)
+    explicit Program(const QByteArray &words, Output output = Pipes)
     {
         int out[2], err[2];
         EXPECT_TRUE(pipe(out) == 0 && pipe(err) == 0);
         const QByteArray fill(output == FullPipe ? fcntl(out[1], F_GETPIPE_SZ) : 0, ' ');
         EXPECT_EQ(::write(out[1], fill.constData(), static_cast<size_t>(fill.size())), fill.size());
+        const QByteArray command = PANEL_COMMAND " " + words;
+        // With jobs, so that each has a process group of its own.
+        const QByteArray line =
+            output == Terminal ? "ulimit -c 0; set -m; " + command + "; echo [$?]; fg; echo [$?]" : "exec " + command;
         pid = output == Terminal ? forkpty(&terminal, nullptr, nullptr, nullptr) : fork();
         if (pid == 0) {
             if (output != Terminal) {
                 dup2(out[1], STDOUT_FILENO);
                 dup2(err[1], STDERR_FILENO);
             }
-            if (output == ClosedOutput)
-                close(STDOUT_FILENO);
             closefrom(STDERR_FILENO + 1);
-            execute(words, output == Terminal);
+            execl("/bin/bash", "bash", "-c", line.constData(), nullptr);
+            _exit(127);
         }
         close(out[1]);
         close(err[1]);
@@ -64,26 +66,23 @@ public:
     }
 
     // Reads up to the end of the text; everything up to the end of the output when it is empty.
-    QByteArray read(int from, const QByteArray &text)
+    static QByteArray read(int from, const QByteArray &text)
     {
         QByteArray all;
-        m_unread.swap(all);
         char bytes[4096];
         pollfd ready = {from, POLLIN, 0};
         QElapsedTimer timer; // a screen is drawn again and again
         timer.start();
-        while ((text.isEmpty() || !all.contains(text)) && timer.elapsed() < patience && poll(&ready, 1, patience) == 1) {
-            const ssize_t count = ::read(from, bytes, sizeof bytes);
+        while ((text.isEmpty() || !all.endsWith(text)) && timer.elapsed() < patience && poll(&ready, 1, patience) == 1) {
+            const ssize_t count = ::read(from, bytes, text.isEmpty() ? sizeof bytes : 1);
             if (count <= 0)
                 break;
             all.append(bytes, static_cast<int>(count));
         }
-        const int end = text.isEmpty() || !all.contains(text) ? all.size() : all.indexOf(text) + text.size();
-        m_unread = all.mid(end);
-        return all.left(end);
+        return all;
     }
-    QByteArray output(const QByteArray &text = QByteArray()) { return read(outEnd, text); }
-    QByteArray errors() { return read(errEnd, QByteArray()); }
+    QByteArray output(const QByteArray &text = QByteArray()) const { return read(outEnd, text); }
+    QByteArray errors(const QByteArray &text = QByteArray()) const { return read(errEnd, text); }
 
     // Until what lies in the pipe grows no more.
     static void waitUntilFull(int pipeEnd)
@@ -97,13 +96,13 @@ public:
     }
 
     // How it ended: the exit code, or minus the signal; 999: it goes on.
-    int end(int withinMs = patience)
+    int end()
     {
         QElapsedTimer timer;
         timer.start();
         int status = 0;
         while (waitpid(pid, &status, WNOHANG) != pid) {
-            if (timer.elapsed() > withinMs)
+            if (timer.elapsed() > patience)
                 return 999;
             usleep(1000);
         }
@@ -112,52 +111,43 @@ public:
 
     pid_t pid = 0;
     int outEnd = -1, errEnd = -1, terminal = -1;
-
-private:
-    QByteArray m_unread; // what came behind the text that was waited for
-
-    [[noreturn]] static void execute(const QByteArray &words, bool inShell)
-    {
-        const QByteArray command = QByteArray(PANEL_COMMAND) + ' ' + words;
-        QList<QByteArray> all = command.simplified().split(' ');
-        if (inShell) // with jobs: each has a process group of its own
-            all = {"/bin/bash", "-c", "ulimit -c 0; set -m; " + command + "; echo [$?]; fg; echo [$?]"};
-        std::vector<char *> pointers;
-        for (QByteArray &word : all)
-            pointers.push_back(word.data());
-        pointers.push_back(nullptr);
-        execv(pointers[0], pointers.data());
-        _exit(127);
-    }
 };
 
 struct Wait
 {
-    const char *name, *words;
-    const char *shown; // what it prints before it waits; empty: it is given a quarter of a second
-    int code;          // with which the signal ends it
+    const char *words;
+    const char *traced; // what it traces before it waits
+    int code;           // with which the signal ends it
 };
 
-const Wait waits[] = {
-    {"for the next pass", "poll --every 3600000 --json hr:60", "pass", 0},
-    {"for the gap", "poll --gap 3600000 --every 0 hr:60", "", 0},
-    {"in a flood", "poll --after-timeout drain --timeout 3600000 --every 0 --fault flood=3600 hr:60", "", 0},
-    {"for a reply of a poll", "poll --timeout 3600000 --fault silence hr:60", "", 0},
-    {"for a reply of a read", "read --timeout 3600000 --fault silence hr:60", "", 1},
-    {"for a reply of a write", "write --simulate --timeout 3600000 --fault silence hr:60=1", "", 4},
-};
+const char sent[] = "\nI ", received[] = "\nO ";
 
 TEST(Signals, EndEveryWait)
 {
+    LoopbackListener full;
+    full.fill();
+    const QByteArray connecting = "read --timeout 3600000 --connect 127.0.0.1:" + QByteArray::number(full.port()) + " hr:60";
+    const Wait waits[] = {
+        {"poll --every 3600000 hr:60", received, 0},
+        {"poll --gap 3600000 --every 0 hr:60", received, 0},
+        {"poll --every 0 --fault flood=3600 hr:60", "thrown away", 0},
+        {"poll --timeout 3600000 --fault silence hr:60", sent, 0},
+        {"read --timeout 3600000 --fault silence hr:60", sent, 1},
+        {"write --simulate --timeout 3600000 --fault silence hr:60=1", sent, 4},
+        {connecting.constData(), "text2pcap", 3},
+    };
+    std::vector<std::pair<const Wait *, std::unique_ptr<Program>>> started;
     for (const Wait &wait : waits) {
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-            Program program(wait.words);
-            EXPECT_TRUE(*wait.shown == '\0' || program.output(wait.shown).contains(wait.shown)) << wait.name;
-            usleep(250000);
-            kill(program.pid, signal);
-            EXPECT_EQ(program.end(endsWithinMs), wait.code) << wait.name << ", signal " << signal;
-        }
+        for (int i = 0; i < 3; ++i)
+            started.emplace_back(&wait, std::make_unique<Program>(QByteArray(wait.words) + " --trace"));
     }
+    int signal = 0;
+    for (const auto &[wait, program] : started) {
+        EXPECT_TRUE(program->errors(wait->traced).contains(wait->traced)) << wait->words;
+        kill(program->pid, std::array<int, 3>{SIGINT, SIGTERM, SIGHUP}[signal++ % 3]);
+    }
+    for (const auto &[wait, program] : started)
+        EXPECT_EQ(program->end(), wait->code) << wait->words;
 }
 
 TEST(Signals, EndAProgramWhoseReaderHasStopped)
@@ -165,12 +155,12 @@ TEST(Signals, EndAProgramWhoseReaderHasStopped)
     Program program("poll --every 0 --json hr:60");
     program.waitUntilFull(program.outEnd);
     kill(program.pid, SIGINT);
-    EXPECT_EQ(program.end(endsWithinMs), 0);
+    EXPECT_EQ(program.end(), 0);
 
-    Program report("write --simulate --timeout 3600000 --fault silence hr:60=1", Program::FullPipe);
-    usleep(250000);
+    Program report("write --simulate --trace --timeout 3600000 --fault silence hr:60=1", Program::FullPipe);
+    report.errors(sent);
     kill(report.pid, SIGINT);
-    EXPECT_EQ(report.end(endsWithinMs), 4) << "the report finds no reader";
+    EXPECT_EQ(report.end(), 4) << "the report finds no reader";
 }
 
 TEST(Signals, EndAProgramAtTheSecondOne)
@@ -184,15 +174,12 @@ TEST(Signals, EndAProgramAtTheSecondOne)
     EXPECT_EXIT(twice(), testing::ExitedWithCode(128 + SIGTERM), "");
 }
 
-// More than the pipe and the trace's memory hold.
+// More than the pipe and the trace's memory hold: a megabyte, and each pass is traced in 700 bytes.
 TEST(Trace, ThatIsNotReadStopsNothing)
 {
-    Program program("poll --every 0 --json --trace hr:60");
-    program.waitUntilFull(program.errEnd);
-    EXPECT_TRUE(program.output("\"pass\":10000,").contains("\"pass\":10000,"));
-    kill(program.pid, SIGINT);
-    program.output();
-    EXPECT_EQ(program.end(endsWithinMs), 0);
+    Program program("poll --passes 2000 --every 0 --json --trace hr:0*100");
+    EXPECT_TRUE(program.output().contains("\"pass\":2000,"));
+    EXPECT_EQ(program.end(), 0);
 }
 
 TEST(Output, ThatIsLostIsTold)
@@ -200,7 +187,7 @@ TEST(Output, ThatIsLostIsTold)
     Program full("poll --simulate --passes 1 --trace=/dev/full hr:60");
     EXPECT_EQ(full.errors(), "modbus-panel: the trace cannot be written\n");
     EXPECT_EQ(full.end(), 2);
-    Program closed("read --simulate hr:60", Program::ClosedOutput);
+    Program closed("read --simulate hr:60 >&-");
     EXPECT_EQ(closed.errors(), "modbus-panel: standard output cannot be written\n");
     EXPECT_EQ(closed.end(), 2);
 }

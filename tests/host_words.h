@@ -17,7 +17,7 @@ inline QByteArray bytes(const char *hex)
 }
 
 /// Separated by blanks.
-inline QStringList words(const char *text)
+inline QStringList words(const QByteArray &text)
 {
     return QString::fromLatin1(text).split(QLatin1Char(' '), Qt::SkipEmptyParts);
 }

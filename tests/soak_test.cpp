@@ -1,222 +1,136 @@
 // SPDX-License-Identifier: MIT
-// The whole host over TCP against a station that lies at random. Whatever the station sends, a value that counts as
-// read is the one that the register holds, and a write that counts as done is in its register. MODBUS_SOAK_SECONDS says
-// for how long (two seconds), MODBUS_SOAK_SEED with which numbers (those of the clock).
+// The whole host against a station that lies at random. Whatever the station sends, a value that counts as read is the
+// one that the register holds, and a write that counts as done is in its register. MODBUS_SOAK_SECONDS says for how long
+// (two seconds), MODBUS_SOAK_SEED with which numbers (those of the clock).
 
-#include "../host/cli/panel_session.h"
-#include "../host/explain/value_text.h"
-#include "../host/explain/write_outcome.h"
-#include "host_words.h"
+#include "session_fixture.h"
 
 #include <QtCore/QElapsedTimer>
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <random>
 
 namespace {
+
 const char polled[] = "1/hr:100*9 2/hr:100*9 2/hr:120 1/hr:120 1/ir:100*9 2/coil:160*24 1/coil:160*24 1/hrbit:130.3 2/hr32:140*2";
 const char written[] = "1/hr:300 2/hr:300 1/hr:301*3 2/coil:301 1/coil:301 1/hrbit:320.7 2/hr:310";
-const int timeoutMs = 40;
 const int longestMs = 60000; // of a soak that finds nothing to check
 
 // The faults of a station that echoes transaction numbers.
-const char *const faults[] = {
-    "double",
-    "double=0-6",
-    "behind",
-    "late=30-50",
-    "late=80",
-    "delay=35-45",
-    "silence",
-    "cut=5",
-    "glue",
-    "close",
-    "reset",
-    "unit=2",
-    "function=4",
-    "length=+2",
-    "exception=4",
-    "exception=5",
-    "protocol=1",
-    "transaction=9",
-    "greet=9@unit=2,address=100",
-};
+const char faults[] = "double double=0-6 behind late=30-50 late=80 delay=35-45 silence cut=5 glue close reset unit=2 function=4 "
+                      "length=+2 exception=4 exception=5 protocol=1 transaction=9 greet=9@unit=2,address=100";
 // Of one that does not: without numbers nobody can tell "behind" or a wrong unit's value from the right reply.
-const char *const faultsWithoutNumbers[] = {
-    "double", "double=0-6", "late=80", "silence", "close", "reset", "exception=4", "cut=5", "greet=9@unit=2,address=100",
-};
+const char faultsWithoutNumbers[] = "double double=0-6 late=80 silence close reset exception=4 cut=5 greet=9@unit=2,address=100";
 
-class Soak
+class Soak : public SessionTest
 {
-public:
-    explicit Soak(unsigned seed) : m_random(seed) {}
-
-    void poll()
+protected:
+    /// One session: an honest station, then lies while it is polled and written to, then an honest station again.
+    void run()
     {
-        const QList<Variable> of = variables(polled);
-        PanelSession session(options(), of);
-        if (!prepare(session))
-            return;
-        session.pollVariables();
-        session.start();
-        PanelSnapshot now = session.state().snapshot();
-        while (!now.isEnded) {
-            session.state().waitForNews(now.passes, 0, 5);
-            now = session.state().snapshot();
-            for (const ValueState &value : now.values)
-                check(value, *session.station());
+        const bool echoes = below(3) > 0;
+        const QByteArray honest = echoes ? "" : "transaction=0";
+        QByteArray lies = honest;
+        for (int i = below(3); i >= 0; --i)
+            lies = oneOf(echoes ? faults : faultsWithoutNumbers) + ' ' + lies;
+        options.connection.timeoutMs = 40;
+        options.connection.afterTimeout =
+            std::array{AfterTimeout::Numbers, AfterTimeout::Reconnect, AfterTimeout::Drain}[below(3)];
+        options.retries = below(3);
+        options.block = 3 + below(20);
+        SCOPED_TRACE(testing::Message() << lies.toStdString() << "; policy " << int(options.connection.afterTimeout) << ", "
+                                        << options.retries << " retries, block " << options.block);
+        open(QByteArray(polled) + ' ' + written, honest);
+        giveUnit2OtherValues();
+        session->pollVariables();
+        session->start();
+        const PanelSnapshot truth = waitUntilRead();
+        session->station()->setFaults(*parseFaults(words(lies), nullptr));
+        const QList<WriteItem> items = queue(someWrites());
+        const std::size_t polls = std::size_t(words(polled).size());
+        PanelSnapshot now = waitUntil([&](const PanelSnapshot &n) {
+            for (std::size_t i = 0; i < polls; ++i)
+                check(n.values[i], truth.values[i].value(), &values);
+            return n.itemsEnded() == items.size() && n.passes > truth.passes + 4;
+        });
+        session->station()->setFaults(*parseFaults(words(honest), nullptr));
+        const PanelSnapshot then = waitUntilRead();
+        for (int i = 0; i < items.size(); ++i) {
+            if (writeOutcome(items.at(i), now.items[i]).end == WriteOutcome::Done)
+                check(then.values[polls + std::size_t(i)], items.at(i).value, &writes);
         }
-        session.stop();
-    }
-
-    void write()
-    {
-        QList<WriteItem> items;
-        for (const Variable &variable : variables(written)) {
-            QStringList numbers;
-            for (int i = 0; i < variable.count; ++i)
-                numbers << QString::number(variable.area == modbus_driver::AreaHoldingRegisters ? below(60000) : below(2));
-            QString error;
-            WriteItem item;
-            item.variable = variable;
-            item.value = *parseValues(variable, numbers.join(QLatin1Char(',')), &error);
-            items << item;
-        }
-        PanelSession session(options(), variables(written));
-        if (!prepare(session))
-            return;
-        queueWrites(session.driver(), 100, &items);
-        session.start();
-        PanelSnapshot now = session.state().snapshot();
-        while (!now.isEnded && now.itemsEnded() < items.size()) {
-            session.state().waitForNews(0, now.itemsEnded(), 5);
-            now = session.state().snapshot();
-        }
-        session.stop();
-        now = session.state().snapshot();
-        for (int i = 0; i < items.size(); ++i)
-            check(items.at(i), now.items[i], *session.station());
     }
 
     int values = 0, writes = 0;
+    std::mt19937 random;
 
 private:
-    int below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }
+    int below(int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); }
 
-    template <std::size_t Count> QString oneOf(const char *const (&texts)[Count])
+    QByteArray oneOf(const QByteArray &texts)
     {
-        QString text = QLatin1String(texts[below(Count)]);
-        text += QLatin1Char(text.contains(QLatin1Char('@')) ? ',' : '@');
-        return text + QStringLiteral("every=%1").arg(1 + below(9));
+        const QList<QByteArray> all = texts.split(' ');
+        const QByteArray text = all.at(below(all.size()));
+        return text + (text.contains('@') ? ",every=" : "@every=") + QByteArray::number(1 + below(9));
     }
 
-    PanelOptions options()
+    /// From unit 1's; those of areas and addresses differ.
+    void giveUnit2OtherValues()
     {
-        QStringList texts;
-        const bool echoes = below(3) > 0;
-        for (int i = below(3); i >= 0; --i)
-            texts << (echoes ? oneOf(faults) : oneOf(faultsWithoutNumbers));
-        if (!echoes)
-            texts << QStringLiteral("transaction=0");
-        const AfterTimeout policies[] = {AfterTimeout::Numbers, AfterTimeout::Reconnect, AfterTimeout::Drain};
-        PanelOptions options;
-        options.driverPath = QStringLiteral(DRIVER_PATH);
-        options.faults = *parseFaults(texts, nullptr);
-        options.connection.timeoutMs = timeoutMs;
-        options.connection.backOff = {1, 1, 0, 0};
-        options.connection.afterTimeout = policies[below(3)];
-        options.loop.passes = 5;
-        options.retries = below(3);
-        options.block = 3 + below(20);
-        m_round = QStringLiteral("%1; policy %2, %3 retries, block %4")
-                      .arg(texts.join(QLatin1Char(' ')))
-                      .arg(static_cast<int>(options.connection.afterTimeout))
-                      .arg(options.retries)
-                      .arg(options.block);
-        return options;
-    }
-
-    // Every unit and every area holds other values.
-    bool prepare(PanelSession &session)
-    {
-        QString error;
-        if (session.prepare(&error) != ExitDone) {
-            ADD_FAILURE() << qPrintable(error);
-            return false;
+        for (int address = 100; address < 200; ++address) {
+            session->station()->setValue(2, QModbusDataUnit::HoldingRegisters, address, static_cast<quint16>(1000 + address));
+            session->station()->setValue(2, QModbusDataUnit::Coils, address, address % 5 == 0);
         }
-        for (const int unit : {1, 2}) {
-            for (int address = 100; address < 200; ++address) {
-                const auto set = [&](SimulatedUnit::Table table, int value) {
-                    session.station()->setValue(unit, table, address, static_cast<quint16>(value));
-                };
-                set(QModbusDataUnit::HoldingRegisters, 1000 * unit + 7 * address);
-                set(QModbusDataUnit::InputRegisters, 20000 * unit + 5 * address);
-                set(QModbusDataUnit::Coils, address * unit % 3 == 0);
-            }
-        }
-        return true;
     }
 
-    // What the station holds for the variable, as the host shows values.
-    static QString heldFor(const Variable &variable, const StationThread &station)
+    QByteArray someWrites()
     {
-        using namespace modbus_driver;
-        const auto table = variable.area == AreaCoils            ? QModbusDataUnit::Coils
-                           : variable.area == AreaInputRegisters ? QModbusDataUnit::InputRegisters
-                                                                 : QModbusDataUnit::HoldingRegisters;
-        const auto at = [&](int address) { return station.value(variable.unit, table, address); };
-        QStringList texts;
-        for (int i = 0; i < variable.count; ++i) {
-            const int address = variable.address + i;
-            const quint32 pair = variable.area == AreaHoldingPairs ? quint32(at(address + i)) << 16 | at(address + i + 1) : 0;
-            texts << QString::number(variable.area == AreaHoldingPairs         ? pair
-                                     : variable.area == AreaHoldingRegisterBit ? at(address / 16) >> address % 16 & 1
-                                                                               : at(address));
+        QByteArray texts;
+        for (const QString &name : words(written)) {
+            texts += ' ' + name.toLatin1();
+            for (int i = 0; i < variable(name).count; ++i)
+                texts += (i == 0 ? '=' : ',') + QByteArray::number(below(name.contains(QLatin1String("hr:")) ? 60000 : 2));
         }
-        return texts.join(QLatin1Char(' '));
+        return texts;
     }
 
-    void check(const ValueState &value, const StationThread &station)
+    /// Until each variable was read from now on.
+    PanelSnapshot waitUntilRead()
+    {
+        const qint64 sinceMs = session->state().snapshot().nowMs();
+        return waitUntil([sinceMs](const PanelSnapshot &now) {
+            return std::all_of(now.values.begin(), now.values.end(), [sinceMs](const ValueState &value) {
+                return value.readAtMs() > sinceMs && value.failure().isEmpty();
+            });
+        });
+    }
+
+    static void check(const ValueState &value, const QByteArray &right, int *checked)
     {
         if (value.readAtMs() < 0 || !value.failure().isEmpty())
             return;
-        ++values;
-        EXPECT_EQ(valueText(value.variable(), value.value()).toStdString(),
-                  heldFor(value.variable(), station).toStdString())
-            << qPrintable(value.variable().name) << " under " << qPrintable(m_round);
+        ++*checked;
+        EXPECT_EQ(value.value().toHex(), right.toHex()) << qPrintable(value.variable().name);
     }
-
-    void check(const WriteItem &item, const ItemResult &result, const StationThread &station)
-    {
-        if (writeOutcome(item, result).end != WriteOutcome::Done)
-            return;
-        ++writes;
-        EXPECT_EQ(valueText(item.variable, item.value).toStdString(),
-                  heldFor(item.variable, station).toStdString())
-            << qPrintable(item.variable.name) << " written under " << qPrintable(m_round);
-    }
-
-    std::mt19937 m_random;
-    QString m_round;
 };
 
-TEST(Soak, ShowsNothingWrongAsReadAndNoWriteAsDoneThatIsNot)
+TEST_F(Soak, ShowsNothingWrongAsReadAndNoWriteAsDoneThatIsNot)
 {
-    const QByteArray seconds = qgetenv("MODBUS_SOAK_SECONDS");
+    const int forMs =
+        1000 * (qEnvironmentVariableIsSet("MODBUS_SOAK_SECONDS") ? qEnvironmentVariableIntValue("MODBUS_SOAK_SECONDS") : 2);
     const QByteArray given = qgetenv("MODBUS_SOAK_SEED");
     const unsigned seed = given.isEmpty() ? std::random_device()() : given.toUInt();
-    Soak soak(seed);
+    random.seed(seed);
     QElapsedTimer timer;
     timer.start();
-    const auto isOver = [&] { return timer.elapsed() >= 1000 * (seconds.isEmpty() ? 2 : seconds.toInt()); };
-    // A round whose faults leave nothing to check is followed by another.
-    while ((!isOver() || soak.values == 0 || soak.writes == 0) && timer.elapsed() < longestMs + 1000 * seconds.toInt() &&
-           !testing::Test::HasFailure()) {
-        soak.poll();
-        soak.write();
-    }
-    std::printf("seed %u: %d values and %d writes checked\n", seed, soak.values, soak.writes);
-    EXPECT_GT(soak.values, 0);
-    EXPECT_GT(soak.writes, 0);
+    // A session whose faults leave nothing to check is followed by another.
+    while (!HasFailure() && (timer.elapsed() < forMs || ((values == 0 || writes == 0) && timer.elapsed() < forMs + longestMs)))
+        run();
+    std::printf("seed %u: %d values and %d writes checked\n", seed, values, writes);
+    EXPECT_GT(values, 0);
+    EXPECT_GT(writes, 0);
 }
+
 } // namespace
