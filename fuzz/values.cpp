@@ -4,6 +4,8 @@
 
 #include "../host/explain/value_text.h"
 
+#include <QtCore/QList>
+
 namespace {
 
 void requireOneLine(const QString &error)

@@ -92,8 +92,8 @@ TEST(Commands, RefuseAListWithBytesThatAreNoText)
 {
     const std::pair<QByteArray, const char *> rows[] = {
         {QByteArray("hr:1\0\nhr:2", 10), ":1: variable \"hr:1?\""},
-        {QByteArray("hr:1\nhr:2 a\0b", 13), ":2: the name holds a control character"},
-        {QByteArray("hr:1 level \x1b[2J"), ":1: the name holds a control character"},
+        {QByteArray("hr:1\nhr:2 a\0b", 13), ":2: the name or unit holds a control character"},
+        {QByteArray("hr:1 level \x1b[2J"), ":1: the name or unit holds a control character"},
         {QByteArray("hr:1\xc2\x9b"
                     "2J"),
          ":1: variable \"hr:1?2J\""},

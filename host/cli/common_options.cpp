@@ -167,8 +167,14 @@ void addDriverOption(CommandLine *line)
 
 void addFileOption(CommandLine *line)
 {
-    line->addOption("file", QStringLiteral("Variables from a list, one a line with an optional name."),
+    line->addOption("file",
+                    QStringLiteral("Variables from a list: one a line with an optional name, or CSV with the "
+                                   "columns name, variable, type, order, scale, unit (of measure), value."),
                     "LIST");
+    line->addOption("base",
+                    QStringLiteral("1: addresses count from 1, and 40001 or 400001 is the first holding "
+                                   "register. A list says so itself by \"base 1\" on its first line."),
+                    "N", "0");
 }
 
 void addReadOptions(CommandLine *line)
@@ -192,30 +198,41 @@ ValueType formatOption(CommandLine *line)
     return ValueType::Plain;
 }
 
-QList<Variable> variablesToRead(CommandLine *line, bool remote, ValueType format)
+QList<ListedVariable> namedVariables(CommandLine *line)
 {
-    QList<Variable> variables;
+    QList<ListedVariable> variables;
     QString error;
+    const int base = line->number("base", 0, 1);
     for (const QString &word : line->words()) {
-        if (const std::optional<Variable> variable = parseVariable(word, &error))
-            variables << *variable;
+        if (const auto named = parseAssignment(word, base, &error))
+            variables << *named;
         else
             line->complain(error);
     }
     if (line->isSet("file")) {
-        if (const auto listed = readVariableFile(line->value("file"), &error))
+        if (const auto listed = readVariableList(line->value("file"), base, &error))
             variables << *listed;
         else
             line->complain(error);
     }
-    for (Variable &variable : variables) {
-        if (suits(format, variable))
-            variable.type = format;
-        const QString why = whyUnreadable(variable, remote);
-        if (!why.isEmpty())
-            line->complain(QStringLiteral("%1: %2").arg(variable.name, why));
-    }
     if (variables.isEmpty())
         line->complain(QStringLiteral("no variable is named; --help shows how they are written"));
+    return variables;
+}
+
+QList<Variable> variablesToRead(CommandLine *line, bool remote, ValueType format)
+{
+    QList<Variable> variables;
+    for (ListedVariable named : namedVariables(line)) {
+        Variable &variable = named.variable;
+        if (suits(format, variable))
+            variable.type = format;
+        QString why = whyUnreadable(variable, remote);
+        if (named.place.isEmpty() && !named.value.isNull())
+            why = QStringLiteral("a value is for write");
+        if (!why.isEmpty())
+            line->complain(QStringLiteral("%1%2: %3").arg(named.place, variable.name, why));
+        variables << variable;
+    }
     return variables;
 }

@@ -9,6 +9,7 @@
 #include "panel_session.h"
 
 #include "../explain/value_text.h"
+#include "../explain/variable_list.h"
 
 /// How variables are written, for the help behind a command's description.
 QString variablesHelp();
@@ -22,12 +23,15 @@ PanelOptions linkOptions(CommandLine *line);
 void tellOfSimulation(const CommandLine &line);
 
 void addDriverOption(CommandLine *line);
+/// --file and --base.
 void addFileOption(CommandLine *line);
-/// --file and --format.
+/// --file, --base and --format.
 void addReadOptions(CommandLine *line);
 /// The type of variables that name none.
 ValueType formatOption(CommandLine *line);
 
-/// The variables of the words and of --file, with `format` where it fits and none is named. Errors go to
+/// The variables of the words and of --file, at least one. Errors go to line->complain().
+QList<ListedVariable> namedVariables(CommandLine *line);
+/// The same for commands that read, with `format` where it fits and none is named. Errors go to
 /// line->complain().
 QList<Variable> variablesToRead(CommandLine *line, bool remote, ValueType format = ValueType::Plain);

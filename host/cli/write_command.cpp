@@ -14,10 +14,11 @@ using namespace modbus_driver;
 
 namespace {
 
-const char description[] = R"(Writes variables, [UNIT/]AREA:ADDRESS[*COUNT]=VALUE[,VALUE...], once, in the
-given order. Areas coil, hrbit, hr and hr32; unit 0 writes to all units (not
-hrbit). Values are decimal, negative, 0x hexadecimal, or for hr32 a decimal
-fraction. A bit of a register is written by reading the register and writing it
+const char description[] = R"(Writes VARIABLE=VALUE[,VALUE...] once, in the given order, to coil, hrbit, hr or
+hr32; unit 0 writes to all units (not hrbit). Values follow the type, order and
+scale: decimal, 0x hexadecimal, text; without a type also negative, and for hr32
+a fraction, which is sent as float. Text is filled up with NULs; \xHH is any byte
+in it. A bit of a register is written by reading the register and writing it
 back, so another master's change of its other bits in between is lost.
 
 Prints the station, then one line for each write: acknowledged, refused,
@@ -27,8 +28,8 @@ unless --retries says so, since it may have been carried out. Ends with 0 when
 all was acknowledged, 1 when anything was refused, dropped or not done, 4 when
 an outcome is unknown, 3 without a connection.
 
-Example: a register, a bit of register 10 and a 32-bit float:
-  modbus-panel write --connect 192.0.2.7:502 2/hr:100=-5 2/hrbit:10.5=1 2/hr32:20=21.5)";
+Example: a register, a bit of register 10 and a float, low register first:
+  modbus-panel write --connect 192.0.2.7:502 hr:100=-5 hrbit:10.5=1 hr32:20:float:CDAB=21.5)";
 
 const int longestText = 60; // of a word in the report
 
@@ -50,44 +51,24 @@ QString whyUnwritable(const Variable &variable, int block)
     return QString();
 }
 
-std::optional<WriteItem> parseItem(const QString &word, int block, QString *error)
+/// The item to write; errors go to line->complain().
+WriteItem itemOf(const ListedVariable &named, int block, CommandLine *line)
 {
-    const int equals = word.indexOf(QLatin1Char('='));
-    if (equals < 0) {
-        *error = QStringLiteral("\"%1\" names no value; it takes VARIABLE=VALUE").arg(word);
-        return std::nullopt;
-    }
-    const std::optional<Variable> variable = parseVariable(word.left(equals), error);
-    if (!variable)
-        return std::nullopt;
-    const QString why = whyUnwritable(*variable, block);
-    if (!why.isEmpty()) {
-        *error = QStringLiteral("%1: %2").arg(variable->name, why);
-        return std::nullopt;
-    }
-    const std::optional<QByteArray> value = parseValues(*variable, word.mid(equals + 1), error);
-    if (!value)
-        return std::nullopt;
+    QString fault = whyUnwritable(named.variable, block);
+    if (fault.isEmpty() && named.value.isNull())
+        fault = QStringLiteral("it names no value; write takes VARIABLE=VALUE");
+    if (!fault.isEmpty())
+        fault = QStringLiteral("%1: %2").arg(named.variable.name, fault);
     WriteItem item;
-    item.variable = *variable;
-    item.value = *value;
-    item.text = word.size() > longestText ? word.left(longestText - 3) + QStringLiteral("...") : word;
+    item.variable = named.variable;
+    if (fault.isEmpty())
+        item.value = parseValues(named.variable, named.value, &fault).value_or(QByteArray());
+    if (!fault.isEmpty())
+        line->complain(named.place + fault);
+    item.text = named.variable.name + QLatin1Char('=') + named.value;
+    if (item.text.size() > longestText)
+        item.text = item.text.left(longestText - 3) + QStringLiteral("...");
     return item;
-}
-
-QList<WriteItem> readItems(CommandLine *line, int block)
-{
-    QList<WriteItem> items;
-    for (const QString &word : line->words()) {
-        QString error;
-        if (const std::optional<WriteItem> item = parseItem(word, block, &error))
-            items << *item;
-        else
-            line->complain(error);
-    }
-    if (items.isEmpty())
-        line->complain(QStringLiteral("no variable is named; --help shows how they are written"));
-    return items;
 }
 
 QList<Variable> variablesOf(const QList<WriteItem> &items)
@@ -123,6 +104,7 @@ int writeCommand(const QStringList &arguments)
     CommandLine line(QStringLiteral("write"), QStringLiteral("[OPTION]... VARIABLE=VALUE..."),
                      QString::fromLatin1(description) + variablesHelp());
     addLinkOptions(&line, "0");
+    addFileOption(&line);
     if (const auto code = line.parse(arguments))
         return *code;
     PanelOptions options = linkOptions(&line);
@@ -131,7 +113,9 @@ int writeCommand(const QStringList &arguments)
         line.complain(
             QStringLiteral("no station is named: --connect HOST:PORT writes to one, --simulate to a "
                            "simulated one"));
-    QList<WriteItem> items = readItems(&line, options.block);
+    QList<WriteItem> items;
+    for (const ListedVariable &named : namedVariables(&line))
+        items << itemOf(named, options.block, &line);
     if (!line.isFine())
         return line.fail();
 

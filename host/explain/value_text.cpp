@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "value_text.h"
 
+#include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
 
 #include <algorithm>
@@ -23,18 +24,6 @@ template <typename... Number> QByteArray digits(Number... number)
 QByteArray scaledDigits(double number)
 {
     return digits(number, std::chars_format::general, exactDigits);
-}
-
-/// The number that is all of the text; false when it is none.
-template <typename Number, typename... Base>
-bool readNumber(const QString &text, Number *number, Base... base)
-{
-    const QByteArray latin1 = text.toLatin1();
-    const char *const first = latin1.constData() + (latin1.startsWith('+') ? 1 : 0);
-    const char *const end = latin1.constData() + latin1.size();
-    // Not QString::toFloat: it refuses the largest floats as they are shown.
-    const std::from_chars_result read = std::from_chars(first, end, *number, base...);
-    return read.ec == std::errc() && read.ptr == end;
 }
 
 quint32 bitsAt(const Variable &variable, const QByteArray &bytes, int index)
@@ -75,14 +64,8 @@ QByteArray floatDigits(quint32 bits, double scale)
         if (static_cast<float>(text.toDouble() / scale) == value)
             break;
     }
-    const bool isWhole =
-        std::all_of(text.begin(), text.end(), [](char c) { return c == '-' || std::isdigit(c); });
-    return isWhole ? text + ".0" : text;
-}
-
-QByteArray hexadecimal(quint32 bits, int width)
-{
-    return "0x" + QByteArray::number(bits, 16).toUpper().rightJustified(2 * width, '0');
+    const bool isMarked = text.contains('.') || text.contains('e') || text.contains('n');
+    return isMarked ? text : text + ".0";
 }
 
 /// Without the NULs at the end.
@@ -104,114 +87,83 @@ void appendText(QByteArray *text, const Variable &variable, const QByteArray &by
     }
 }
 
-bool isHexadecimal(const QString &text)
+/// The number that is all of the text; false when it is none.
+bool readNumber(const QString &text, double *number)
 {
-    return text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
-}
-
-bool isFraction(const QString &text)
-{
-    const bool isNamed = text.contains(QLatin1String("nan")) || text.contains(QLatin1String("inf"));
-    return isNamed || text.contains(QLatin1Char('.')) || text.contains(QLatin1Char('e'), Qt::CaseInsensitive);
-}
-
-QString kindOf(const Variable &variable)
-{
-    const int width = variable.width();
-    return width == 1   ? QStringLiteral("a bit")
-           : width == 2 ? QStringLiteral("a register")
-                        : QStringLiteral("a 32-bit value");
-}
-
-QString noNumber(const Variable &variable)
-{
-    return QStringLiteral("it is no number that %1 holds").arg(kindOf(variable));
+    const QByteArray latin1 = text.toLatin1();
+    const char *const first = latin1.constData() + (latin1.startsWith('+') ? 1 : 0);
+    const char *const end = latin1.constData() + latin1.size();
+    const std::from_chars_result read = std::from_chars(first, end, *number);
+    return read.ec == std::errc() && read.ptr == end;
 }
 
 /// What is wrong; empty when *bits holds the value.
-QString readFloat(const Variable &variable, const QString &text, quint32 *bits)
-{
-    float value = 0;
-    double shown = 0;
-    bool isNumber = readNumber(text, &value);
-    if (variable.scale != 1) {
-        isNumber = readNumber(text, &shown);
-        value = static_cast<float>(shown / variable.scale);
-        isNumber = isNumber && std::isinf(value) == std::isinf(shown);
-    }
-    std::memcpy(bits, &value, sizeof value);
-    return isNumber ? QString() : noNumber(variable);
-}
-
-QString checkRange(const Variable &variable, double whole, bool isBits)
+QString readWhole(const Variable &variable, double raw, bool isBits, quint32 *bits)
 {
     const bool isSigned = variable.type == ValueType::Signed && !isBits;
     const bool isPlain = variable.type == ValueType::Plain && variable.scale == 1 && variable.width() > 1;
     const double values = variable.width() == 1 ? 2 : std::exp2(8 * variable.width());
     const double least = isSigned || isPlain ? -values / 2 : 0;
     const double most = isSigned ? values / 2 - 1 : values - 1;
-    if (whole >= least && whole <= most)
-        return QString();
-    const auto [low, high] = std::minmax({least * variable.scale, most * variable.scale});
-    const auto text = [](double number) { return QString::fromLatin1(scaledDigits(number)); };
-    return QStringLiteral("%1 holds %2 to %3").arg(kindOf(variable), text(low), text(high));
-}
-
-QString readWhole(const Variable &variable, const QString &text, quint32 *bits)
-{
-    double shown = 0;
-    const bool isBits = isHexadecimal(text);
-    if (isBits ? !readNumber(text.mid(2), bits, 16) : !readNumber(text, &shown))
-        return noNumber(variable);
-    const double raw = isBits ? *bits : shown / variable.scale;
     const double whole = std::round(raw);
+    const auto text = [](double number) { return QString::fromLatin1(scaledDigits(number)); };
     if (!(std::abs(raw - whole) <= wholeWithin)) // of nan neither is true
-        return variable.scale == 1
-                   ? QStringLiteral("%1 holds whole numbers; fractions are for hr32").arg(kindOf(variable))
-                   : QStringLiteral("it is no multiple of %1").arg(variable.scale);
-    const QString fault = checkRange(variable, whole, isBits);
-    if (fault.isEmpty())
-        *bits = static_cast<quint32>(static_cast<qint64>(whole));
-    return fault;
+        return variable.scale == 1 ? QStringLiteral("it takes whole numbers; fractions are for hr32")
+                                   : QStringLiteral("it takes multiples of %1").arg(text(variable.scale));
+    if (whole < least || whole > most) {
+        const auto [low, high] = std::minmax({least * variable.scale, most * variable.scale});
+        return QStringLiteral("it takes %1 to %2").arg(text(low), text(high));
+    }
+    *bits = static_cast<quint32>(static_cast<qint64>(whole));
+    return QString();
 }
 
 QString readValue(const Variable &variable, const QString &text, quint32 *bits)
 {
-    const bool isPlainFloat =
-        variable.type == ValueType::Plain && variable.scale == 1 && variable.width() == 4 && isFraction(text);
-    const bool isFloat = variable.type == ValueType::Float || isPlainFloat;
-    return isFloat && !isHexadecimal(text) ? readFloat(variable, text, bits)
-                                           : readWhole(variable, text, bits);
+    const bool isBits = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
+    static const QRegularExpression fraction(QStringLiteral("[.EeNn]")); // n of nan and inf
+    const bool mayBeFloat = variable.type == ValueType::Plain && variable.scale == 1 && variable.width() == 4;
+    const bool isFloat =
+        !isBits && (variable.type == ValueType::Float || (mayBeFloat && text.contains(fraction)));
+    bool isNumber = true;
+    double raw = isBits ? text.mid(2).toUInt(&isNumber, 16) : 0;
+    if (!isBits)
+        isNumber = readNumber(text, &raw);
+    if (!isBits)
+        raw /= variable.scale;
+    const float single = static_cast<float>(raw);
+    if (!isNumber || (isFloat && std::isinf(single) != std::isinf(raw)))
+        return QStringLiteral("it is no number that fits %1").arg(typeName(variable));
+    if (!isFloat)
+        return readWhole(variable, raw, isBits, bits);
+    std::memcpy(bits, &single, sizeof single);
+    return QString();
 }
 
 /// The characters of a text, two to a register.
 QString readText(const Variable &variable, const QString &text, QByteArray *bytes)
 {
+    static const QRegularExpression form(QStringLiteral("^([ -\\[\\]-~]|\\\\\\\\|\\\\x[0-9a-fA-F]{2})*$"));
+    if (!form.match(text).hasMatch())
+        return QStringLiteral("text is ASCII, with \\xHH for other bytes and \\\\ for a backslash");
     QByteArray characters;
     for (int i = 0; i < text.size(); ++i) {
-        const char16_t character = text.at(i).unicode();
-        const QByteArray hex = text.mid(i + 2, 2).toLatin1().toLower();
-        if (character < ' ' || character > '~')
-            return QStringLiteral("characters other than ASCII's are written \\xHH");
-        if (character != '\\') {
-            characters += static_cast<char>(character);
-        } else if (text.mid(i + 1, 1) == QLatin1String("\\")) {
+        if (text.at(i) != QLatin1Char('\\')) {
+            characters += text.at(i).toLatin1();
+        } else if (text.at(++i) == QLatin1Char('\\')) {
             characters += '\\';
-            i += 1;
-        } else if (text.mid(i + 1, 1) == QLatin1String("x") && hex.size() == 2 &&
-                   QByteArray::fromHex(hex).toHex() == hex) {
-            characters += QByteArray::fromHex(hex);
-            i += 3;
         } else {
-            return QStringLiteral("behind \\ comes x and two hexadecimal digits, or another \\");
+            characters += QByteArray::fromHex(text.mid(i + 1, 2).toLatin1());
+            i += 2;
         }
     }
     if (characters.size() > 2 * variable.count)
-        return QStringLiteral("it has %1 characters, but %2 holds %3")
-            .arg(QString::number(characters.size()), variable.name, QString::number(2 * variable.count));
+        return QStringLiteral("it has %1 bytes, but there is space for %2")
+            .arg(characters.size())
+            .arg(2 * variable.count);
     characters = characters.leftJustified(2 * variable.count, '\0');
     for (int i = 0; i < characters.size(); i += 2)
-        appendBits(bytes, variable, quint32(quint8(characters.at(i))) << 8 | quint8(characters.at(i + 1)));
+        appendBits(bytes, variable, quint32(quint8(characters[i])) << 8 | quint8(characters[i + 1]));
     return QString();
 }
 
@@ -237,9 +189,12 @@ void appendValue(QByteArray *text, const Variable &variable, const QByteArray &b
     if (variable.type == ValueType::Text)
         return appendText(text, variable, bytes);
     const quint32 bits = bitsAt(variable, bytes, index);
-    *text += variable.type == ValueType::Float         ? floatDigits(bits, variable.scale)
-             : variable.type == ValueType::Hexadecimal ? hexadecimal(bits, variable.width())
-                                                       : wholeDigits(variable, bits);
+    if (variable.type == ValueType::Float)
+        *text += floatDigits(bits, variable.scale);
+    else if (variable.type == ValueType::Hexadecimal)
+        *text += "0x" + QByteArray::number(bits, 16).toUpper().rightJustified(2 * variable.width(), '0');
+    else
+        *text += wholeDigits(variable, bits);
 }
 
 QString valueText(const Variable &variable, const QByteArray &bytes, int longest)

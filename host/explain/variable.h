@@ -7,7 +7,6 @@
 
 #include "../../driver/api/codes.h"
 
-#include <QtCore/QList>
 #include <QtCore/QString>
 
 #include <optional>
@@ -51,9 +50,6 @@ QString typeName(const Variable &variable);
 /// The name of a byte order in values of so many bytes, such as "CDAB" or "BA"; empty for bits.
 QString orderName(int order, int width);
 
-/// Reads one variable. Nothing, with one line in *error, when the text is wrong in any part.
-std::optional<Variable> parseVariable(const QString &text, QString *error);
-
-/// Reads a list file: one variable a line, then optionally its name; "#" starts a comment. Nothing, with one
-/// line naming file and line in *error, when it cannot be read.
-std::optional<QList<Variable>> readVariableFile(const QString &path, QString *error);
+/// Reads one variable, whose address counts from `base`, 0 or 1. From 1, numbers with the digit of their table, such
+/// as 40001 or 400001, are variables too. Nothing, with one line in *error, when the text is wrong in any part.
+std::optional<Variable> parseVariable(const QString &text, QString *error, int base = 0);

@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: MIT
+#include "variable_list.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QRegularExpression>
+#include <QtCore/QStringList>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+namespace {
+
+const qint64 longestFile = 1 << 20; // bytes
+const double largestScale = 1e12;
+/// A line's cells.
+struct Row
+{
+    QString name, variable, type, order, scale, unit, value, ignored;
+};
+
+struct Column
+{
+    const char *name;
+    QString Row::*cell;
+};
+
+const Column columns[] = {
+    {"name", &Row::name},   {"variable", &Row::variable}, {"type", &Row::type},   {"order", &Row::order},
+    {"scale", &Row::scale}, {"unit", &Row::unit},         {"value", &Row::value}, {"", &Row::ignored},
+};
+
+/// A list as far as it is read.
+struct List
+{
+    int base = 0;
+    QChar separator;
+    QList<QString Row::*> columns; ///< of a CSV
+    QString place;                 ///< of the line
+    QList<ListedVariable> variables;
+};
+
+/// The cells of a line; they may stand in quotes, which are doubled inside.
+QStringList cellsOf(const QString &line, QChar separator)
+{
+    QStringList parts = line.split(QLatin1Char('"')); // every second one stands in quotes
+    for (int i = 0; i < parts.size(); i += 2)
+        parts[i].replace(separator, QChar::Null);
+    QStringList cells = parts.join(QLatin1Char('"')).split(QChar::Null);
+    for (QString &cell : cells) {
+        cell = cell.trimmed();
+        if (cell.startsWith(QLatin1Char('"')))
+            cell = cell.mid(1, cell.size() - 2).replace(QLatin1String("\"\""), QLatin1String("\""));
+    }
+    return cells;
+}
+
+bool holdsControl(const QString &text)
+{
+    return std::any_of(text.begin(), text.end(),
+                       [](QChar c) { return c.category() == QChar::Other_Control; });
+}
+
+/// What is wrong with the scale; empty when the variable has it.
+QString readScale(const QString &text, Variable *variable)
+{
+    const bool isOfNumber = variable->width() > 1 && variable->type != ValueType::Text &&
+                            variable->type != ValueType::Hexadecimal;
+    bool isNumber = false;
+    variable->scale = text.toDouble(&isNumber);
+    const double size = std::abs(variable->scale);
+    if (!isNumber || !(size >= 1 / largestScale && size <= largestScale))
+        return QStringLiteral("the scale \"%1\" is no number from 1e-12 to 1e12").arg(text);
+    return isOfNumber || variable->scale == 1 ? QString() : QStringLiteral("only numbers have a scale");
+}
+
+QString readRow(Row row, List *list)
+{
+    QString fault;
+    QString text = row.variable;
+    if (!row.type.isEmpty() || !row.order.isEmpty())
+        text += QLatin1Char(':') + row.type;
+    if (!row.order.isEmpty())
+        text += QLatin1Char(':') + row.order;
+    std::optional<ListedVariable> listed = parseAssignment(text, list->base, &fault);
+    if (!listed)
+        return fault;
+    Variable &variable = listed->variable;
+    if (!row.name.isEmpty())
+        variable.name = row.name;
+    variable.measure = row.unit;
+    if (holdsControl(variable.name + variable.measure))
+        return QStringLiteral("the name or unit holds a control character");
+    if (!row.value.isEmpty())
+        listed->value = row.value;
+    if (list->separator == QLatin1Char(';')) { // beside which a decimal comma is usual
+        row.scale.replace(QLatin1Char(','), QLatin1Char('.'));
+        if (variable.type != ValueType::Text)
+            listed->value.replace(QLatin1Char(','), QLatin1Char('.'));
+    }
+    if (!row.scale.isEmpty())
+        fault = readScale(row.scale, &variable);
+    listed->place = list->place;
+    list->variables << *listed;
+    return fault;
+}
+
+QString readHeader(const QString &line, List *list)
+{
+    list->separator = QLatin1Char(line.contains(QLatin1Char(';')) ? ';' : ',');
+    for (const QString &cell : cellsOf(line, list->separator)) {
+        const auto column =
+            std::find_if(std::begin(columns), std::end(columns), [&cell](const Column &known) {
+                return cell.compare(QLatin1String(known.name), Qt::CaseInsensitive) == 0;
+            });
+        if (column == std::end(columns))
+            return QStringLiteral("there is no column \"%1\"; the columns are name, variable, type, order, "
+                                  "scale, unit, value")
+                .arg(cell);
+        list->columns << column->cell;
+    }
+    return QString();
+}
+
+/// The line's cells in the list's columns; a plain line has a variable and a name.
+QString readCells(const QString &line, List *list)
+{
+    Row row;
+    if (list->columns.isEmpty()) {
+        const QString text = line.left(line.indexOf(QLatin1Char('#'))).simplified();
+        const int blank = text.indexOf(QLatin1Char(' '));
+        row.variable = text.left(blank);
+        row.name = blank < 0 ? QString() : text.mid(blank + 1);
+        return readRow(row, list);
+    }
+    if (line.count(QLatin1Char('"')) % 2 != 0)
+        return QStringLiteral("a quote is not closed");
+    const QStringList cells = cellsOf(line, list->separator);
+    for (int i = 0; i < cells.size(); ++i) {
+        if (i < list->columns.size())
+            row.*list->columns.at(i) = cells.at(i);
+        else if (!cells.at(i).isEmpty())
+            return QStringLiteral("it has more cells than the first line has columns");
+    }
+    return cells.join(QString()).isEmpty() ? QString() : readRow(row, list);
+}
+
+QString readLine(const QString &line, List *list)
+{
+    static const QRegularExpression base(QStringLiteral("^base[,;\\s]+([01])[,;\\s]*$"));
+    static const QRegularExpression header(QStringLiteral("^([^:]*[,;])?[ \"]*variable\\b[^:]*$"),
+                                           QRegularExpression::CaseInsensitiveOption);
+    if (line.isEmpty() || line.startsWith(QLatin1Char('#')))
+        return QString();
+    if (!list->variables.isEmpty() || !list->columns.isEmpty())
+        return readCells(line, list);
+    if (header.match(line).hasMatch())
+        return readHeader(line, list);
+    const auto found = base.match(line);
+    if (!found.hasMatch())
+        return readCells(line, list);
+    list->base = found.captured(1).toInt();
+    return QString();
+}
+
+} // namespace
+
+std::optional<ListedVariable> parseAssignment(const QString &text, int base, QString *error)
+{
+    const int equals = text.indexOf(QLatin1Char('='));
+    const std::optional<Variable> variable = parseVariable(text.left(equals), error, base);
+    if (!variable)
+        return std::nullopt;
+    return ListedVariable{*variable, equals < 0 ? QString() : text.mid(equals + 1), QString()};
+}
+
+std::optional<QList<ListedVariable>> readVariableList(const QString &path, int base, QString *error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        *error = QStringLiteral("cannot read %1: %2").arg(path, file.errorString());
+        return std::nullopt;
+    }
+    const QByteArray content = file.read(longestFile + 1);
+    const QStringList lines = QString::fromStdString(content.toStdString()).split(QLatin1Char('\n'));
+    List list;
+    list.base = base;
+    error->clear();
+    if (content.size() > longestFile)
+        *error = QStringLiteral("%1 is larger than a list of variables may be (1 MiB)").arg(path);
+    for (int i = 0; i < lines.size() && error->isEmpty(); ++i) {
+        list.place = QStringLiteral("%1:%2: ").arg(path, QString::number(i + 1));
+        const QString fault = readLine(lines.at(i).trimmed(), &list);
+        if (!fault.isEmpty())
+            *error = list.place + fault;
+    }
+    if (list.variables.isEmpty() && error->isEmpty())
+        *error = QStringLiteral("%1 holds no variable").arg(path);
+    return error->isEmpty() ? std::optional<QList<ListedVariable>>(list.variables) : std::nullopt;
+}
