@@ -3,8 +3,6 @@
 
 #include "../../driver/api/codes.h"
 
-#include <map>
-
 using namespace modbus_driver;
 
 namespace {
@@ -186,16 +184,13 @@ void addReadOptions(CommandLine *line)
 
 ValueType formatOption(CommandLine *line)
 {
-    const std::map<QString, ValueType> formats = {{QStringLiteral("dec"), ValueType::Plain},
-                                                  {QStringLiteral("hex"), ValueType::Hexadecimal},
-                                                  {QStringLiteral("signed"), ValueType::Signed},
-                                                  {QStringLiteral("float"), ValueType::Float}};
-    const auto format = formats.find(line->value("format"));
-    if (format != formats.end())
-        return format->second;
-    line->complain(
-        QStringLiteral("--format takes dec, hex, signed or float, not \"%1\"").arg(line->value("format")));
-    return ValueType::Plain;
+    const ValueType types[] = {ValueType::Plain, ValueType::Hexadecimal, ValueType::Signed, ValueType::Float};
+    const int format =
+        QStringLiteral("dec hex signed float").split(QLatin1Char(' ')).indexOf(line->value("format"));
+    if (format < 0)
+        line->complain(QStringLiteral("--format takes dec, hex, signed or float, not \"%1\"")
+                           .arg(line->value("format")));
+    return types[qMax(0, format)];
 }
 
 QList<ListedVariable> namedVariables(CommandLine *line)

@@ -3,8 +3,6 @@
 
 #include "value_text.h"
 
-#include <QtCore/QtEndian>
-
 #include <algorithm>
 
 namespace {
@@ -31,19 +29,23 @@ QString tableLine(const QString &order, const QString &bytes, const QString &pla
 
 } // namespace
 
-QStringList byteOrderTable(const QByteArray &bytes)
+QStringList byteOrderTable(QByteArray bytes)
 {
+    std::reverse(bytes.begin(), bytes.end()); // the driver's host-side layout
+    Variable pair;
+    pair.area = modbus_driver::AreaHoldingPairs;
+    const auto shown = [&pair, &bytes](ValueType type) {
+        pair.type = type;
+        return valueText(pair, bytes);
+    };
     const auto text = [](const char *latin1) { return QString::fromLatin1(latin1); };
     QStringList lines{tableLine(text("order"), text("bytes"), text("unsigned"), text("signed"), text("float"),
                                 text("registers"))};
-    for (int order = HighFirst; order <= (LowRegisterFirst | LowByteFirst); ++order) {
-        const quint32 number = reordered(qFromBigEndian<quint32>(bytes.constData()), order);
-        const quint32 ordered = qToBigEndian(number);
-        const QByteArray hex =
-            QByteArray(reinterpret_cast<const char *>(&ordered), sizeof ordered).toHex(' ');
-        lines << tableLine(orderName(order, sizeof ordered), text(hex.toUpper().constData()),
-                           QString::number(number), QString::number(static_cast<qint32>(number)),
-                           floatText(number), text(registers[order]));
+    for (pair.order = HighFirst; pair.order <= (LowRegisterFirst | LowByteFirst); ++pair.order) {
+        const QByteArray ordered = QByteArray::fromHex(shown(ValueType::Hexadecimal).mid(2).toLatin1());
+        lines << tableLine(orderName(pair.order, pair.width()),
+                           text(ordered.toHex(' ').toUpper().constData()), shown(ValueType::Unsigned),
+                           shown(ValueType::Signed), shown(ValueType::Float), text(registers[pair.order]));
     }
     return lines;
 }

@@ -11,6 +11,6 @@
 
 /// One line for each word and byte order of exactly four bytes as received, under a heading: the value
 /// as unsigned, signed and floating-point number, and the name of the order.
-QStringList byteOrderTable(const QByteArray &bytes);
+QStringList byteOrderTable(QByteArray bytes);
 /// The same of the value of a variable of two registers, which is in the driver's host-side layout.
 QStringList byteOrderTable(const Variable &variable, QByteArray value);

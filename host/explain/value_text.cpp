@@ -5,6 +5,7 @@
 #include <QtCore/QStringList>
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -14,16 +15,27 @@ namespace {
 const int exactDigits = 15;      // a double holds any number of so many
 const double wholeWithin = 1e-4; // of a step of the raw value
 
-template <typename... Number> QByteArray digits(Number... number)
+template <typename... Number> void appendDigits(QByteArray *text, Number... number)
 {
-    char text[32];
-    return QByteArray(text, static_cast<int>(std::to_chars(text, text + sizeof text, number...).ptr - text));
+    char digits[32];
+    text->append(digits,
+                 static_cast<int>(std::to_chars(digits, digits + sizeof digits, number...).ptr - digits));
 }
 
-/// A number with what a scale adds rounded off: 0.3, not 0.30000000000000004.
-QByteArray scaledDigits(double number)
+/// With what a scale adds rounded off: 0.3, not 0.30000000000000004.
+void appendScaled(QByteArray *text, double number)
 {
-    return digits(number, std::chars_format::general, exactDigits);
+    appendDigits(text, number, std::chars_format::general, exactDigits);
+}
+
+/// The bits of a value, between the driver's order and this one; both ways.
+quint32 reordered(quint32 bits, int order)
+{
+    if (order & LowRegisterFirst)
+        bits = bits << 16 | bits >> 16;
+    if (order & LowByteFirst)
+        bits = (bits & 0x00FF00FF) << 8 | (bits >> 8 & 0x00FF00FF);
+    return bits;
 }
 
 quint32 bitsAt(const Variable &variable, const QByteArray &bytes, int index)
@@ -42,30 +54,36 @@ void appendBits(QByteArray *bytes, const Variable &variable, quint32 bits)
         bytes->append(static_cast<char>(bits >> 8 * i & 0xFF));
 }
 
-QByteArray wholeDigits(const Variable &variable, quint32 bits)
+void appendWhole(QByteArray *text, const Variable &variable, quint32 bits)
 {
     const bool isSigned = variable.type == ValueType::Signed;
     const qint64 whole = !isSigned               ? qint64(bits)
                          : variable.width() == 2 ? static_cast<qint16>(bits)
                                                  : static_cast<qint32>(bits);
-    return variable.scale == 1 ? digits(whole) : scaledDigits(double(whole) * variable.scale);
+    if (variable.scale == 1)
+        appendDigits(text, whole);
+    else
+        appendScaled(text, double(whole) * variable.scale);
 }
 
-/// The fewest digits that read back to the same bits.
-QByteArray floatDigits(quint32 bits, double scale)
+/// The fewest digits that read back to the same bits, always with a point, an exponent, "nan" or "inf".
+void appendFloat(QByteArray *text, float value, double scale)
 {
-    float value;
-    std::memcpy(&value, &bits, sizeof value);
-    if (std::isnan(value))
-        return QByteArrayLiteral("nan"); // whatever its sign
-    QByteArray text = digits(value);
+    if (std::isnan(value)) {
+        *text += "nan"; // whatever its sign
+        return;
+    }
+    const int from = text->size();
+    if (scale == 1)
+        appendDigits(text, value);
     for (int precision = 6; scale != 1 && precision <= exactDigits; ++precision) {
-        text = digits(value * scale, std::chars_format::general, precision);
-        if (static_cast<float>(text.toDouble() / scale) == value)
+        text->truncate(from);
+        appendDigits(text, value * scale, std::chars_format::general, precision);
+        if (static_cast<float>(text->mid(from).toDouble() / scale) == value)
             break;
     }
-    const bool isMarked = text.contains('.') || text.contains('e') || text.contains('n');
-    return isMarked ? text : text + ".0";
+    if (std::all_of(text->cbegin() + from, text->cend(), [](char c) { return c == '-' || std::isdigit(c); }))
+        *text += ".0";
 }
 
 /// Without the NULs at the end.
@@ -106,7 +124,7 @@ QString readWhole(const Variable &variable, double raw, bool isBits, quint32 *bi
     const double least = isSigned || isPlain ? -values / 2 : 0;
     const double most = isSigned ? values / 2 - 1 : values - 1;
     const double whole = std::round(raw);
-    const auto text = [](double number) { return QString::fromLatin1(scaledDigits(number)); };
+    const auto text = [](double number) { return QString::number(number, 'g', exactDigits); };
     if (!(std::abs(raw - whole) <= wholeWithin)) // of nan neither is true
         return variable.scale == 1 ? QStringLiteral("it takes whole numbers; fractions are for hr32")
                                    : QStringLiteral("it takes multiples of %1").arg(text(variable.scale));
@@ -120,21 +138,21 @@ QString readWhole(const Variable &variable, double raw, bool isBits, quint32 *bi
 
 QString readValue(const Variable &variable, const QString &text, quint32 *bits)
 {
-    const bool isBits = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
     static const QRegularExpression fraction(QStringLiteral("[.EeNn]")); // n of nan and inf
+    const bool isBits = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
     const bool mayBeFloat = variable.type == ValueType::Plain && variable.scale == 1 && variable.width() == 4;
-    const bool isFloat =
-        !isBits && (variable.type == ValueType::Float || (mayBeFloat && text.contains(fraction)));
+    const bool isFloat = variable.type == ValueType::Float || (mayBeFloat && text.contains(fraction));
     bool isNumber = true;
-    double raw = isBits ? text.mid(2).toUInt(&isNumber, 16) : 0;
-    if (!isBits)
+    double raw = 0;
+    if (isBits)
+        raw = text.mid(2).toUInt(&isNumber, 16);
+    else
         isNumber = readNumber(text, &raw);
-    if (!isBits)
-        raw /= variable.scale;
+    raw /= isBits ? 1 : variable.scale;
     const float single = static_cast<float>(raw);
     if (!isNumber || (isFloat && std::isinf(single) != std::isinf(raw)))
         return QStringLiteral("it is no number that fits %1").arg(typeName(variable));
-    if (!isFloat)
+    if (isBits || !isFloat)
         return readWhole(variable, raw, isBits, bits);
     std::memcpy(bits, &single, sizeof single);
     return QString();
@@ -169,15 +187,6 @@ QString readText(const Variable &variable, const QString &text, QByteArray *byte
 
 } // namespace
 
-quint32 reordered(quint32 bits, int order)
-{
-    if (order & LowRegisterFirst)
-        bits = bits << 16 | bits >> 16;
-    if (order & LowByteFirst)
-        bits = (bits & 0x00FF00FF) << 8 | (bits >> 8 & 0x00FF00FF);
-    return bits;
-}
-
 int valueCount(const Variable &variable, const QByteArray &bytes)
 {
     const int whole = qMin(variable.count, bytes.size() / variable.width());
@@ -189,28 +198,25 @@ void appendValue(QByteArray *text, const Variable &variable, const QByteArray &b
     if (variable.type == ValueType::Text)
         return appendText(text, variable, bytes);
     const quint32 bits = bitsAt(variable, bytes, index);
+    float single;
+    std::memcpy(&single, &bits, sizeof single);
     if (variable.type == ValueType::Float)
-        *text += floatDigits(bits, variable.scale);
+        appendFloat(text, single, variable.scale);
     else if (variable.type == ValueType::Hexadecimal)
         *text += "0x" + QByteArray::number(bits, 16).toUpper().rightJustified(2 * variable.width(), '0');
     else
-        *text += wholeDigits(variable, bits);
+        appendWhole(text, variable, bits);
 }
 
-QString valueText(const Variable &variable, const QByteArray &bytes, int longest)
+QString valueText(const Variable &variable, const QByteArray &bytes)
 {
     QByteArray text;
-    for (int i = 0; i < valueCount(variable, bytes) && text.size() <= longest; ++i) {
+    for (int i = 0; i < valueCount(variable, bytes); ++i) {
         if (i > 0)
             text += ' ';
         appendValue(&text, variable, bytes, i);
     }
     return QString::fromLatin1(text);
-}
-
-QString floatText(quint32 bits)
-{
-    return QString::fromLatin1(floatDigits(bits, 1));
 }
 
 std::optional<QByteArray> parseValues(const Variable &variable, const QString &text, QString *error)

@@ -10,26 +10,17 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
-#include <limits>
 #include <optional>
-
-/// The bits of a register or of a 32-bit value, between the driver's order and this one; both ways.
-quint32 reordered(quint32 bits, int order);
 
 /// How many values `bytes` (the driver's host-side layout) holds whole. Text is one value, whatever its length.
 int valueCount(const Variable &variable, const QByteArray &bytes);
 
 /// Appends the value at `index` < valueCount(), in ASCII. Numbers are written as in JSON, but for "nan", "inf" and
-/// "-inf"; hexadecimal ones begin with 0x. In text, bytes that cannot be printed are \xHH.
+/// "-inf"; hexadecimal ones begin with 0x, and floats have a point, an exponent or a name. In text, bytes that cannot be printed are \xHH.
 void appendValue(QByteArray *text, const Variable &variable, const QByteArray &bytes, int index);
 
-/// All values, separated by one space. Those behind `longest` characters are left out.
-QString valueText(const Variable &variable, const QByteArray &bytes,
-                  int longest = std::numeric_limits<int>::max());
-
-/// IEEE 754 single with these bits: the fewest digits that read back to the same bits, always with a point,
-/// an exponent, "nan" or "inf", so that parseValues can tell it from a whole number.
-QString floatText(quint32 bits);
+/// All values, separated by one space.
+QString valueText(const Variable &variable, const QByteArray &bytes);
 
 /// Reads exactly variable.count values, with commas or blanks between them: decimal, or 0x hexadecimal for the
 /// bits without scale. A variable of plain type takes negative numbers too (two's complement of the width), and

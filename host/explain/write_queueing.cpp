@@ -21,15 +21,10 @@ struct Piece
     QByteArray bytes;
 };
 
-bool isOfBits(const Variable &variable)
-{
-    return isBitArea(variable.area) || isBitOfRegister(variable.area);
-}
-
 /// The driver would cut a 32-bit value in two at an odd block.
 int longestPiece(const Variable &variable, int block)
 {
-    if (isOfBits(variable))
+    if (variable.width() == 1)
         return 1;
     return isPairArea(variable.area) ? block & ~1 : block;
 }
@@ -37,7 +32,7 @@ int longestPiece(const Variable &variable, int block)
 QList<Piece> piecesOf(const WriteItem &item, int block)
 {
     QList<Piece> pieces;
-    const int bytesEach = isOfBits(item.variable) ? 1 : 2;
+    const int bytesEach = qMin(2, item.variable.width());
     const int longest = longestPiece(item.variable, block);
     const int count = item.variable.driverCount();
     for (int at = 0; at < count; at += longest) {
