@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // What the host decides and counts without a socket: the link, units, passes, ages, figures.
 
-#include "../host/explain/statistics.h"
-#include "../host/explain/value_state.h"
+#include "../host/cli/poll_table.h"
+#include "../host/cli/records.h"
 #include "../host/explain/write_outcome.h"
 #include "../host/link/link_state.h"
 #include "../host/link/poll_pass.h"
@@ -10,6 +10,8 @@
 #include "../host/link/transaction_numbers.h"
 #include "../host/link/unit_switch.h"
 #include "host_words.h"
+
+#include <QtCore/QSet>
 
 #include <tuple>
 
@@ -187,6 +189,84 @@ TEST(RoundTrips, PercentilesOfTheLastThousand)
         trips.add(i);
     EXPECT_EQ(trips.percentile(50), 500);
     EXPECT_EQ(trips.percentile(99), 990);
+}
+
+/// The same bytes in every variable, just read.
+PanelSnapshot snapshotOf(const QList<Variable> &variables, const QByteArray &bytes)
+{
+    PanelSnapshot now;
+    for (const Variable &variable : variables) {
+        now.values.emplace_back(variable);
+        now.values.back().store(now.values.back().span(), bytes, 0);
+    }
+    return now;
+}
+
+TEST(PollTable, ShowsAllOfItOnAnyScreenFailedOnesFirst)
+{
+    QByteArray registers;
+    for (int i = 0; i < 125; ++i)
+        registers.append(static_cast<char>(i)).append('\1'); // 256 to 380
+    QList<Variable> all = variables("hr:1000*125 3/hr:7");
+    for (int i = 0; i < 40; ++i)
+        all << variable(QStringLiteral("hr:%1").arg(i));
+    PanelSnapshot now = snapshotOf(all, registers);
+    now.values[1].fail(now.values[1].span(), QStringLiteral("exception 2: illegal data address"));
+    for (int unit = 1; unit < 40; ++unit)
+        now.units[unit].requests = 100000;
+    const auto wordsOf = [](const QStringList &lines) {
+        const QStringList words = lines.join(QLatin1Char(' ')).split(QLatin1Char(' '));
+        return QSet<QString>(words.begin(), words.end());
+    };
+    for (const ScreenSize &size : {ScreenSize{24, 80}, ScreenSize{24, 60}, ScreenSize{13, 30}}) {
+        PollTable table(QStringLiteral("station"), 1000);
+        const QStringList first = table.screen(now, size);
+        EXPECT_EQ(first.filter(QStringLiteral("3/hr:7")).value(0), first.filter(QStringLiteral("hr:")).value(0));
+        QStringList seen, screen = first;
+        for (int page = 0; page < 100 && screen.last().contains(QStringLiteral(" below")); ++page) {
+            table.scroll({0, 1});
+            seen += screen;
+            screen = table.screen(now, size);
+            EXPECT_EQ(screen.size(), size.rows);
+            EXPECT_EQ(screen.first(), QStringLiteral("station"));
+            for (const QString &line : screen)
+                EXPECT_LE(line.size(), size.columns) << qPrintable(line);
+        }
+        EXPECT_TRUE(screen.last().contains(QStringLiteral("above"))) << qPrintable(screen.last());
+        const QStringList whole = table.lines(now);
+        const QStringList values = whole.mid(whole.indexOf(QString()));
+        EXPECT_EQ(wordsOf(values) - wordsOf(seen + screen), QSet<QString>()) << size.columns;
+        table.scroll({-1000000, 0});
+        EXPECT_EQ(table.screen(now, size), first);
+    }
+}
+
+TEST(PollTable, KeepsColumnsInPlace)
+{
+    PanelSnapshot now = snapshotOf(variables("hr:7"), bytes("0100"));
+    PollTable table(QStringLiteral("station"), 1000);
+    now.values[0].fail(now.values[0].span(), QStringLiteral("no reply"));
+    const QStringList failed = table.lines(now);
+    now.values[0].store(now.values[0].span(), bytes("0100"), 0);
+    EXPECT_EQ(table.lines(now).filter(QStringLiteral("VALUE")), failed.filter(QStringLiteral("VALUE")));
+}
+
+TEST(Records, TakeAnyValueAndAnyName)
+{
+    QList<Variable> all = variables("hr32:0*4:float hr32:0*2:hex hr:4*2:text");
+    all[2].name = QStringLiteral("a \"b\", c");
+    all[2].measure = QString(QChar(0xb0)) + QLatin1Char('C');
+    const PanelSnapshot now = snapshotOf(all, bytes("5C22C07F 0000807F 000080FF 0000C03F"));
+    const std::pair<RecordForm, const char *> rows[] = {
+        {RecordForm::Json, R"("values":["nan","inf","-inf",1.5]&"values":["0x7FC0225C","0x7F800000"]&"name":"a \"b\", c",&)"
+                           R"("values":["\"\\\\\\x7f\\xc0"],"measure":"°C")"},
+        {RecordForm::Csv, ",hr32:0*4:float,1/hr32:0*4,nan inf -inf 1.5,,&,0x7FC0225C 0x7F800000,&,\"a \"\"b\"\", c\","},
+    };
+    for (const auto &[form, parts] : rows) {
+        const QByteArray text = record(now, {form, QStringLiteral("station"), 1000});
+        for (const QByteArray &part : QByteArray(parts).split('&'))
+            EXPECT_TRUE(text.contains(part)) << part.constData() << "\n" << text.constData();
+    }
 }
 
 TEST(WriteOutcome, ClaimsOnlyWhatWasAcknowledged)

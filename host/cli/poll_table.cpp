@@ -58,15 +58,17 @@ void cut(QStringList *lines, int most)
         *lines = lines->mid(0, most - 1) << QStringLiteral("... and %1 lines more").arg(tooMany + 1);
 }
 
-/// "+5 above, +18 below", and how to get there.
-QString hiddenText(int above, int below)
+/// "+5 above, +18 below", and how to get there where that fits.
+QString hiddenText(int above, int below, int columns)
 {
     QStringList parts;
     if (above > 0)
         parts << QStringLiteral("+%1 above").arg(above);
     if (below > 0)
         parts << QStringLiteral("+%1 below").arg(below);
-    return parts.join(QStringLiteral(", ")) + QStringLiteral(" (arrows, PgUp, PgDn, Home, End; q ends)");
+    const QString text = parts.join(QStringLiteral(", "));
+    const QString withKeys = text + QStringLiteral(" (arrows, PgUp, PgDn, Home, End; q ends)");
+    return withKeys.size() <= columns ? withKeys : text;
 }
 
 } // namespace
@@ -116,7 +118,7 @@ QStringList PollTable::screen(const PanelSnapshot &now, const ScreenSize &size)
     m_lastTop = values.body.size() - m_page;
     scroll({});
     lines += values.body.mid(m_top, m_page);
-    lines << hiddenText(m_top, m_lastTop - m_top);
+    lines << hiddenText(m_top, m_lastTop - m_top, size.columns);
     return lines.mid(0, size.rows);
 }
 

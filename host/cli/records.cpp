@@ -66,25 +66,33 @@ template <typename Value> void put(Json *json, const char *name, const Value &va
         json->String(value);
 }
 
-/// Numbers as they are shown; text and what JSON has no number for as text.
+/// Numbers as they are shown; hexadecimal ones, nan and inf as text. In one piece: there may be thousands.
+QByteArray jsonArray(const Variable &variable, const QByteArray &bytes)
+{
+    QByteArray array = "[";
+    for (int i = 0; i < valueCount(variable, bytes); ++i) {
+        if (i > 0)
+            array += ',';
+        const int from = array.size();
+        appendValue(&array, variable, bytes, i);
+        if (variable.type == ValueType::Hexadecimal || array.endsWith('n') || array.endsWith('f'))
+            array.insert(from, '"').append('"');
+    }
+    return array + ']';
+}
+
 void putValues(Json *json, const ValueState &value)
 {
     const Variable &variable = value.variable();
-    const bool isText = variable.type == ValueType::Text || variable.type == ValueType::Hexadecimal;
-    const int count = value.readAtMs() < 0 ? 0 : valueCount(variable, value.value());
     json->Key("values");
-    json->StartArray();
-    QByteArray word;
-    for (int i = 0; i < count; ++i) {
-        word.resize(0); // keeps its memory
-        appendValue(&word, variable, value.value(), i);
-        const auto size = static_cast<unsigned>(word.size());
-        if (isText || word.endsWith('n') || word.endsWith('f')) // nan, inf
-            json->String(word.constData(), size);
-        else
-            json->RawValue(word.constData(), size, rapidjson::kNumberType);
+    if (variable.type == ValueType::Text && value.readAtMs() >= 0) {
+        json->StartArray();
+        putText(json, valueText(variable, value.value()));
+        json->EndArray();
+        return;
     }
-    json->EndArray();
+    const QByteArray array = value.readAtMs() < 0 ? "[]" : jsonArray(variable, value.value());
+    json->RawValue(array.constData(), static_cast<std::size_t>(array.size()), rapidjson::kArrayType);
 }
 
 void putVariable(Json *json, const ValueState &value, const PanelSnapshot &now, qint64 freshForMs)
