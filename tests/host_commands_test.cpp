@@ -69,6 +69,10 @@ TEST(Commands, WhatIsWrongIsOneLineAndACode)
         {"no value", writeCommand, "--simulate hr:1", ExitUsage, "VARIABLE=VALUE"},
         {"a value too many", writeCommand, "--simulate hr:1=1,2", ExitUsage, "hr:1"},
         {"a 32-bit value in blocks of one register", writeCommand, "--simulate --block 1 hr32:1=1", ExitUsage, "--block"},
+        {"unit 0 in a scan", scanCommand, "--units 0-3", ExitUsage, "--units takes"},
+        {"two places for the unit", scanCommand, "--units 1-3 2/hr:0", ExitUsage, "one variable, without unit"},
+        {"a scan of nothing", scanCommand, "", ExitUsage, "no variable is named"},
+        {"nobody listens to a scan", scanCommand, "--connect 127.0.0.1:1 --units 1-3", ExitNoLink, "connection refused"},
         {"no driver", readCommand, "--driver /nowhere/driver.so hr:1", ExitNoLink, "/nowhere/driver.so"},
         {"no driver's functions", readCommand, "--driver libm.so.6 hr:1", ExitNoLink, "SetComInfo"},
         {"no hexadecimal", decodeCommand, "0x", ExitUsage, "not hexadecimal"},
@@ -114,8 +118,7 @@ TEST(Commands, ReportsAndEndsWithTheWorstOutcome)
 {
     using Row = std::tuple<Command, const char *, int, const char *, const char *>;
     const Row rows[] = {
-        {readCommand, "--fault exception=2@address=62 hr:60*2 hr:62 --format hex", ExitFailed,
-         "hr:60*2 = 0x003C 0x003D\n",
+        {readCommand, "--fault exception=2@address=62 hr:60*2 hr:62 --format hex", ExitFailed, "hr:60*2 = 0x003C 0x003D\n",
          "modbus-panel read: no --connect: the values are those of a simulated station\n"
          "modbus-panel read: hr:62: exception 2: illegal data address\n"},
         {readCommand, "--simulate --fault exception=2 hr:49999 hr:50000 input:10001 --timeout 5000", ExitFailed, "",
@@ -124,6 +127,18 @@ TEST(Commands, ReportsAndEndsWithTheWorstOutcome)
          "modbus-panel read: hr:50000: exception 2: illegal data address\n"
          "modbus-panel read: input:10001: exception 2: illegal data address; manuals that count 10001 as the first "
          "discrete input mean input:0\n"},
+        {scanCommand,
+         "--simulate --gap 0 --timeout 300 --units 1-3,5 hr:60 --fault exception=2@unit=2 --fault silence@unit=3 "
+         "--fault exception=11@unit=5",
+         ExitDone,
+         "unit 1: answered, hr:60 = 60\nunit 2: exception 2: illegal data address\nunit 3: silent\n"
+         "unit 5: exception 11: no response behind the gateway, says the gateway\n"
+         "4 of 4 asked; values: 1, exceptions: 1, exceptions of a gateway: 1, no answer: 1\n",
+         ""},
+        {scanCommand, "--simulate --gap 0 2/hr:60*2 coil:7*2 hr32:62*2 --fault exception=3@address=61", ExitDone,
+         "2/hr:60 = 60\n2/hr:61: exception 3: illegal data value\n1/coil:7 = 0\n1/coil:8 = 0\n1/hr32:62 = 4063295\n"
+         "1/hr32:64 = 4194369\n6 of 6 asked; values: 5, exceptions: 1, exceptions of a gateway: 0, no answer: 0\n",
+         ""},
         {writeCommand, "--simulate hr:60=1 coil:1=1", ExitDone, "hr:60=1: acknowledged\ncoil:1=1: acknowledged\n", ""},
         {writeCommand, "--simulate hr:70=1 hr:71=2 hr:71=3 hr:30=1 --fault exception=6@address=30", ExitFailed,
          "hr:70=1: acknowledged\nhr:71=2: replaced by a later write before it was sent\n"
@@ -138,6 +153,15 @@ TEST(Commands, ReportsAndEndsWithTheWorstOutcome)
         EXPECT_EQ(ended.out, std::string("simulated station\n") + out);
         EXPECT_EQ(ended.err, err);
     }
+}
+
+TEST(Commands, ScanKeepsTheConnectionThroughSilentUnits)
+{
+    const Ended ended = run(scanCommand, "--simulate --trace --gap 0 --timeout 30 --units 1-12 --fault silence");
+    EXPECT_EQ(ended.code, ExitFailed);
+    EXPECT_TRUE(holds(ended.out, "unit 12: silent\n12 of 12 asked")) << ended.out;
+    EXPECT_TRUE(holds(ended.err, "# connected")) << ended.err;
+    EXPECT_FALSE(holds(ended.err, "dropped")) << ended.err;
 }
 
 TEST(Commands, ShowWhatWasAskedFor)

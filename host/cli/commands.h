@@ -10,6 +10,7 @@
 int pollCommand(const QStringList &arguments);
 int readCommand(const QStringList &arguments);
 int writeCommand(const QStringList &arguments);
+int scanCommand(const QStringList &arguments);
 int planCommand(const QStringList &arguments);
 int decodeCommand(const QStringList &arguments);
 int statusCommand(const QStringList &arguments);

@@ -89,7 +89,7 @@ QString variablesHelp()
     return QString::fromLatin1(areasHelp);
 }
 
-void addLinkOptions(CommandLine *line, const char *retries)
+void addLinkOptions(CommandLine *line, const char *retries, const char *gap, const char *block)
 {
     line->addOption("connect", QStringLiteral("The station; port 502 when left out."), "HOST:PORT");
     line->addOption("simulate", QStringLiteral("A simulated station inside, with every unit that is asked."));
@@ -110,11 +110,11 @@ void addLinkOptions(CommandLine *line, const char *retries)
         QStringLiteral("Milliseconds to listen after each reply of a station that echoes no transaction "
                        "numbers: another reply in this time shows that one of them is late."),
         "MS", "20");
-    line->addOption("gap", QStringLiteral("Milliseconds between a reply and the next request."), "MS", "0");
+    line->addOption("gap", QStringLiteral("Milliseconds between a reply and the next request."), "MS", gap);
     line->addOption("block",
                     QStringLiteral("Most registers, or bytes of bits, in a request (the protocol: reads "
                                    "125 registers or 2000 bits, writes 123 registers)."),
-                    "N", "100");
+                    "N", block);
     line->addOption("trace",
                     QStringLiteral("Print each frame on stderr, or with --trace=FILE into a file, as "
                                    "Wireshark's text import reads it."),

@@ -14,8 +14,8 @@
 /// How variables are written, for the help behind a command's description.
 QString variablesHelp();
 
-/// `retries` is the default of --retries.
-void addLinkOptions(CommandLine *line, const char *retries);
+/// With the defaults of --retries, --gap and --block.
+void addLinkOptions(CommandLine *line, const char *retries, const char *gap = "0", const char *block = "100");
 /// Reads them; errors go to line->complain().
 PanelOptions linkOptions(CommandLine *line);
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "interrupt.h"
 
-#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -92,6 +91,11 @@ void catchInterrupts()
 }
 
 bool isInterrupted()
+{
+    return interrupted;
+}
+
+const std::atomic<bool> &interruptedFlag()
 {
     return interrupted;
 }

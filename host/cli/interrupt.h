@@ -5,10 +5,13 @@
 
 #pragma once
 
+#include <atomic>
+
 /// From now on the first SIGINT, SIGTERM or SIGHUP sets the flag, and the second ends the process at once with 128 plus
 /// its number. SIGHUP stays ignored where it was.
 void catchInterrupts();
 bool isInterrupted();
+const std::atomic<bool> &interruptedFlag();
 
 /// A terminal at stdin now gives each key at once and unseen; returns whether there is one. Until leaveTerminal whatever
 /// signal stops or ends the process undoes that, and writes the text, which must outlive all signals, to stdout.

@@ -22,6 +22,7 @@ const Command commands[] = {
     {"poll", pollCommand, "poll variables and show values, ages and counts of each unit"},
     {"read", readCommand, "read variables once"},
     {"write", writeCommand, "write variables once and tell the outcome of each"},
+    {"scan", scanCommand, "find out which units or registers answer"},
     {"plan", planCommand, "print the requests that variables become; touches no device"},
     {"decode", decodeCommand, "explain a frame field by field"},
     {"status", statusCommand, "explain a status code of the driver"},

@@ -54,6 +54,9 @@ public:
 
     const DriverLibrary &driver() const { return m_driver; }
     PanelState &state() { return m_state; }
+    /// For who asks without start(): the trace, and the station's place and the rules of the connection.
+    const Trace &trace() const { return m_trace; }
+    const ConnectionOptions &connection() const { return m_options.connection; }
     StationThread *station() const { return m_station.get(); } ///< the built-in one, or null
     /// Where the station is: "192.0.2.7:502", or "simulated". After prepare().
     QString address() const;

@@ -320,7 +320,10 @@ void Connection::recoverFrom(LinkCause cause)
     const QString rest = m_replies.restText();
     m_trace.comment(rest.isEmpty() ? linkCauseText(cause)
                                    : QStringLiteral("%1: %2").arg(linkCauseText(cause), rest));
-    switch (recoveryAfter(cause, {m_options.afterTimeout, m_replies.areNumbersEchoed(), m_silentInRow})) {
+    StreamFacts facts = {m_options.afterTimeout, m_replies.areNumbersEchoed(), m_silentInRow};
+    if (m_options.isSilenceUsual)
+        facts = {m_options.afterTimeout, numbers() != TransactionNumbers::NotEchoed, 0};
+    switch (recoveryAfter(cause, facts)) {
     case Recovery::None:
         return m_link.keptUp();
     case Recovery::Drain:

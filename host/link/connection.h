@@ -24,6 +24,7 @@ struct ConnectionOptions
     int patienceMs =
         20; ///< how long a request waits for a link that is backing off, before it counts as not sent
     AfterTimeout afterTimeout = AfterTimeout::Numbers;
+    bool isSilenceUsual = false; ///< most requests go to nobody: silence alone does not drop the connection
     bool remote = false; ///< frames carry neither number nor length: a reply is as long as the driver expects
     BackOffTimes backOff;
 };
