@@ -41,169 +41,138 @@ struct Target
     QString answered; ///< between the name and a value
 };
 
-QList<Target> unitTargets(CommandLine *line, QList<Variable> variables)
+void addUnits(CommandLine *line, const QList<Variable> &variables, QList<Target> *targets)
 {
-    const auto units = parseUnitNumbers(line->value("units"));
+    const QString text = line->value("units");
+    const auto units = parseUnitNumbers(text);
     if (!units)
         line->complain(
             QStringLiteral("--units takes different numbers from 1 to 255, as in 1-5,7, not \"%1\"")
-                .arg(line->value("units")));
-    const bool isOneValue = variables.size() == 1 && variables.first().count == 1;
-    if (!isOneValue || variables.first().name.contains(QLatin1Char('/')))
+                .arg(text));
+    Variable asked = variables.value(0);
+    if (variables.size() != 1 || asked.count != 1 || asked.name.contains(QLatin1Char('/')))
         line->complain(QStringLiteral("--units takes one variable, without unit and count"));
-    QList<Target> targets;
     for (const int unit : units.value_or(QList<int>())) {
-        Variable variable = variables.value(0);
-        variable.unit = unit;
-        targets << Target{variable, QStringLiteral("unit %1").arg(unit),
-                          QStringLiteral(": answered, %1 = ").arg(variable.name)};
+        asked.unit = unit;
+        *targets << Target{asked, QStringLiteral("unit %1").arg(unit),
+                           QStringLiteral(": answered, %1 = ").arg(asked.name)};
     }
-    return targets;
 }
 
 /// The parts of a variable that have a request of their own, of at most `block` registers or bytes of bits.
-QList<Target> rangeTargets(CommandLine *line, const Variable &whole, int block)
+void addParts(CommandLine *line, const Variable &whole, int block, QList<Target> *targets)
 {
     if (isBitOfRegister(whole.area))
         line->complain(QStringLiteral("%1: scan asks for whole registers, hr or ir").arg(whole.name));
     const int step = isPairArea(whole.area) ? 2 : 1; // addresses of a value
-    QList<Target> targets;
     Variable part = whole;
     for (int left = whole.count; left > 0; left -= part.count) {
-        part.count = isBitArea(whole.area) ? 8 * block - part.address % 8 : qMax(1, block / step);
-        part.count = qMin(left, part.count);
+        const int most = isBitArea(whole.area) ? 8 * block - part.address % 8 : qMax(1, block / step);
+        part.count = qMin(left, most);
         part.addressText = QString::number(part.address);
-        targets << Target{part, placeText(part), QStringLiteral(" = ")};
+        *targets << Target{part, placeText(part), QStringLiteral(" = ")};
         part.address += step * part.count;
     }
-    return targets;
 }
 
-QList<Target> readTargets(CommandLine *line, const PanelOptions &options)
+/// On a terminal, until the next text takes its place.
+void showProgress(const QString &text)
 {
-    QList<Variable> variables;
-    QString error;
-    if (line->isSet("units") && line->words().isEmpty() && !line->isSet("file"))
-        variables << *parseVariable(QLatin1String(options.connection.remote ? "coil:0" : "hr:0"), &error);
-    else
-        variables = variablesToRead(line, options.connection.remote, formatOption(line));
-    if (line->isSet("units"))
-        return unitTargets(line, variables);
-    QList<Target> targets;
-    for (const Variable &variable : variables)
-        targets << rangeTargets(line, variable, options.block);
-    return targets;
+    if (isatty(STDERR_FILENO) == 1)
+        std::fprintf(stderr, "\r\x1b[K%s", qPrintable(text));
 }
 
 class Scan
 {
 public:
-    Scan(const PanelSession &session, const QList<Target> &targets, const PanelOptions &options)
-        : m_session(session), m_targets(targets), m_options(options),
-          m_connection(session.connection(), session.trace(), interruptedFlag()),
-          m_hasProgress(isatty(STDERR_FILENO) == 1 && !(options.trace && options.traceFile.isEmpty()))
+    Scan(const PanelSession &session, int retries)
+        : m_session(session), m_retries(retries),
+          m_connection(session.connection(), session.trace(), interruptedFlag())
     {
     }
 
     /// False when there is no link, for linkCause().
-    bool run()
-    {
-        bool hasLink = m_connection.open();
-        for (int i = 0; hasLink && i < m_targets.size() && !isInterrupted() && !std::ferror(stdout); ++i) {
-            if (m_hasProgress)
-                std::fprintf(stderr, "\r%d of %d, %d answered", i, m_targets.size(), m_values + m_exceptions);
-            hasLink = ask(m_targets.at(i));
-        }
-        if (m_hasProgress)
-            std::fputs("\r\x1b[K", stderr);
-        return hasLink || isInterrupted();
-    }
+    bool run(const QList<Target> &targets);
     LinkCause linkCause() const { return m_connection.cause(); }
-    bool hasAnswers() const { return m_values + m_exceptions > 0; }
-
-    QString summary() const
-    {
-        const QString text =
-            QStringLiteral(
-                "%1 of %2 asked; values: %3, exceptions: %4, exceptions of a gateway: %5, no answer: %6")
-                .arg(m_values + m_exceptions + m_ofGateway + m_none)
-                .arg(m_targets.size())
-                .arg(m_values)
-                .arg(m_exceptions)
-                .arg(m_ofGateway)
-                .arg(m_none);
-        return m_late > 0 ? QStringLiteral("%1; late replies: %2, raise --timeout").arg(text).arg(m_late)
-                          : text;
-    }
+    bool hasAnswers() const { return m_answered > 0; }
 
 private:
-    bool ask(const Target &target)
-    {
-        RW_VAR access;
-        Exchange exchange;
-        int status = StatusRetry;
-        for (int tries = 0; tries <= m_options.retries && exchange.end != Exchange::Answered; ++tries) {
-            status = exchangeOne(target.variable, &access, &exchange);
-            if (exchange.end == Exchange::NotSent || exchange.cause == LinkCause::Stopped)
-                return exchange.cause == LinkCause::Stopped;
-        }
-        const QString text = answer(target, access, exchange, status);
-        if (m_hasProgress)
-            std::fputs("\r\x1b[K", stderr);
-        std::printf("%s%s\n", qPrintable(target.name), qPrintable(text));
-        std::fflush(stdout);
-        return true;
-    }
-    int exchangeOne(const Variable &variable, RW_VAR *access, Exchange *exchange);
-    QString answer(const Target &target, const RW_VAR &access, const Exchange &exchange, int status);
+    void exchange(const Variable &variable);
+    QString answer(const Target &target);
 
     const PanelSession &m_session;
-    const QList<Target> m_targets;
-    const PanelOptions m_options;
+    const int m_retries;
     Connection m_connection;
-    const bool m_hasProgress;
-    int m_values = 0, m_exceptions = 0, m_ofGateway = 0, m_none = 0;
-    int m_late = 0; ///< replies that came after their time-out
+    RW_VAR m_access; ///< of the last exchange
+    Exchange m_exchange;
+    int m_status = StatusUnknown;
+    int m_answered = 0;
 };
 
-/// Returns the driver's status.
-int Scan::exchangeOne(const Variable &variable, RW_VAR *access, Exchange *exchange)
+bool Scan::run(const QList<Target> &targets)
+{
+    bool hasLink = m_connection.open();
+    int asked = 0;
+    const auto counts = [&] {
+        return QStringLiteral("%1 of %2 asked, %3 answered").arg(asked).arg(targets.size()).arg(m_answered);
+    };
+    while (hasLink && asked < targets.size() && !std::ferror(stdout)) {
+        const Target &target = targets.at(asked);
+        showProgress(counts());
+        for (int tries = 0; tries <= m_retries && (tries == 0 || m_exchange.end != Exchange::Answered);
+             ++tries)
+            exchange(target.variable);
+        showProgress(QString());
+        hasLink = m_exchange.end != Exchange::NotSent;
+        if (!hasLink || isInterrupted())
+            break;
+        const QString text = answer(target);
+        ++asked;
+        std::printf("%s%s\n", qPrintable(target.name), qPrintable(text));
+        std::fflush(stdout);
+    }
+    if (asked > 0 || isInterrupted())
+        std::printf("%s\n", qPrintable(counts()));
+    return hasLink || isInterrupted();
+}
+
+void Scan::exchange(const Variable &variable)
 {
     const DriverLibrary &driver = m_session.driver();
     CommSettings settings;
-    settings.remoteMode = m_options.connection.remote ? 1 : 0;
+    settings.remoteMode = m_session.connection().remote ? 1 : 0;
     queueReads(driver, settings, {variable});
     const Protocol *request = driver.nextRequest();
     if (!request) // a first "nothing to send" may only end a burst
         request = driver.nextRequest();
+    m_exchange = Exchange();
     if (!request)
-        return StatusUnknown;
+        return;
     const Protocol asked = *request; // the driver's record ends with handReply
-    *access = asked.var;
-    *exchange = m_connection.exchange(asked);
-    m_late += exchange->before.lateUnits.size();
-    QByteArray reply = exchange->reply;
-    return driver.handReply(&reply, reply.size())->status;
+    m_access = asked.var;
+    m_exchange = m_connection.exchange(asked);
+    if (!m_exchange.before.lateUnits.isEmpty())
+        std::printf("unit %d: a late reply, raise --timeout\n", m_exchange.before.lateUnits.first());
+    QByteArray reply = m_exchange.reply;
+    m_status = driver.handReply(&reply, reply.size())->status;
 }
 
-/// Counts the answer and tells it.
-QString Scan::answer(const Target &target, const RW_VAR &access, const Exchange &exchange, int status)
+/// An exception is an answer, unless it is a gateway's that has none.
+QString Scan::answer(const Target &target)
 {
     const Variable &variable = target.variable;
-    if (status == StatusDone || status == StatusRemoteAccepted) {
-        ++m_values;
+    const int exception = exceptionCode(m_exchange.reply);
+    const bool isOfGateway = exception == ExceptionGatewayPath || exception == ExceptionGatewayTarget;
+    m_answered += m_exchange.end == Exchange::Answered && !isOfGateway;
+    if (exception < 0 && (m_status == StatusDone || m_status == StatusRemoteAccepted)) {
         QByteArray value;
         m_session.driver().getRegisterData(0, variable.area, variable.addressText, variable.unit, value,
                                            variable.driverCount());
         return target.answered + valueText(variable, value);
     }
-    const int exception = exceptionCode(exchange.reply);
-    const bool isOfGateway = exception == ExceptionGatewayPath || exception == ExceptionGatewayTarget;
-    ++(isOfGateway ? m_ofGateway : exception >= 0 ? m_exceptions : m_none);
-    const bool isSilent = exchange.cause == LinkCause::Silent;
+    const bool isSilent = m_exchange.cause == LinkCause::Silent;
     return QStringLiteral(": ") +
-           (isSilent ? QStringLiteral("silent") : failureText(access, exchange, status)) +
-           QLatin1String(isOfGateway ? ", says the gateway" : "");
+           (isSilent ? QStringLiteral("silent") : failureText(m_access, m_exchange, m_status));
 }
 
 } // namespace
@@ -218,18 +187,25 @@ int scanCommand(const QStringList &arguments)
     addReadOptions(&line);
     if (const auto code = line.parse(arguments))
         return *code;
+    if (line.isSet("units") && line.words().isEmpty() && !line.isSet("file"))
+        line.parse(arguments + QStringList(QStringLiteral("hr:0")));
     PanelOptions options = linkOptions(&line);
     options.connection.patienceMs = patienceMs;
     options.connection.isSilenceUsual = line.isSet("units");
-    const QList<Target> targets = readTargets(&line, options);
+    const QList<Variable> variables = variablesToRead(&line, options.connection.remote, formatOption(&line));
+    QList<Target> targets;
+    if (line.isSet("units"))
+        addUnits(&line, variables, &targets);
+    for (int i = 0; !line.isSet("units") && i < variables.size(); ++i)
+        addParts(&line, variables.at(i), options.block, &targets);
     if (!line.isFine())
         return line.fail();
 
-    QList<Variable> variables;
-    for (const Target &target : targets)
-        variables << target.variable;
     options.block = qMax(2, options.block); // the driver reads a 32-bit value whole
-    PanelSession session(options, variables);
+    QList<Variable> asked;
+    for (const Target &target : targets)
+        asked << target.variable;
+    PanelSession session(options, asked);
     QString error;
     if (const ExitCode code = session.prepare(&error); code != ExitDone)
         return line.fail(code, error);
@@ -237,11 +213,8 @@ int scanCommand(const QStringList &arguments)
     std::printf("%s\n", qPrintable(session.peer()));
     std::fflush(stdout);
     catchInterrupts();
-    Scan scan(session, targets, options);
-    const bool hasLink = scan.run();
-    if (hasLink || scan.hasAnswers())
-        std::printf("%s\n", qPrintable(scan.summary()));
-    if (!hasLink)
+    Scan scan(session, options.retries);
+    if (!scan.run(targets))
         return line.fail(ExitNoLink,
                          QStringLiteral("%1: %2").arg(session.peer(), linkCauseText(scan.linkCause())));
     return scan.hasAnswers() ? ExitDone : ExitFailed;
