@@ -189,8 +189,7 @@ QString readText(const Variable &variable, const QString &text, QByteArray *byte
 
 int valueCount(const Variable &variable, const QByteArray &bytes)
 {
-    const int whole = qMin(variable.count, bytes.size() / variable.width());
-    return variable.type == ValueType::Text ? qMin(1, whole) : whole;
+    return variable.type == ValueType::Text ? 1 : qMin(variable.count, bytes.size() / variable.width());
 }
 
 void appendValue(QByteArray *text, const Variable &variable, const QByteArray &bytes, int index)

@@ -8,8 +8,13 @@ namespace {
 /// Another notation, in small letters behind "UNIT/", and the usual one. "#" leads a number that counts from 1.
 struct Rule
 {
-    const char *other;
-    const char *usual;
+    Rule(const char *notation, const char *usualOne)
+        : other(QString::fromLatin1(notation)), usual(QString::fromLatin1(usualOne))
+    {
+    }
+
+    QRegularExpression other;
+    QString usual;
 };
 
 const Rule rules[] = {
@@ -70,7 +75,7 @@ QString likelyVariable(const QString &text, int base)
     QString likely = text.mid(slash + 1).toLower();
     compute(&likely, "0x([0-9a-f]+)", 16, [](int number, int) { return QString::number(number); });
     for (const Rule &rule : rules)
-        likely.replace(QRegularExpression(QString::fromLatin1(rule.other)), QString::fromLatin1(rule.usual));
+        likely.replace(rule.other, rule.usual);
     compute(&likely, "#(\\d+)", 10, [base](int number, int) { return QString::number(number - 1 + base); });
     compute(&likely, "(\\d+)-(\\d+)", 10,
             [](int first, int last) { return QStringLiteral("%1*%2").arg(first).arg(last - first + 1); });
