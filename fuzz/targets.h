@@ -10,6 +10,7 @@
 
 void fuzzHostCalls(const quint8 *bytes, std::size_t size); ///< any calls, any replies, all modes
 void fuzzPollLists(const quint8 *bytes,
-                   std::size_t size);                    ///< poll lists and one-shot reads ask for every value
-void fuzzFraming(const quint8 *bytes, std::size_t size); ///< the host's framing of a stream
-void fuzzValues(const quint8 *bytes, std::size_t size);  ///< variables and values as people write them
+                   std::size_t size);                       ///< poll lists and one-shot reads ask for every value
+void fuzzFraming(const quint8 *bytes, std::size_t size);    ///< the host's framing of a stream
+void fuzzConnection(const quint8 *bytes, std::size_t size); ///< the host's communication with a station that may do anything
+void fuzzValues(const quint8 *bytes, std::size_t size);     ///< variables and values as people write them

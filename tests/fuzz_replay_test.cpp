@@ -41,7 +41,7 @@ TEST_P(FuzzReplay, NoInputBreaksAPromise)
 }
 
 #if QT_VERSION >= 0x050000
-#define HOST_TARGETS , Target("Framing", fuzzFraming), Target("Values", fuzzValues)
+#define HOST_TARGETS , Target("Framing", fuzzFraming), Target("Values", fuzzValues), Target("Connection", fuzzConnection)
 #else
 #define HOST_TARGETS
 #endif

@@ -4,8 +4,6 @@
 #include "../../driver/api/codes.h"
 #include "../../driver/base/modbus_wire.h"
 
-#include <chrono>
-
 using namespace modbus_driver;
 using namespace modbus_driver::wire;
 
@@ -15,9 +13,12 @@ enum { MostShown = 64 };           // bytes in a trace comment
 enum { MostAtOnce = 4096 };        // bytes of one call of receive
 enum { MostPerRequest = 1 << 16 }; // bytes between two requests; a thousand late replies are fewer
 
+/// Numbers of two runs within a short time lie far apart.
 unsigned seedOfNumbers()
 {
-    return static_cast<unsigned>(std::chrono::steady_clock::now().time_since_epoch().count() / 1000);
+    QElapsedTimer clock;
+    clock.start();
+    return static_cast<unsigned>(clock.msecsSinceReference()) * 40503;
 }
 
 } // namespace
