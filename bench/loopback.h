@@ -7,7 +7,7 @@
 namespace bench {
 
 /// Prints, as JSON, the rate and the CPU time of `exchanges` reads of `registers` registers from unit 1 at
-/// 127.0.0.1:port. False, with a line on stderr, when the station does not answer.
-bool printLoopback(int port, int registers, int exchanges);
+/// 127.0.0.1:port, with or without the driver. False, with a line on stderr, when the station does not answer.
+bool printLoopback(bool hasDriver, int port, int registers, int exchanges);
 
 } // namespace bench

@@ -22,7 +22,7 @@ const char usageText[] =
     "       driver-bench plant                         passes over 250 stations in virtual time\n"
     "       driver-bench steps NAME COUNT              one work, for a program that counts instructions\n"
     "       driver-bench counted PART COUNT            works with PART in their names, each in countedSteps\n"
-    "       driver-bench loopback PORT REGISTERS COUNT reads over TCP from 127.0.0.1\n";
+    "       driver-bench loopback bare | driver PORT REGISTERS COUNT  reads over TCP from 127.0.0.1\n";
 
 int usage()
 {
@@ -67,8 +67,9 @@ int main(int argc, char *argv[])
         return exitCode(bench::runSteps(argv[2], number(3)));
     if (is("counted", 4))
         return exitCode(bench::runCounted(argv[2], number(3)));
-    if (is("loopback", 5))
-        return exitCode(bench::printLoopback(number(2), number(3), number(4)));
+    if (is("loopback", 6))
+        return exitCode(
+            bench::printLoopback(std::strcmp(argv[2], "driver") == 0, number(3), number(4), number(5)));
 #ifdef BENCH_TIMES
     if (argc > 1 && std::strcmp(argv[1], "waits") == 0) {
         bench::registerPanelWaits();

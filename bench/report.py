@@ -3,7 +3,8 @@
 
   report.py callgrind NAMES PROFILE         instructions of each work, as JSON, from callgrind's dumps
   report.py armhf TEXT                      instructions of each work, as JSON, from the counts of two runs
-  report.py loopback RUN COST EXCHANGES     a run of driver-bench with what modbus-panel cost, as JSON
+  report.py panel COST EXCHANGES            what a run of modbus-panel cost, as JSON
+  report.py hosts RESULTS [FILE]            prints the table of hosts, and puts it between its marks of a document
   report.py tables RESULTS                  prints every table as Markdown and writes tables.md and *.dat
   report.py document RESULTS FILE           puts the tables between the marks of a document
   report.py check RESULTS LIMITS            fails when a count passes its limit
@@ -166,16 +167,23 @@ def plant_cost_table(folder):
     return table(["image", "instructions a pass", "for each exchange", "heap kept", "bytes a register"], rows)
 
 
-def loopback_table(folder):
+def hosts_table(folder):
+    """The medians over all turns. Share: of what Qt's class takes beyond bare sockets, what this client does."""
     rows = []
-    for registers in (1, 125):
-        run = load(folder, f"loopback-{registers}")
-        for client in ("bare_socket", "driver", "modbus-panel"):
-            if client in run:
-                rows.append([f"{registers} register{'s' if registers > 1 else ''}, {told(client)}",
-                             f"{run[client]['exchanges_per_second']:,.0f}",
-                             f"{run[client]['cpu_seconds_per_100000']:.2f}"])
-    return table(["reads, client", "exchanges a second", "CPU seconds per 100,000"], rows)
+    for registers in (1, 100):
+        runs = {}
+        for file in sorted(folder.glob(f"hosts-{registers}-*.json")):
+            client = file.stem.split("-", 2)[2].rsplit("-", 1)[0]
+            runs.setdefault(client, []).append(json.loads(file.read_text()))
+        middle = {(client, key): sorted(turn[key] for turn in turns)[len(turns) // 2]
+                  for client, turns in runs.items() for key in turns[0]}
+        bare, qt = (middle[client, "cpu_microseconds"] for client in ("bare socket", "Qt client class"))
+        for client in runs:
+            cost = middle[client, "cpu_microseconds"]
+            rows.append([f"{registers} register{'s' if registers > 1 else ''}, {client}",
+                         f"{middle[client, 'exchanges_per_second']:,.0f}", f"{cost:.2f}",
+                         f"{(cost - bare) / (qt - bare):.2f}" if client != "bare socket" else ""])
+    return table(["reads, client", "exchanges a second", "CPU µs for each", "share of Qt's excess"], rows)
 
 
 def growth_table(times, instructions):
@@ -216,7 +224,7 @@ def all_tables(folder):
             "values": values_table(folder),
             "plant": plant_table(folder),
             "plant-cost": plant_cost_table(folder),
-            "loopback": loopback_table(folder)}
+            "hosts": hosts_table(folder)}
 
 
 def callgrind(names, profile):
@@ -237,17 +245,14 @@ def armhf(text):
     return {name: (high[1] - low[1]) / (high[0] - low[0]) for name, (low, high) in runs.items()}
 
 
-def loopback(run, cost, exchanges):
-    result = json.loads(pathlib.Path(run).read_text())
+def panel(cost, exchanges):
     seconds, user, system = map(float, pathlib.Path(cost).read_text().split())
-    result["modbus-panel"] = {"exchanges_per_second": int(exchanges) / seconds,
-                              "cpu_seconds_per_100000": (user + system) * 1e5 / int(exchanges)}
-    return result
+    return {"exchanges_per_second": int(exchanges) / seconds, "cpu_microseconds": (user + system) * 1e6 / int(exchanges)}
 
 
-def document(folder, file):
+def document(tables, file):
     text = pathlib.Path(file).read_text()
-    for name, content in all_tables(folder).items():
+    for name, content in tables.items():
         mark = re.compile(rf"(<!-- bench: {name} -->\n).*?(<!-- end -->)", re.S)
         if not mark.search(text):
             sys.exit(f"report: {file} has no place for {name}")
@@ -285,14 +290,19 @@ def main(words):
         print(json.dumps(callgrind(*words[1:3]), indent=1))
     elif words[0] == "armhf":
         print(json.dumps(armhf(words[1]), indent=1))
-    elif words[0] == "loopback":
-        print(json.dumps(loopback(*words[1:4]), indent=1))
+    elif words[0] == "panel":
+        print(json.dumps(panel(*words[1:3])))
+    elif words[0] == "hosts":
+        tables = {"hosts": hosts_table(folder)}
+        print(tables["hosts"])
+        if len(words) > 2:
+            document(tables, words[2])
     elif words[0] == "tables":
         text = "\n\n".join(f"## {name}\n\n{content}" for name, content in all_tables(folder).items()) + "\n"
         (folder / "tables.md").write_text(text)
         print(text)
     elif words[0] == "document":
-        document(folder, words[2])
+        document(all_tables(folder), words[2])
     elif words[0] == "check":
         check(folder, json.loads(pathlib.Path(words[2]).read_text()))
 
