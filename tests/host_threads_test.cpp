@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+// The host's communication thread polls and writes while another thread takes snapshots and queues writes. Under
+// ThreadSanitizer this shows races.
+#include "host_words.h"
+#include "loopback_listener.h"
+#include "memory_station.h"
+
+#include "../driver/base/modbus_wire.h"
+#include "../host/explain/panel_observer.h"
+#include "../host/explain/poll_list.h"
+#include "../host/explain/value_text.h"
+#include "../host/explain/write_queueing.h"
+#include "../host/link/communication_loop.h"
+
+#include "../driver/api/codes.h"
+
+#include <thread>
+
+using namespace modbus_driver;
+
+namespace {
+
+const int rounds = 200;
+CommSettings settings; // the driver keeps a pointer to it
+
+void itemNotify(QList<RW_VAR> *, int, int) {}
+
+/// A station for one connection, in a thread of its own, until that ends.
+class StationThread
+{
+public:
+    StationThread() : m_thread(&StationThread::serve, this) {}
+    ~StationThread() { m_thread.join(); }
+
+    quint16 port() const { return static_cast<quint16>(m_listener.port()); }
+
+private:
+    void serve()
+    {
+        const int connection = accept(m_listener.descriptor, nullptr, nullptr);
+        char bytes[260];
+        ssize_t size = 0;
+        while ((size = recv(connection, bytes, sizeof bytes, 0)) > 0) {
+            QByteArray reply = m_station.reply(QByteArray(bytes, static_cast<int>(size)));
+            wire::putWord(reply.data() + wire::LengthAt, reply.size() - wire::LengthFieldEnd);
+            send(connection, reply.constData(), static_cast<std::size_t>(reply.size()), MSG_NOSIGNAL);
+        }
+        close(connection);
+    }
+
+    LoopbackListener m_listener;
+    MemoryStation m_station;
+    std::thread m_thread;
+};
+
+void queueWrite(const DriverLibrary &driver, const Variable &written, int value)
+{
+    WriteItem item;
+    item.variable = written;
+    item.value = QByteArray(1, static_cast<char>(value)).append('\0');
+    QList<WriteItem> items = {item};
+    queueWrites(driver, settings.writeBlockSize, &items);
+}
+
+TEST(HostThreads, SnapshotsAndWritesMeetTheCommunication)
+{
+    QString error;
+    const auto driver = loadDriver(QStringLiteral(DRIVER_PATH), &error);
+    ASSERT_TRUE(driver) << qPrintable(error);
+    const QList<Variable> polled = variables("1/hr:10 2/coil:8*3 1/hr:40");
+    settings = pollSettings(polled, 100);
+    settings.writeMode = WriteModeToStation;
+    driver->setComInfo(&settings);
+    driver->registerCallBacks(&CommunicationLoop::writeDone, &itemNotify);
+    driver->flashLocalRegister(0, 0, 0);
+    pollVariables(*driver, polled);
+
+    StationThread station;
+    ConnectionOptions connection;
+    connection.host = QStringLiteral("127.0.0.1");
+    connection.port = station.port();
+    connection.timeoutMs = 60000;
+    const NoTrace trace;
+    PanelState state(polled);
+    PanelObserver observer(*driver, polled, state);
+    CommunicationLoop loop(*driver, settings, connection, LoopOptions(), trace, observer);
+    loop.start();
+    PanelSnapshot now = state.snapshot();
+    for (int round = 1; round <= rounds && !now.isEnded; ++round) {
+        queueWrite(*driver, polled.at(0), round);
+        const int passes = now.passes;
+        state.waitForNews(passes, now.itemsEnded(), 1000);
+        now = state.snapshot();
+        for (const ValueState &value : now.values)
+            EXPECT_EQ(value.failure(), QString());
+    }
+    for (int passes = now.passes; now.passes < passes + 3 && !now.isEnded; now = state.snapshot())
+        state.waitForNews(now.passes, now.itemsEnded(), 1000);
+    loop.stop();
+    EXPECT_EQ(now.values.at(0).value(), QByteArray(1, static_cast<char>(rounds)).append('\0'));
+    EXPECT_EQ(now.units.at(1).timeOuts, 0);
+}
+
+} // namespace
