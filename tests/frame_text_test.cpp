@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "../host/explain/frame_text.h"
 
-#include "../host/explain/frame_dissection.h"
 #include "host_words.h"
 
 #include <tuple>
@@ -33,7 +32,7 @@ TEST(Frame, IsSummedUpInOneLine)
          "station 1: remote write hr:100, 1 register"},
     };
     for (const auto &[what, kind, hex, summary] : rows)
-        EXPECT_EQ(frameSummary(bytes(hex), kind).toStdString(), summary) << what;
+        EXPECT_EQ(frameText(bytes(hex), kind).summary().toStdString(), summary) << what;
 }
 
 TEST(Frame, NamesItsOneFault)
@@ -59,10 +58,10 @@ TEST(Frame, NamesItsOneFault)
         {"remote read of registers", remote, "16 00 00 02 01 0005 00000010 0002 00000000 00000000 30", "only areas 0 and 1"},
     };
     for (const auto &[what, kind, hex, fault] : rows) {
-        const QStringList faults = frameFaults(bytes(hex), kind);
+        const QStringList faults = frameText(bytes(hex), kind).faults;
         ASSERT_EQ(faults.size(), 1) << what << "\n" << qPrintable(faults.join(QLatin1Char('\n')));
         EXPECT_TRUE(faults.first().contains(QLatin1String(fault))) << what << ": " << qPrintable(faults.first());
-        EXPECT_TRUE(frameSummary(bytes(hex), kind).endsWith(faults.first())) << what;
+        EXPECT_TRUE(frameText(bytes(hex), kind).summary().endsWith(faults.first())) << what;
     }
 }
 
@@ -71,8 +70,8 @@ TEST(Frame, CutAnywhereOrFilledWithAnythingIsExplainedWithoutHarm)
     const QByteArray whole = bytes("0000 0000 000B 01 10 000A 0002 04 1234 5678 FFFFFFFFFFFFFF");
     for (const FrameKind kind : {request, reply, remote}) {
         for (int length = 0; length < whole.size(); ++length) {
-            EXPECT_EQ(frameFaults(whole.left(length), kind).isEmpty(), kind == request && length == 17) << length;
-            EXPECT_FALSE(frameFields(whole.left(length).leftJustified(260, '\xFF'), kind).isEmpty());
+            EXPECT_EQ(frameText(whole.left(length), kind).faults.isEmpty(), kind == request && length == 17) << length;
+            EXPECT_FALSE(frameText(whole.left(length).leftJustified(260, '\xFF'), kind).fields.isEmpty());
         }
     }
 }
@@ -90,8 +89,8 @@ TEST(Frame, FieldsStandWithOffsetsBytesAndMeaning)
         {"0000 0000 0006 01 05 0000 0000", 5, "8-9 00 00 address 0 (00001 when counted from 1)"},
     };
     for (const auto &[hex, index, line] : rows)
-        EXPECT_EQ(frameFields(bytes(hex), reply).value(index).simplified().toStdString(), line);
-    const auto input = frameFields(bytes("0000 0000 0006 01 02 270F 0001"), request).value(5);
+        EXPECT_EQ(frameText(bytes(hex), reply).fields.value(index).simplified().toStdString(), line);
+    const auto input = frameText(bytes("0000 0000 0006 01 02 270F 0001"), request).fields.value(5);
     EXPECT_TRUE(input.contains(QLatin1String("9999 (110000 when"))) << qPrintable(input);
 }
 

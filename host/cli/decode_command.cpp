@@ -4,6 +4,7 @@
 #include "command_line.h"
 
 #include "../explain/byte_orders.h"
+#include "../explain/filled.h"
 #include "../explain/frame_text.h"
 
 #include "../../driver/base/block_checks.h"
@@ -57,10 +58,9 @@ std::optional<QByteArray> bytesOf(const QString &text, QString *error)
         if (word.size() == 1)
             word.prepend(QLatin1Char('0'));
         if (!digits.match(word).hasMatch())
-            *error = QStringLiteral("\"%1\" is not hexadecimal").arg(word.left(longestShown));
+            *error = filled("\"%1\" is not hexadecimal", word.left(longestShown));
         else if (word.size() % 2 != 0)
-            *error = QStringLiteral("\"%1\" has an odd number of digits; a byte has two")
-                         .arg(word.left(longestShown));
+            *error = filled("\"%1\" has an odd number of digits; a byte has two", word.left(longestShown));
         if (!error->isEmpty())
             return std::nullopt;
         bytes += QByteArray::fromHex(word.toLatin1());
@@ -75,11 +75,28 @@ void print(const QString &line)
     std::printf("%s\n", qPrintable(line));
 }
 
-QString kindName(FrameKind kind)
+struct Kind
 {
-    return kind == FrameKind::Request ? QStringLiteral("request")
-           : kind == FrameKind::Reply ? QStringLiteral("reply")
-                                      : QStringLiteral("remote frame");
+    const char *option;
+    FrameKind kind;
+    const char *name;
+    const char *help;
+};
+
+const Kind kindTable[] = {
+    {"request", FrameKind::Request, "request", "It is a request."},
+    {"reply", FrameKind::Reply, "reply", "It is a reply."},
+    {"remote", FrameKind::Remote, "remote frame", "It is a request in the driver's own compact form."},
+};
+
+QList<FrameKind> kindsAskedFor(const CommandLine &line)
+{
+    QList<FrameKind> kinds;
+    for (const Kind &kind : kindTable) {
+        if (line.isSet(kind.option))
+            kinds << kind.kind;
+    }
+    return kinds;
 }
 
 /// Which way a frame went, where a trace tells.
@@ -88,15 +105,9 @@ enum Direction { Unknown, ToStation, FromStation };
 /// The kinds that the options ask for, else those that the frame may be.
 QList<FrameKind> kindsToShow(const CommandLine &line, const QByteArray &frame, Direction direction)
 {
-    QList<FrameKind> kinds;
-    if (line.isSet("request"))
-        kinds << FrameKind::Request;
-    if (line.isSet("reply"))
-        kinds << FrameKind::Reply;
-    if (line.isSet("remote"))
-        kinds << FrameKind::Remote;
-    if (!kinds.isEmpty())
-        return kinds;
+    const QList<FrameKind> asked = kindsAskedFor(line);
+    if (!asked.isEmpty())
+        return asked;
     const QList<FrameKind> likely = likelyKinds(frame);
     if (direction == FromStation)
         return {FrameKind::Reply};
@@ -105,12 +116,12 @@ QList<FrameKind> kindsToShow(const CommandLine &line, const QByteArray &frame, D
                : likely;
 }
 
-void printKind(const QByteArray &frame, FrameKind kind, const QString &title)
+void printKind(int size, const FrameText &text, const QString &title)
 {
-    print(QStringLiteral("%1, %2 bytes: %3").arg(title).arg(frame.size()).arg(frameMeaning(frame, kind)));
-    for (const QString &field : frameFields(frame, kind))
+    print(filled("%1, %2 bytes: %3", title, size, text.meaning));
+    for (const QString &field : text.fields)
         print(QStringLiteral("  ") + field);
-    for (const QString &fault : frameFaults(frame, kind))
+    for (const QString &fault : text.faults)
         print(QStringLiteral("  fault: ") + fault);
 }
 
@@ -133,24 +144,24 @@ QByteArray fromSerial(const QByteArray &bytes)
 bool isCorrect(const QByteArray &frame, const QList<FrameKind> &kinds)
 {
     return std::any_of(kinds.begin(), kinds.end(),
-                       [&frame](FrameKind kind) { return frameFaults(frame, kind).isEmpty(); });
+                       [&frame](FrameKind kind) { return frameText(frame, kind).faults.isEmpty(); });
 }
 
 void explain(const QByteArray &frame, const QList<FrameKind> &kinds)
 {
-    const bool looksTheSame =
-        kinds.size() == 2 && frameFields(frame, kinds[0]) == frameFields(frame, kinds[1]);
-    if (looksTheSame)
-        printKind(frame, kinds[0], QStringLiteral("request, or a reply with the same bytes"));
-    for (int i = 0; !looksTheSame && i < kinds.size(); ++i)
-        printKind(frame, kinds[i],
-                  i == 0 ? kindName(kinds[i]) : QStringLiteral("or a ") + kindName(kinds[i]));
+    const FrameText first = frameText(frame, kinds.first());
+    if (kinds.size() == 2 && first.fields == frameText(frame, kinds.last()).fields)
+        return printKind(frame.size(), first, asText("request, or a reply with the same bytes"));
+    for (const Kind &kind : kindTable) {
+        if (kinds.contains(kind.kind))
+            printKind(frame.size(), frameText(frame, kind.kind),
+                      asText(kind.kind == kinds.first() ? "" : "or a ") + asText(kind.name));
+    }
 }
 
 ExitCode decode(const CommandLine &line, const QByteArray &bytes, Direction direction)
 {
-    const bool isFrame =
-        direction != Unknown || line.isSet("request") || line.isSet("reply") || line.isSet("remote");
+    const bool isFrame = direction != Unknown || !kindsAskedFor(line).isEmpty();
     if (line.isSet("bytes") && (isFrame || bytes.size() != twoRegisters))
         return line.fail(ExitUsage, QStringLiteral("--bytes takes four bytes, and no option beside it"));
     if (bytes.size() == twoRegisters && !isFrame) {
@@ -198,7 +209,7 @@ ExitCode decodeInput(const CommandLine &line)
         if (read.size() >= longestLine)
             error = QStringLiteral("a frame is not that long");
         if (!error.isEmpty())
-            return line.fail(ExitUsage, QStringLiteral("line %1: %2").arg(number).arg(error));
+            return line.fail(ExitUsage, filled("line %1: %2", number, error));
         worst = std::max(worst, decode(line, *bytes, direction));
         direction = Unknown;
         hasFrame = true;
@@ -213,9 +224,8 @@ int decodeCommand(const QStringList &arguments)
 {
     CommandLine line(QStringLiteral("decode"), QStringLiteral("[OPTION]... [HEX... | -]"),
                      QString::fromLatin1(description));
-    line.addOption("request", QStringLiteral("It is a request."));
-    line.addOption("reply", QStringLiteral("It is a reply."));
-    line.addOption("remote", QStringLiteral("It is a request in the driver's own compact form."));
+    for (const Kind &kind : kindTable)
+        line.addOption(kind.option, asText(kind.help));
     line.addOption("bytes", QStringLiteral("It is two registers: four bytes."));
     if (const std::optional<ExitCode> end = line.parse(arguments))
         return *end;

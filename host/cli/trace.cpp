@@ -60,7 +60,7 @@ void Trace::request(const QByteArray &bytes) const
 {
     if (!m_output)
         return;
-    comment(frameSummary(bytes, m_remote ? FrameKind::Remote : FrameKind::Request));
+    comment(frameText(bytes, m_remote ? FrameKind::Remote : FrameKind::Request).summary());
     frame('I', bytes);
 }
 
@@ -70,7 +70,7 @@ void Trace::reply(const QByteArray &bytes, const QString &remark) const
         return;
     // The replies of remote peers do not say what they hold.
     const QString meaning = m_remote ? QStringLiteral("reply, %1 bytes").arg(bytes.size())
-                                     : frameSummary(bytes, FrameKind::Reply);
+                                     : frameText(bytes, FrameKind::Reply).summary();
     comment(remark.isEmpty() ? meaning : QStringLiteral("%1 (%2)").arg(meaning, remark));
     frame('O', bytes);
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "frame_dissection.h"
-
 #include "exception_text.h"
+#include "field_reader.h"
 
 #include "../../driver/base/modbus_wire.h"
 
@@ -9,160 +8,141 @@ using namespace modbus_driver::wire;
 
 namespace {
 
-/// Functions that the driver never sends.
-enum OtherFunction {
-    MaskWriteRegister = 22,
-    ReadWriteMultipleRegisters = 23,
-    EncapsulatedInterfaceTransport = 43,
+struct Function
+{
+    int code;
+    const char *name = "unknown function";
+    int table = 4; ///< the digit of its addresses in manuals that count from 1
+    int most = 0;  ///< bits or registers of one request
+
+    bool isOfBits() const { return table < 3; }
 };
 
-QString functionName(int function)
+const Function functions[] = {
+    {ReadCoils, "read coils", 0, MostBitsRead},
+    {ReadDiscreteInputs, "read discrete inputs", 1, MostBitsRead},
+    {ReadHoldingRegisters, "read holding registers", 4, MostRegistersRead},
+    {ReadInputRegisters, "read input registers", 3, MostRegistersRead},
+    {WriteSingleCoil, "write coil", 0},
+    {WriteSingleRegister, "write register"},
+    {WriteMultipleCoils, "write coils", 0, MostBitsWritten},
+    {WriteMultipleRegisters, "write registers", 4, MostRegistersWritten},
+    {MaskWriteRegister, "mask write register"},
+    {ReadWriteMultipleRegisters, "read and write registers"},
+    {43, "read device identification"},
+};
+
+Function functionOf(int code)
 {
-    switch (function) {
-    case ReadCoils:
-        return QStringLiteral("read coils");
-    case ReadDiscreteInputs:
-        return QStringLiteral("read discrete inputs");
-    case ReadHoldingRegisters:
-        return QStringLiteral("read holding registers");
-    case ReadInputRegisters:
-        return QStringLiteral("read input registers");
-    case WriteSingleCoil:
-        return QStringLiteral("write coil");
-    case WriteSingleRegister:
-        return QStringLiteral("write register");
-    case WriteMultipleCoils:
-        return QStringLiteral("write coils");
-    case WriteMultipleRegisters:
-        return QStringLiteral("write registers");
-    case MaskWriteRegister:
-        return QStringLiteral("mask write register");
-    case ReadWriteMultipleRegisters:
-        return QStringLiteral("read and write registers");
-    case EncapsulatedInterfaceTransport:
-        return QStringLiteral("read device identification");
-    default:
-        return QStringLiteral("unknown function");
+    for (const Function &function : functions) {
+        if (function.code == code)
+            return function;
     }
-}
-
-bool isOfBits(int function)
-{
-    return function == ReadCoils || function == ReadDiscreteInputs || function == WriteSingleCoil ||
-           function == WriteMultipleCoils;
-}
-
-/// Most bits or registers of one request.
-int quantityLimit(int function)
-{
-    switch (function) {
-    case ReadCoils:
-    case ReadDiscreteInputs:
-        return MostBitsRead;
-    case WriteMultipleCoils:
-        return MostBitsWritten;
-    case WriteMultipleRegisters:
-        return MostRegistersWritten;
-    default:
-        return MostRegistersRead;
-    }
-}
-
-int dataBytes(int function, int quantity)
-{
-    return isOfBits(function) ? (quantity + 7) / 8 : 2 * quantity;
-}
-
-QString noun(int function, int count)
-{
-    const QString one = isOfBits(function) ? QStringLiteral("bit") : QStringLiteral("register");
-    return count == 1 ? one : one + QLatin1Char('s');
-}
-
-/// The number in manuals that count from 1, with the table's digit in front: 40001 is holding register 0.
-QString countedFromOne(int function, int address)
-{
-    const int tableDigit = function == ReadDiscreteInputs   ? 1
-                           : function == ReadInputRegisters ? 3
-                           : isOfBits(function)             ? 0
-                                                            : 4;
-    const int digits = address < 9999 ? 4 : 5;
-    return QString::number(tableDigit) + QStringLiteral("%1").arg(address + 1, digits, 10, QLatin1Char('0'));
+    return {code};
 }
 
 QString range(int first, int count)
 {
-    return count == 1 ? QString::number(first) : QStringLiteral("%1-%2").arg(first).arg(first + count - 1);
+    return count == 1 ? asText(first) : filled("%1-%2", first, first + count - 1);
 }
 
-class ModbusDissector
+QString registerText(const QByteArray &bytes)
+{
+    const int number = wordAt(bytes, 0);
+    return number < 0x8000 ? asText(number) : filled("%1, signed %2", number, number - 0x10000);
+}
+
+/// "0x1234 0x5678", at most the first eight registers of the wire's bytes.
+QString registersText(const QByteArray &data)
+{
+    const int mostRegisters = 8;
+    QStringList values;
+    for (int i = 0; i + 1 < data.size() && values.size() < mostRegisters; i += 2)
+        values << QStringLiteral("0x") + QString::fromLatin1(data.mid(i, 2).toHex().toUpper());
+    if (data.size() / 2 > mostRegisters)
+        values << QStringLiteral("...");
+    return values.join(QLatin1Char(' '));
+}
+
+/// "1 0 1 1", at most the first 16 of `count` bits, lowest bit of the first byte first.
+QString bitsText(const QByteArray &data, int count)
+{
+    const int mostBits = 16;
+    QStringList bits;
+    for (int i = 0; i < count && i < 8 * data.size() && i < mostBits; ++i)
+        bits << asText(data.at(i / 8) >> i % 8 & 1);
+    if (count > mostBits)
+        bits << QStringLiteral("...");
+    return bits.join(QLatin1Char(' '));
+}
+
+class ModbusReader : private FieldReader
 {
 public:
-    ModbusDissector(const QByteArray &frame, bool isReply)
-        : m_size(frame.size()), m_isReply(isReply), m_reader(frame, &m_notes)
+    ModbusReader(const QByteArray &frame, bool isReply)
+        : FieldReader(frame), m_size(frame.size()), m_isReply(isReply)
     {
     }
 
-    FrameDissection dissect()
+    FrameText read()
     {
-        header();
-        if ((m_function & ExceptionFlag) && m_isReply)
+        const int unit = header();
+        const int code = m_function.code;
+        if ((code & ExceptionFlag) && m_isReply)
             exception();
-        else if (m_function == WriteSingleCoil || m_function == WriteSingleRegister)
+        else if (code == WriteSingleCoil || code == WriteSingleRegister)
             singleWrite();
-        else if (m_isReply && isReadFunction(m_function))
+        else if (m_isReply && isReadFunction(code))
             readReply();
-        else if (isReadFunction(m_function) || m_function == WriteMultipleCoils ||
-                 m_function == WriteMultipleRegisters)
+        else if (m_function.most > 0)
             rangeRequest();
         else
             unknown();
-        if (!m_reader.isAtEnd())
+        if (!isAtEnd())
             unusedBytes();
-        m_notes.summary = QStringLiteral("unit %1: %2").arg(m_unit).arg(m_summary);
-        return m_notes;
+        notes.meaning = filled("unit %1: %2", unit, m_meaning);
+        return notes;
     }
 
 private:
-    void header()
+    /// Returns the unit.
+    int header()
     {
-        m_reader.take("transaction", 2);
-        const int protocol = m_reader.take("protocol", 2);
-        m_reader.check(protocol == 0,
-                       QStringLiteral("protocol identifier %1 instead of 0: this is no Modbus TCP "
-                                      "header (serial frames have none)")
-                           .arg(protocol));
-        const int length = m_reader.take("length", 2);
-        m_reader.means(QStringLiteral("%1 bytes follow").arg(length));
+        take("transaction", 2);
+        const int protocol = take("protocol", 2);
+        check(protocol == 0,
+              "protocol identifier %1 instead of 0: this is no Modbus TCP header (serial frames have none)",
+              protocol);
+        const int length = take("length", 2);
+        means("%1 bytes follow", length);
         const int body = m_size - LengthFieldEnd;
-        m_reader.check(
-            length == body,
-            QStringLiteral("the length field says %1, but %2 bytes follow it").arg(length).arg(body));
-        m_reader.check(length <= LongestLengthField,
-                       QStringLiteral("a length above 254 is more than a frame holds"));
-        m_unit = m_reader.take("unit", 1);
-        if (m_unit == 0)
-            m_reader.means(QStringLiteral("0, all units: no reply comes"));
-        m_function = m_reader.take("function", 1);
-        m_reader.means(QStringLiteral("%1, %2").arg(m_function).arg(functionName(m_function)));
-        m_summary = functionName(m_function);
+        check(length == body, "the length field says %1, but %2 bytes follow it", length, body);
+        check(length <= LongestLengthField, "a length above 254 is more than a frame holds");
+        const int unit = take("unit", 1);
+        if (unit == 0)
+            means("0, all units: no reply comes");
+        m_function = functionOf(take("function", 1));
+        means("%1, %2", m_function.code, m_function.name);
+        m_meaning = asText(m_function.name);
+        return unit;
     }
 
     void exception()
     {
-        const int function = m_function - ExceptionFlag;
-        m_reader.means(QStringLiteral("%1 + 128, exception to %2").arg(function).arg(functionName(function)));
-        const int code = m_reader.take("exception", 1);
-        const QString name = QStringLiteral("%1, %2").arg(code).arg(exceptionName(code));
-        m_reader.means(name);
-        m_summary = QStringLiteral("exception %1, to %2").arg(name, functionName(function));
+        const Function function = functionOf(m_function.code - ExceptionFlag);
+        means("%1 + 128, exception to %2", function.code, function.name);
+        const int code = take("exception", 1);
+        const QString name = filled("%1, %2", code, exceptionName(code));
+        means("%1", name);
+        m_meaning = filled("exception %1, to %2", name, function.name);
     }
 
     int address()
     {
-        const int first = m_reader.take("address", 2);
-        m_reader.means(
-            QStringLiteral("%1 (%2 when counted from 1)").arg(first).arg(countedFromOne(m_function, first)));
+        const int first = take("address", 2);
+        const int digits = first < 9999 ? 4 : 5;
+        means("%1 (%2%3 when counted from 1)", first, m_function.table,
+              asText(first + 1).rightJustified(digits, QLatin1Char('0')));
         return first;
     }
 
@@ -170,121 +150,99 @@ private:
     void singleWrite()
     {
         const int first = address();
-        const int value = m_reader.take("value", 2);
+        const int value = take("value", 2);
         QString text = QStringLiteral("%1 (0x%2)").arg(value).arg(value, 4, 16, QLatin1Char('0'));
-        if (m_function == WriteSingleCoil) {
-            text = value == CoilOn ? QStringLiteral("on") : value == 0 ? QStringLiteral("off") : text;
-            m_reader.check(value == CoilOn || value == 0,
-                           QStringLiteral("a coil's value is FF 00 for on or 00 00 for off"));
+        if (m_function.code == WriteSingleCoil) {
+            text = value == CoilOn ? asText("on") : value == 0 ? asText("off") : text;
+            check(value == CoilOn || value == 0, "a coil's value is FF 00 for on or 00 00 for off");
         }
-        m_reader.means(text);
-        m_summary += QStringLiteral(" %1: %2").arg(first).arg(text);
+        means("%1", text);
+        m_meaning += filled(" %1: %2", first, text);
     }
 
     /// A first address and a quantity: all other requests, and the replies to writes of several.
     void rangeRequest()
     {
         const int first = address();
-        const int quantity = m_reader.take("quantity", 2);
-        m_reader.means(QStringLiteral("%1 %2").arg(quantity).arg(noun(m_function, quantity)));
-        const int limit = quantityLimit(m_function);
-        m_reader.check(quantity >= 1 && quantity <= limit,
-                       QStringLiteral("quantity %1, the protocol allows 1 to %2 %3")
-                           .arg(quantity)
-                           .arg(limit)
-                           .arg(noun(m_function, limit)));
-        m_reader.check(first + quantity <= AddressesOfTable,
-                       QStringLiteral("it passes the last address, 65535"));
-        m_summary +=
-            QStringLiteral(" %1").arg(quantity > 0 ? range(first, quantity) : QStringLiteral("(none)"));
-        if (m_isReply || isReadFunction(m_function))
+        const int quantity = take("quantity", 2);
+        const int most = m_function.most;
+        means("%1 %2", quantity, noun(quantity));
+        check(quantity >= 1 && quantity <= most, "quantity %1, the protocol allows 1 to %2 %3", quantity,
+              most, noun(most));
+        check(first + quantity <= AddressesOfTable, "it passes the last address, 65535");
+        m_meaning += QLatin1Char(' ') + (quantity > 0 ? range(first, quantity) : asText("(none)"));
+        if (m_isReply || isReadFunction(m_function.code))
             return;
-        const int count = byteCount(dataBytes(m_function, quantity));
-        data(count, quantity, first);
+        data(byteCount(m_function.isOfBits() ? (quantity + 7) / 8 : 2 * quantity), quantity, first, "");
     }
 
     void readReply()
     {
+        const bool isOfBits = m_function.isOfBits();
         const int count = byteCount(-1);
-        m_reader.check(isOfBits(m_function) || count % 2 == 0,
-                       QStringLiteral("byte count %1: registers take two bytes each").arg(count));
-        data(count, isOfBits(m_function) ? 8 * count : count / 2, -1);
+        check(isOfBits || count % 2 == 0, "byte count %1: registers take two bytes each", count);
+        data(count, isOfBits ? 8 * count : count / 2, 0, "+");
     }
 
     /// `due`: the byte count that the quantity needs; -1 when that is not known.
     int byteCount(int due)
     {
-        const int count = m_reader.take("byte count", 1);
-        m_reader.check(
-            count == m_reader.left(),
-            QStringLiteral("byte count %1, but %2 data bytes follow").arg(count).arg(m_reader.left()));
-        m_reader.check(due < 0 || count == due,
-                       QStringLiteral("byte count %1, but the quantity takes %2 bytes").arg(count).arg(due));
-        m_reader.check(count > 0, QStringLiteral("a byte count of 0 carries nothing"));
+        const int count = take("byte count", 1);
+        check(count == left(), "byte count %1, but %2 data bytes follow", count, left());
+        check(due < 0 || count == due, "byte count %1, but the quantity takes %2 bytes", count, due);
+        check(count > 0, "a byte count of 0 carries nothing");
         return count;
     }
 
-    /// One field for each register or byte of bits. `first` is the address of the first, or -1.
-    void data(int size, int quantity, int first)
+    /// One field for each register or byte of bits. `sign` stands before their addresses.
+    void data(int size, int quantity, int first, const char *sign)
     {
-        const int elementSize = isOfBits(m_function) ? 1 : 2;
-        const int perElement = isOfBits(m_function) ? 8 : 1;
+        const int bytesEach = m_function.isOfBits() ? 1 : 2;
+        const int each = m_function.isOfBits() ? 8 : 1;
         QByteArray all;
-        for (int i = 0; (i + 1) * elementSize <= size && !m_reader.isAtEnd(); ++i) {
-            const int from = i * perElement;
-            const int count = qBound(1, quantity - from, perElement);
-            const QString where =
-                first < 0 ? QLatin1Char('+') + range(from, count) : range(first + from, count);
-            const QByteArray bytes =
-                m_reader.takeBytes(noun(m_function, count) + QLatin1Char(' ') + where, elementSize);
-            m_reader.means(isOfBits(m_function) ? bitsText(bytes, count) : registerText(bytes));
+        for (int i = 0; (i + 1) * bytesEach <= size && !isAtEnd(); ++i) {
+            const int count = qBound(1, quantity - i * each, each);
+            const QString where = range(first + i * each, count);
+            const QByteArray bytes = takeBytes(filled("%1 %2%3", noun(count), sign, where), bytesEach);
+            means("%1", m_function.isOfBits() ? bitsText(bytes, count) : registerText(bytes));
             all += bytes;
         }
-        m_summary +=
-            QStringLiteral(": ") + (isOfBits(m_function) ? bitsText(all, quantity) : registersText(all));
-    }
-
-    static QString registerText(const QByteArray &bytes)
-    {
-        const quint16 number = static_cast<quint16>(bytes.toHex().toUInt(nullptr, 16));
-        const QString text = QString::number(number);
-        return number < 0x8000 ? text
-                               : QStringLiteral("%1, signed %2").arg(text).arg(static_cast<qint16>(number));
+        m_meaning +=
+            QStringLiteral(": ") + (m_function.isOfBits() ? bitsText(all, quantity) : registersText(all));
     }
 
     void unknown()
     {
-        m_summary = QStringLiteral("function %1").arg(m_function);
-        const bool isException = m_function & ExceptionFlag;
-        m_reader.check(
-            !isException,
-            QStringLiteral("function %1 is that of an exception reply, not of a request").arg(m_function));
-        m_reader.check(isException || m_function != 0, QStringLiteral("there is no function 0"));
-        if (!m_reader.isAtEnd())
-            m_reader.takeBytes(QStringLiteral("data"), m_reader.left());
+        const int code = m_function.code;
+        m_meaning = filled("function %1", code);
+        check(code < ExceptionFlag, "function %1 is that of an exception reply, not of a request", code);
+        check(code != 0, "there is no function 0");
+        if (!isAtEnd())
+            takeBytes(asText("data"), left());
     }
 
     /// Bytes after the last field are a fault of their own only when no other fault explains them.
     void unusedBytes()
     {
-        const int count = m_reader.left();
-        m_reader.takeBytes(QStringLiteral("unused"), count);
-        m_reader.check(!m_notes.faults.isEmpty(),
-                       QStringLiteral("bytes that this function does not use: %1").arg(count));
+        const int count = left();
+        takeBytes(asText("unused"), count);
+        check(!notes.faults.isEmpty(), "bytes that this function does not use: %1", count);
+    }
+
+    QString noun(int count) const
+    {
+        return asText(m_function.isOfBits() ? "bit" : "register") + asText(count == 1 ? "" : "s");
     }
 
     const int m_size;
     const bool m_isReply;
-    FrameDissection m_notes;
-    FieldReader m_reader;
-    int m_unit = 0;
-    int m_function = 0;
-    QString m_summary;
+    Function m_function = {};
+    QString m_meaning; ///< behind the unit
 };
 
 } // namespace
 
-FrameDissection dissectModbus(const QByteArray &frame, bool isReply)
+FrameText modbusText(const QByteArray &frame, bool isReply)
 {
-    return ModbusDissector(frame, isReply).dissect();
+    return ModbusReader(frame, isReply).read();
 }

@@ -1,65 +1,24 @@
 // SPDX-License-Identifier: MIT
 #include "frame_text.h"
 
-#include "frame_dissection.h"
+#include "field_reader.h"
 
-namespace {
-
-FrameDissection dissect(const QByteArray &frame, FrameKind kind)
+QString FrameText::summary() const
 {
-    return kind == FrameKind::Remote ? dissectRemote(frame) : dissectModbus(frame, kind == FrameKind::Reply);
+    return faults.isEmpty() ? meaning : filled("%1; faulty: %2", meaning, faults.first());
 }
 
-/// "4-5    00 06        length          6 bytes follow"
-QString fieldLine(const FrameField &field)
+FrameText frameText(const QByteArray &frame, FrameKind kind)
 {
-    const int shown = 4; // bytes
-    const int last = field.offset + field.bytes.size() - 1;
-    const QString offsets =
-        field.bytes.size() == 1 ? QString::number(last) : QStringLiteral("%1-%2").arg(field.offset).arg(last);
-    QString bytes = QString::fromLatin1(field.bytes.left(shown).toHex(' ').toUpper());
-    if (field.bytes.size() > shown)
-        bytes += QStringLiteral(" ...");
-    const QString line = QStringLiteral("%1 %2 %3 %4")
-                             .arg(offsets, -7)
-                             .arg(bytes, -15)
-                             .arg(field.name, -14)
-                             .arg(field.meaning);
-    return line.trimmed();
-}
-
-} // namespace
-
-QString frameMeaning(const QByteArray &frame, FrameKind kind)
-{
-    return dissect(frame, kind).summary;
-}
-
-QString frameSummary(const QByteArray &frame, FrameKind kind)
-{
-    const QStringList faults = frameFaults(frame, kind);
-    const QString meaning = frameMeaning(frame, kind);
-    return faults.isEmpty() ? meaning : QStringLiteral("%1; faulty: %2").arg(meaning, faults.first());
-}
-
-QStringList frameFields(const QByteArray &frame, FrameKind kind)
-{
-    QStringList lines;
-    for (const FrameField &field : dissect(frame, kind).fields)
-        lines << fieldLine(field);
-    return lines;
-}
-
-QStringList frameFaults(const QByteArray &frame, FrameKind kind)
-{
-    return dissect(frame, kind).faults;
+    return kind == FrameKind::Remote ? remoteText(frame) : modbusText(frame, kind == FrameKind::Reply);
 }
 
 QList<FrameKind> likelyKinds(const QByteArray &frame)
 {
-    const auto request = frameFaults(frame, FrameKind::Request).size();
-    const auto reply = frameFaults(frame, FrameKind::Reply).size();
-    if (frameFaults(frame, FrameKind::Remote).size() < qMin(request, reply))
+    const auto faultsOf = [&](FrameKind kind) { return frameText(frame, kind).faults.size(); };
+    const int request = faultsOf(FrameKind::Request);
+    const int reply = faultsOf(FrameKind::Reply);
+    if (faultsOf(FrameKind::Remote) < qMin(request, reply))
         return {FrameKind::Remote};
     if (request == reply)
         return {FrameKind::Request, FrameKind::Reply};

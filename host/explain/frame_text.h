@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// What a frame means, in words.
+/// What a frame means, in words. Pure; any thread.
 
 #pragma once
 
@@ -11,18 +11,19 @@
 
 enum class FrameKind { Request, Reply, Remote };
 
-/// One line: unit, function, address, quantity, values or exception, as far as the frame holds them.
-QString frameMeaning(const QByteArray &frame, FrameKind kind);
+struct FrameText
+{
+    /// One line: unit, function, address, quantity, values or exception, as far as the frame holds them.
+    QString meaning;
+    QStringList fields; ///< one line each: byte offsets, bytes, name, meaning
+    /// What a strict receiver would reject, one line each, most important first: lengths, counts, limits, checksum.
+    QStringList faults;
 
-/// The same, followed by the first fault of a faulty frame.
-QString frameSummary(const QByteArray &frame, FrameKind kind);
+    /// The meaning, followed by the first fault of a faulty frame.
+    QString summary() const;
+};
 
-/// Field by field, one line each, byte offsets first.
-QStringList frameFields(const QByteArray &frame, FrameKind kind);
-
-/// What a strict receiver would reject, one line each: lengths, counts, limits, checksum. Empty for a
-/// correct frame.
-QStringList frameFaults(const QByteArray &frame, FrameKind kind);
+FrameText frameText(const QByteArray &frame, FrameKind kind);
 
 /// The kinds with the fewest faults. More than one where the bytes do not tell: the reply to a single write repeats
 /// the request.

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "plan.h"
 
-#include "frame_dissection.h"
+#include "filled.h"
+#include "frame_text.h"
 #include "poll_list.h"
 
 #include "../../driver/api/codes.h"
@@ -128,7 +129,7 @@ QList<Gap> gapsOf(const PlannedRequest &request, const QList<Variable> &variable
 
 QStringList planLines(const PlannedRequest &request, const QList<Variable> &variables)
 {
-    QStringList lines{dissectModbus(request.frame, false).summary};
+    QStringList lines{frameText(request.frame, FrameKind::Request).meaning};
     lines << QStringLiteral("  request   function %1, first %2, count %3, reply %4 bytes")
                  .arg(byteAt(request.frame, FunctionAt))
                  .arg(request.span.first)

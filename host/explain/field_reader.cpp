@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#include "field_reader.h"
+
+QByteArray FieldReader::takeBytes(const QString &name, int size)
+{
+    const QByteArray bytes = m_frame.mid(m_position, size);
+    if (!bytes.isEmpty())
+        note(name, bytes);
+    m_position += bytes.size();
+    check(bytes.size() == size, "the frame ends in \"%1\", bytes missing: %2", name, size - bytes.size());
+    m_isShort |= bytes.size() < size; // one fault is enough: all later fields are missing too
+    return bytes;
+}
+
+/// "4-5    00 06        length"
+void FieldReader::note(const QString &name, const QByteArray &bytes)
+{
+    const int shown = 4; // bytes
+    const int last = m_position + bytes.size() - 1;
+    const QString offsets = bytes.size() == 1 ? asText(last) : filled("%1-%2", m_position, last);
+    const QByteArray hex = bytes.left(shown).toHex(' ').toUpper() + (bytes.size() > shown ? " ..." : "");
+    m_lastField =
+        QStringLiteral("%1 %2 %3 ").arg(offsets, -7).arg(QString::fromLatin1(hex), -15).arg(name, -14);
+    notes.fields << m_lastField.trimmed();
+}
+
+int FieldReader::take(const char *name, int size)
+{
+    const QByteArray bytes = takeBytes(asText(name), size);
+    quint32 number = 0;
+    for (int i = 0; i < size; ++i)
+        number = number << 8 | static_cast<quint8>(i < bytes.size() ? bytes.at(i) : 0);
+    if (!bytes.isEmpty())
+        means("%1", static_cast<int>(number));
+    return static_cast<int>(number);
+}

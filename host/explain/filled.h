@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+/// \file
+/// Texts with places for numbers and other texts. Pure; any thread.
+
+#pragma once
+
+#include <QtCore/QString>
+
+inline QString asText(const QString &text)
+{
+    return text;
+}
+inline QString asText(const char *text)
+{
+    return QString::fromLatin1(text);
+}
+inline QString asText(int number)
+{
+    return QString::number(number);
+}
+
+/// The format with the arguments in place of %1, %2 and so on. A % in an argument stays as it is.
+template <typename... Arguments> QString filled(const char *format, const Arguments &...arguments)
+{
+    const QString text = asText(format);
+    if constexpr (sizeof...(arguments) > 0)
+        return text.arg(asText(arguments)...);
+    return text;
+}
