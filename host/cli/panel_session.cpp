@@ -23,7 +23,7 @@ void itemNotify(QList<RW_VAR> *, int, int) {}
 } // namespace
 
 PanelSession::PanelSession(const PanelOptions &options, const QList<Variable> &variables)
-    : m_options(options), m_variables(variables), m_state(variables), m_observer(m_driver, variables, m_state)
+    : m_options(options), m_variables(variables), m_state(m_driver, variables)
 {
 }
 
@@ -56,7 +56,7 @@ ExitCode PanelSession::prepare(QString *error)
         return ExitUsage;
     configureDriver();
     m_loop = std::make_unique<CommunicationLoop>(m_driver, settings, m_options.connection, m_options.loop,
-                                                 m_trace, m_observer);
+                                                 m_trace, m_state);
     return ExitDone;
 }
 

@@ -8,7 +8,7 @@
 #include "exit_codes.h"
 #include "trace.h"
 
-#include "../explain/panel_observer.h"
+#include "../explain/panel_state.h"
 #include "../explain/poll_list.h"
 #include "../link/communication_loop.h"
 
@@ -71,7 +71,6 @@ private:
     QList<Variable> m_variables;
     DriverLibrary m_driver;
     PanelState m_state;
-    PanelObserver m_observer;
     Trace m_trace;
     std::unique_ptr<StationThread> m_station;
     std::unique_ptr<CommunicationLoop> m_loop; ///< ends before what it uses

@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// What the communication thread has found and the main thread shows. One mutex, held only for copying and
-/// counting. The communication thread reports, the main thread takes snapshots; any thread may call.
+/// What the communication thread has found and the main thread shows. The communication loop reports; that is mapped
+/// to the variables and items of the panel. One mutex, held only for copying and counting, and never while the driver
+/// is called. The main thread takes snapshots; any thread may.
 
 #pragma once
 
 #include "statistics.h"
 #include "value_state.h"
 
-#include "../link/transaction_numbers.h"
+#include "../link/driver_library.h"
+#include "../link/loop_observer.h"
 
 #include <QtCore/QElapsedTimer>
 
@@ -44,10 +46,11 @@ struct PanelSnapshot
     int itemsEnded() const;
 };
 
-class PanelState
+class PanelState : public LoopObserver
 {
 public:
-    explicit PanelState(const QList<Variable> &variables);
+    /// The driver may be loaded later, but before the loop starts. It must outlive the state.
+    PanelState(const DriverLibrary &driver, const QList<Variable> &variables);
 
     PanelSnapshot snapshot() const;
     /// While on, the communication waits at the end of each pass until a snapshot of it was taken, so that none is
@@ -56,19 +59,27 @@ public:
     /// Waits until a pass beyond `passes` or the communication has ended, or items have; no longer than `ms`.
     void waitForNews(int passes, int itemsEnded, int ms) const;
 
-    /// From the communication thread.
-    void noteExchange(int unit, const Exchange &exchange);
-    void noteValue(std::size_t index, const Span &read, const QByteArray &value);
-    void noteFailure(std::size_t index, const Span &read, const QString &why);
-    void noteItem(int item, const ItemResult &result);
-    void noteUnitOff(int unit, bool isOff);
-    void noteLink(LinkState::State link, LinkCause cause, TransactionNumbers::Habit numbers);
-    void notePass();
-    void noteEnd();
+    void linkIs(LinkState::State state, LinkCause cause, TransactionNumbers::Habit numbers) override;
+    void exchangeEnded(const RW_VAR &access, const Exchange &exchange, int status,
+                       const Exchange &reason) override;
+    void entryLeft(int hostItem, int outcome) override;
+    void unitSwitched(int unit, bool isOn) override;
+    void passEnded() override;
+    void loopEnded() override;
 
 private:
     qint64 elapsedMicroseconds() const { return m_clock.nsecsElapsed() / 1000; }
 
+    std::vector<int> variablesOf(const RW_VAR &read) const;
+    ValueState &valueAt(int index) { return m_now.values[static_cast<std::size_t>(index)]; }
+    void count(int unit, const Exchange &exchange);
+    void noteRead(const RW_VAR &read);
+    void noteFailedRead(const RW_VAR &read, const Exchange &reason, int status);
+    void noteItem(const RW_VAR &access, const Exchange &exchange, int status, const Exchange &reason);
+
+    const DriverLibrary &m_driver;
+    const SpanIndex m_index;           ///< of the variables
+    std::map<int, ItemResult> m_items; ///< by hostItem; the communication thread's own
     mutable std::mutex m_mutex;
     mutable std::condition_variable m_news;
     PanelSnapshot m_now;

@@ -9,8 +9,6 @@
 #include "../../driver/base/modbus_wire.h"
 
 #include <algorithm>
-#include <map>
-#include <tuple>
 #include <vector>
 
 using namespace modbus_driver;
@@ -23,38 +21,30 @@ enum { BlockForBits = MostBitsRead / 8 - 1, BlockForRegisters = MostRegistersRea
 
 QString rangeText(const Span &span, int first, int end)
 {
-    const QString noun = isBitArea(span.area) ? QStringLiteral("bit") : QStringLiteral("register");
-    return end - first == 1 ? QStringLiteral("%1 %2").arg(noun).arg(first)
-                            : QStringLiteral("%1s %2-%3").arg(noun).arg(first).arg(end - 1);
-}
-
-QString warning(const QString &text)
-{
-    return QStringLiteral("  WARNING   ") + text;
+    const char *const noun = isBitArea(span.area) ? "bit" : "register";
+    return end - first == 1 ? filled("%1 %2", noun, first) : filled("%1s %2-%3", noun, first, end - 1);
 }
 
 /// Warns of requests beyond a limit of the protocol, and of values that are read in two halves.
 QStringList warningsOf(const PlannedRequest &request, const QList<Variable> &variables)
 {
     QStringList lines;
-    const int most = isBitArea(request.span.area) ? MostBitsRead : MostRegistersRead;
+    const bool isOfBits = isBitArea(request.span.area);
+    const int most = isOfBits ? MostBitsRead : MostRegistersRead;
     if (request.span.count > most)
-        lines << warning(
-            QStringLiteral("%1 %2 in one request, the protocol allows %3: use --block %4 or less")
-                .arg(request.span.count)
-                .arg(isBitArea(request.span.area) ? QStringLiteral("bits") : QStringLiteral("registers"))
-                .arg(most)
-                .arg(isBitArea(request.span.area) ? BlockForBits : BlockForRegisters));
+        lines << filled("  WARNING   %1 %2 in one request, the protocol allows %3: use --block %4 or less",
+                        request.span.count, isOfBits ? "bits" : "registers", most,
+                        isOfBits ? int(BlockForBits) : int(BlockForRegisters));
     for (const Variable &variable : variables) {
         const Span span = spanOf(variable);
         const int end = request.span.end();
         const bool endsWithin =
             span.overlaps(request.span) && end < span.end() && request.span.count % 2 != 0;
         if (isPairArea(variable.area) && endsWithin && (end - span.first) % 2 != 0)
-            lines << warning(
-                QStringLiteral("%1 is cut in the middle of a 32-bit value, which is then read in two "
-                               "halves: use an even --block")
-                    .arg(variable.name));
+            lines << filled(
+                "  WARNING   %1 is cut in the middle of a 32-bit value, which is then read in two "
+                "halves: use an even --block",
+                variable.name);
     }
     return lines;
 }
@@ -85,23 +75,14 @@ QList<PlannedRequest> planRequests(const DriverLibrary &driver, const QList<Vari
 QList<QList<Variable>> carriedVariables(const QList<PlannedRequest> &requests,
                                         const QList<Variable> &variables)
 {
-    using Place = std::tuple<int, int, int>; // unit, area, first address
-    std::multimap<Place, int> requestAt;
-    int longest = 0;
-    for (int i = 0; i < requests.size(); ++i) {
-        const Span &span = requests.at(i).span;
-        requestAt.emplace(Place{span.unit, span.area, span.first}, i);
-        longest = qMax(longest, span.count);
-    }
-    std::vector<QList<Variable>> carried(static_cast<std::size_t>(requests.size()));
+    std::vector<Span> spans;
+    for (const PlannedRequest &request : requests)
+        spans.push_back(request.span);
+    const SpanIndex index(spans);
+    std::vector<QList<Variable>> carried(spans.size());
     for (const Variable &variable : variables) {
-        const Span span = spanOf(variable);
-        const auto end = requestAt.lower_bound(Place{span.unit, span.area, span.end()});
-        for (auto it = requestAt.lower_bound(Place{span.unit, span.area, span.first - longest}); it != end;
-             ++it) {
-            if (span.overlaps(requests.at(it->second).span))
-                carried[static_cast<std::size_t>(it->second)] << variable;
-        }
+        for (const int at : index.overlapping(spanOf(variable)))
+            carried[static_cast<std::size_t>(at)] << variable;
     }
     return QList<QList<Variable>>(carried.begin(), carried.end());
 }
@@ -129,25 +110,21 @@ QList<Gap> gapsOf(const PlannedRequest &request, const QList<Variable> &variable
 
 QStringList planLines(const PlannedRequest &request, const QList<Variable> &variables)
 {
+    const Span &asked = request.span;
     QStringList lines{frameText(request.frame, FrameKind::Request).meaning};
-    lines << QStringLiteral("  request   function %1, first %2, count %3, reply %4 bytes")
-                 .arg(byteAt(request.frame, FunctionAt))
-                 .arg(request.span.first)
-                 .arg(request.span.count)
-                 .arg(request.replyLength);
+    lines << filled("  request   function %1, first %2, count %3, reply %4 bytes",
+                    byteAt(request.frame, FunctionAt), asked.first, asked.count, request.replyLength);
     lines << QStringLiteral("  bytes     ") + QString::fromLatin1(request.frame.toHex(' ').toUpper());
     for (const Variable &variable : variables) {
         const Span span = spanOf(variable);
-        if (!span.overlaps(request.span))
+        if (!span.overlaps(asked))
             continue;
-        const int first = qMax(span.first, request.span.first);
-        const int end = qMin(span.end(), request.span.end());
-        lines << QStringLiteral("  carries   %1: %2%3")
-                     .arg(variable.name, rangeText(span, first, end),
-                          end - first < span.count ? QStringLiteral(", a part of it") : QString());
+        const int first = qMax(span.first, asked.first);
+        const int end = qMin(span.end(), asked.end());
+        lines << filled("  carries   %1: %2%3", variable.name, rangeText(span, first, end),
+                        end - first < span.count ? ", a part of it" : "");
     }
     for (const Gap &gap : gapsOf(request, variables))
-        lines << QStringLiteral("  gap       %1, not asked for")
-                     .arg(rangeText(request.span, gap.first, gap.last + 1));
+        lines << filled("  gap       %1, not asked for", rangeText(asked, gap.first, gap.last + 1));
     return lines + warningsOf(request, variables);
 }

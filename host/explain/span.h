@@ -8,6 +8,8 @@
 
 #include "../../driver/api/records.h"
 
+#include <vector>
+
 /// Bits (areas coils and discrete inputs) or registers (input and holding registers); no other area is requested.
 struct Span
 {
@@ -24,3 +26,24 @@ struct Span
 Span spanOf(const Variable &variable);
 /// The run that a read request asks for.
 Span spanOf(const RW_VAR &request);
+
+/// Finds among many spans those that overlap one, without looking at each.
+class SpanIndex
+{
+public:
+    explicit SpanIndex(const std::vector<Span> &spans);
+
+    /// Their positions in the list, in the order of their first addresses.
+    std::vector<int> overlapping(const Span &span) const;
+
+private:
+    struct Entry
+    {
+        Span span;
+        int position;
+    };
+    static bool isBefore(const Entry &entry, const Span &span);
+
+    std::vector<Entry> m_entries; ///< ascending by unit, area and first address
+    int m_longest = 0;            ///< most bits or registers of a span
+};
