@@ -8,7 +8,6 @@
 #include "../explain/byte_orders.h"
 
 #include <cstdio>
-#include <vector>
 
 namespace {
 
@@ -79,19 +78,16 @@ int readCommand(const QStringList &arguments)
     catchInterrupts();
     session.start();
     bool isGood = true;
-    std::vector<bool> isReported(static_cast<std::size_t>(variables.size()));
     const auto show = [&](int item, const PanelSnapshot &now) {
-        const auto index = static_cast<std::size_t>(item);
-        isGood = report(line, now.values[index], form) && isGood;
-        isReported[index] = true;
+        isGood = report(line, now.values[static_cast<std::size_t>(item)], form) && isGood;
     };
-    const PanelSnapshot last = session.waitForItems(variables.size(), show);
+    PanelSnapshot last = session.waitForItems(variables.size(), show);
     session.stop();
     if (last.isEnded)
         return line.fail(ExitNoLink,
                          QStringLiteral("%1: %2").arg(session.peer(), linkCauseText(last.linkCause)));
     for (int i = 0; i < variables.size(); ++i) {
-        if (!isReported[static_cast<std::size_t>(i)])
+        if (!last.items[i].isEnded)
             show(i, last);
     }
     if (form != RecordForm::None)

@@ -115,14 +115,13 @@ QStringList TextColumns::listed(const QList<QStringList> &rows, int room) const
     for (const QStringList &row : rows) {
         QString line;
         for (int i = 0; i < row.size(); ++i) {
-            const QString part = m_titles.at(i) + QLatin1Char(' ') + row.at(i);
-            const bool isFirst = line.isEmpty();
-            if (!isFirst && line.size() + gap + part.size() > room) {
+            const QString part =
+                (i > 0 ? QStringLiteral("  ") : QString()) + m_titles.at(i) + QLatin1Char(' ') + row.at(i);
+            if (i > 0 && line.size() + part.size() > room) {
                 lines << wrapped(line, room);
-                line = QStringLiteral("  ") + part;
-            } else {
-                line += (isFirst ? QString() : QStringLiteral("  ")) + part;
+                line.clear();
             }
+            line += part;
         }
         lines << wrapped(line, room);
     }
