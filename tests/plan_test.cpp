@@ -5,11 +5,17 @@
 
 namespace {
 
-QList<PlannedRequest> plan(const QList<Variable> &of, int block)
+/// What `tell` says of each request and the variables that it carries.
+template <typename Tell> QString plan(const QList<Variable> &of, int block, const char *separator, Tell tell)
 {
     QString error;
     const auto driver = loadDriver(QStringLiteral(DRIVER_PATH), &error);
-    return driver ? planRequests(*driver, of, block) : QList<PlannedRequest>();
+    const QList<PlannedRequest> requests = driver ? planRequests(*driver, of, block) : QList<PlannedRequest>();
+    const QList<QList<Variable>> carried = carriedVariables(requests, of);
+    QStringList all;
+    for (int i = 0; i < requests.size(); ++i)
+        all << tell(requests[i], carried[i]);
+    return all.join(QLatin1String(separator));
 }
 
 /// The frame behind its length field, the length of the reply, and the gaps.
@@ -29,21 +35,6 @@ struct Row
     const char *expected;
 };
 
-TEST(Plan, TellsWhichRequestsCarryAVariable)
-{
-    const QList<Variable> of = variables("hr:0*20 2/hr:8 hr:10 hrbit:9.15*2 ir:10 hr:15");
-    const QList<PlannedRequest> requests = plan(of, 10);
-    QStringList carried;
-    for (const QList<Variable> &inRequest : carriedVariables(requests, of)) {
-        QStringList names;
-        for (const Variable &variable : inRequest)
-            names << variable.name;
-        carried << names.join(QLatin1Char(' '));
-    }
-    EXPECT_EQ(carried.join(QStringLiteral(" | ")).toStdString(),
-              "hr:0*20 hrbit:9.15*2 | hr:0*20 hr:10 hrbit:9.15*2 | hr:0*20 hr:10 hrbit:9.15*2 hr:15 | 2/hr:8 | ir:10");
-}
-
 TEST(Plan, ListsEachRequestOnceWithItsGaps)
 {
     const Row rows[] = {
@@ -60,20 +51,8 @@ TEST(Plan, ListsEachRequestOnceWithItsGaps)
         {"nested variables leave no gap", "hr:0*10 hr:2 hr:12", 100, "01 03 00 00 00 0d, 35, gaps 10-11"},
     };
     for (const Row &row : rows) {
-        const auto of = variables(row.variables);
-        QStringList requests;
-        for (const PlannedRequest &request : plan(of, row.block))
-            requests << wire(request, of);
-        EXPECT_EQ(requests.join(QLatin1String(" | ")).toStdString(), row.expected) << row.what;
+        EXPECT_EQ(plan(variables(row.variables), row.block, " | ", wire).toStdString(), row.expected) << row.what;
     }
-}
-
-QString text(const QList<Variable> &of, int block)
-{
-    QStringList all;
-    for (const PlannedRequest &request : plan(of, block))
-        all += planLines(request, of);
-    return all.join(QLatin1Char('\n'));
 }
 
 TEST(Plan, WarnsAndSaysWhichBlockCuresIt)
@@ -87,7 +66,7 @@ TEST(Plan, WarnsAndSaysWhichBlockCuresIt)
         {"pairs kept whole", "hr32:0*60", 98, ""},
     };
     for (const Row &row : rows) {
-        const QString shown = text(variables(row.variables), row.block);
+        const QString shown = plan(variables(row.variables), row.block, "\n", planLines);
         EXPECT_EQ(shown.contains(QLatin1String("WARNING")), *row.expected != 0) << row.what << "\n" << qPrintable(shown);
         EXPECT_TRUE(shown.contains(QLatin1String(row.expected))) << row.what << "\n" << qPrintable(shown);
     }
@@ -97,7 +76,7 @@ TEST(Plan, NamesTheVariablesInEachRequest)
 {
     auto of = variables("2/hr:0*12 2/hrbit:3.1 2/hr:10 2/hr:14");
     of[0].name = QStringLiteral("tank %1");
-    EXPECT_EQ(text(of, 10).toStdString(), R"(unit 2: read holding registers 0-9
+    EXPECT_EQ(plan(of, 10, "\n", planLines).toStdString(), R"(unit 2: read holding registers 0-9
   request   function 3, first 0, count 10, reply 29 bytes
   bytes     00 00 00 00 00 06 02 03 00 00 00 0A
   carries   tank %1: registers 0-9, a part of it

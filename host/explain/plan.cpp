@@ -38,8 +38,7 @@ QStringList warningsOf(const PlannedRequest &request, const QList<Variable> &var
     for (const Variable &variable : variables) {
         const Span span = spanOf(variable);
         const int end = request.span.end();
-        const bool endsWithin =
-            span.overlaps(request.span) && end < span.end() && request.span.count % 2 != 0;
+        const bool endsWithin = end < span.end() && request.span.count % 2 != 0;
         if (isPairArea(variable.area) && endsWithin && (end - span.first) % 2 != 0)
             lines << filled(
                 "  WARNING   %1 is cut in the middle of a 32-bit value, which is then read in two "
@@ -90,10 +89,8 @@ QList<QList<Variable>> carriedVariables(const QList<PlannedRequest> &requests,
 QList<Gap> gapsOf(const PlannedRequest &request, const QList<Variable> &variables)
 {
     QList<Span> asked;
-    for (const Variable &variable : variables) {
-        if (spanOf(variable).overlaps(request.span))
-            asked << spanOf(variable);
-    }
+    for (const Variable &variable : variables)
+        asked << spanOf(variable);
     std::sort(asked.begin(), asked.end(), [](const Span &a, const Span &b) { return a.first < b.first; });
 
     QList<Gap> gaps;
@@ -117,8 +114,6 @@ QStringList planLines(const PlannedRequest &request, const QList<Variable> &vari
     lines << QStringLiteral("  bytes     ") + QString::fromLatin1(request.frame.toHex(' ').toUpper());
     for (const Variable &variable : variables) {
         const Span span = spanOf(variable);
-        if (!span.overlaps(asked))
-            continue;
         const int first = qMax(span.first, asked.first);
         const int end = qMin(span.end(), asked.end());
         lines << filled("  carries   %1: %2%3", variable.name, rangeText(span, first, end),

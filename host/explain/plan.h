@@ -35,7 +35,7 @@ QList<PlannedRequest> planRequests(const DriverLibrary &driver, const QList<Vari
 QList<QList<Variable>> carriedVariables(const QList<PlannedRequest> &requests,
                                         const QList<Variable> &variables);
 
-/// In ascending order. `variables` are those that lie in the request; others change nothing.
+/// In ascending order. `variables` are those that lie in the request.
 QList<Gap> gapsOf(const PlannedRequest &request, const QList<Variable> &variables);
 
 /// One paragraph: the request, its bytes, the variables that it carries, its gaps, and warnings. `variables` as above.
