@@ -13,14 +13,14 @@ for unit in 1 2 3; do
         variables+=("$unit/$variable")
     done
 done
-$panel poll --passes 1 --trace="$work/poll" "${variables[@]}" >/dev/null
-$panel write --simulate --trace="$work/write" 2/coil:20=1 2/hr:30=0x1234 2/hr32:40=0x12345678 2/hrbit:50.3=1 0/coil:7=0 >/dev/null
+$panel poll --passes 1 --trace="$work/trace" "${variables[@]}" >/dev/null
+$panel write --simulate --trace="$work/trace" 2/coil:20=1 2/hr:30=0x1234 2/hr32:40=0x12345678 2/hrbit:50.3=1 0/coil:7=0 >/dev/null
 
 # Columns: unit, function, address, registers, bits, byte count, registers' values, value; then what must be empty.
 fields=(mbtcp.unit_id modbus.func_code modbus.reference_num modbus.word_cnt modbus.bit_cnt modbus.byte_cnt
     modbus.regval_uint16 modbus.data)
 decode() {
-    grep -hv '^#' "$work/poll" "$work/write" |
+    grep -v '^#' "$work/trace" |
         text2pcap -q -D -t '%Y-%m-%d %H:%M:%S.%f' -4 127.0.0.1,127.0.0.1 -T 40000,502 - "$work/frames.pcap" 2>/dev/null
     tshark -r "$work/frames.pcap" -o mbtcp.desegment:FALSE -Y "$1" -T fields -E separator=, -E 'aggregator=|' \
         "${@:2}" 2>/dev/null
@@ -41,5 +41,9 @@ total=$(grep -c . "$work/frames")
 sound=$(awk -F, '$1 == 502 { asked = $5 } $2 == 0 && $3 > 0 && $4 == "" && $5 > 0 && $5 == asked' "$work/frames" | grep -c .)
 numbers=$(awk -F, '$1 == 502 { print $5 }' "$work/frames" | sort -u | grep -c .)
 replies=$((total - $(grep -c . "$work/expected")))
+if grep '^[IO]' "$work/trace" | grep -vE '^[IO] [0-9]{4}-[0-9]{2}-[0-9]{2} [0-9:]{8}\.[0-9]{6}$'; then
+    echo "these lines lack date or time"
+    exit 1
+fi
 echo "$sound of $total frames sound, $replies of them replies"
 [ "$sound" -eq "$total" ] && [ "$replies" -eq 17 ] && [ "$numbers" -eq $((total - replies)) ]
