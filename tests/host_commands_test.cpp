@@ -163,9 +163,9 @@ TEST(Commands, ShowWhatWasAskedFor)
     using Row = std::tuple<Command, const char *, int, const char *>; // parts of the output with & between them
     const Row rows[] = {
         {pollCommand, "--json --passes 1 1/hr:60 2/coil:21", ExitDone,
-         R"("station":"simulated"&"link_code":"up"&"address":"1/hr:60"&"values":[60]&"state_code":"fresh")"},
+         R"("station":"simulated station"&"link_code":"up"&"address":"1/hr:60"&"values":[60]&"state_code":"fresh")"},
         {readCommand, "--csv hr:60*2:hex hr:61", ExitDone,
-         "\n20&,simulated,0,up,up,hr:60*2:hex,1/hr:60*2,0x003C 0x003D,,fresh,fresh,0.&,hr:61,1/hr:61,61,,fresh,fresh,0."},
+         "\n20&,simulated station,0,up,up,hr:60*2:hex,1/hr:60*2,0x003C 0x003D,,fresh,fresh,0.&,hr:61,1/hr:61,61,,fresh,fresh,0."},
         {pollCommand, "--passes 1 hr:100*125", ExitDone, "simulated station\npass 1, link up\n&  fresh  100 101 & 223 224\n"},
         {pollCommand, "--passes 2 --every 1 hr:60 hr:64 hr:300 --fault exception=2@address=62", ExitFailed,
          "1/hr:64   failed: exception 2: illegal data address, never  -\n&1/hr:300  fresh  &  300\n&2 x4"}, // with retries

@@ -6,7 +6,7 @@
 #include "memory_station.h"
 
 #include "../driver/base/modbus_wire.h"
-#include "../host/explain/panel_observer.h"
+#include "../host/explain/panel_state.h"
 #include "../host/explain/poll_list.h"
 #include "../host/explain/value_text.h"
 #include "../host/explain/write_queueing.h"
@@ -81,9 +81,8 @@ TEST(HostThreads, SnapshotsAndWritesMeetTheCommunication)
     connection.port = station.port();
     connection.timeoutMs = 60000;
     const NoTrace trace;
-    PanelState state(polled);
-    PanelObserver observer(*driver, polled, state);
-    CommunicationLoop loop(*driver, settings, connection, LoopOptions(), trace, observer);
+    PanelState state(*driver, polled);
+    CommunicationLoop loop(*driver, settings, connection, LoopOptions(), trace, state);
     loop.start();
     PanelSnapshot now = state.snapshot();
     for (int round = 1; round <= rounds && !now.isEnded; ++round) {

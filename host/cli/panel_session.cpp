@@ -124,7 +124,7 @@ QString PanelSession::address() const
 {
     const QString &host = m_options.connection.host;
     const bool isIpv6 = host.contains(QLatin1Char(':'));
-    return m_station ? QStringLiteral("simulated")
+    return m_station ? QStringLiteral("simulated station")
                      : QStringLiteral("%1:%2")
                            .arg(isIpv6 ? QLatin1Char('[') + host + QLatin1Char(']') : printable(host))
                            .arg(m_options.connection.port);
@@ -132,5 +132,5 @@ QString PanelSession::address() const
 
 QString PanelSession::peer() const
 {
-    return m_station ? QStringLiteral("simulated station") : QStringLiteral("station ") + address();
+    return m_station ? address() : QStringLiteral("station ") + address();
 }

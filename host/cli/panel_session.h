@@ -58,7 +58,7 @@ public:
     const Trace &trace() const { return m_trace; }
     const ConnectionOptions &connection() const { return m_options.connection; }
     StationThread *station() const { return m_station.get(); } ///< the built-in one, or null
-    /// Where the station is: "192.0.2.7:502", or "simulated". After prepare().
+    /// Where the station is: "192.0.2.7:502", or "simulated station". After prepare().
     QString address() const;
     /// The station in words: "station 192.0.2.7:502", or "simulated station".
     QString peer() const;
