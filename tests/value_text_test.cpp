@@ -25,6 +25,7 @@ const Value values[] = {
     {"low byte first", "hr:0:hex:BA", "0x1234", "12 34", "0x1234"},
     {"ends of a pair", "hr32:0*2", "4294967295 -2147483648", "ff ff ff ff 00 00 00 80", "4294967295 2147483648"},
     {"pair too high", "hr32:0", "4294967296", "", "it takes -2147483648 to 4294967295"},
+    {"signed too high", "hr32:0:s32", "2147483648", "", "it takes -2147483648 to 2147483647"},
     {"low register first", "hr32:0:float:CDAB", "21.5", "ac 41 00 00", "21.5"},
     {"bytes swapped", "hr32:0:u32:BADC", "0x12345678", "56 78 12 34", "305419896"},
     {"all reversed", "hr32:0*2:s32:DCBA", "0x12345678 -2", "12 34 56 78 ff ff ff fe", "305419896 -2"},

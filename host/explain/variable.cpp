@@ -23,14 +23,16 @@ struct Word
 };
 using Words = std::vector<Word>;
 
-const Words areas = {{"coil", 0, AreaCoils},
-                     {"input", 0, AreaDiscreteInputs},
-                     {"irbit", 0, AreaInputRegisterBit},
-                     {"hrbit", 0, AreaHoldingRegisterBit},
-                     {"ir", 0, AreaInputRegisters},
-                     {"hr", 0, AreaHoldingRegisters},
-                     {"ir32", 0, AreaInputPairs},
-                     {"hr32", 0, AreaHoldingPairs}};
+const Words areas = {
+    {"coil", 0, AreaCoils},
+    {"input", 0, AreaDiscreteInputs},
+    {"irbit", 0, AreaInputRegisterBit},
+    {"hrbit", 0, AreaHoldingRegisterBit},
+    {"ir", 0, AreaInputRegisters},
+    {"hr", 0, AreaHoldingRegisters},
+    {"ir32", 0, AreaInputPairs},
+    {"hr32", 0, AreaHoldingPairs},
+};
 const Words types = {
     {"bit", 1, int(ValueType::Plain)},   {"u16", 2, int(ValueType::Unsigned)},
     {"s16", 2, int(ValueType::Signed)},  {"hex", 2, int(ValueType::Hexadecimal)},
