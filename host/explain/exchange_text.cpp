@@ -35,24 +35,20 @@ QString otherUnitText(const RW_VAR &access, const QByteArray &reply)
 /// Manuals that count from 1, with the table's digit in front, are the usual cause of an illegal address.
 QString countedFromOneText(const RW_VAR &access)
 {
-    struct Table
-    {
-        int area;
-        int first;
-        const char *name;
-    };
-    const Table tables[] = {{AreaDiscreteInputs, 10001, "discrete input"},
-                            {AreaInputRegisters, 30001, "input register"},
-                            {AreaHoldingRegisters, 40001, "holding register"}};
-    for (const Table &table : tables) {
-        const int address = access.startAddress - table.first;
-        if (requestArea(access.area) == table.area && address >= 0 && address < countedInTable)
-            return QStringLiteral("; manuals that count %1 as the first %2 mean %3:%4")
-                .arg(table.first)
-                .arg(QLatin1String(table.name), areaName(table.area))
-                .arg(address);
-    }
-    return QString();
+    const int area = requestArea(access.area);
+    const int digit = area == AreaDiscreteInputs     ? 1
+                      : area == AreaInputRegisters   ? 3
+                      : area == AreaHoldingRegisters ? 4
+                                                     : 0;
+    const int first = 10000 * digit + 1;
+    const int address = access.startAddress - first;
+    if (digit == 0 || address < 0 || address >= countedInTable)
+        return QString();
+    const char *const name = digit == 1   ? "discrete input"
+                             : digit == 3 ? "input register"
+                                          : "holding register";
+    return QStringLiteral("; manuals that count %1 as the first %2 mean %3:%4")
+        .arg(QString::number(first), QLatin1String(name), areaName(area), QString::number(address));
 }
 
 } // namespace
