@@ -134,6 +134,7 @@ TEST(Signals, EndEveryWait)
         {"poll --timeout 3600000 --fault silence hr:60", sent, 0},
         {"read --timeout 3600000 --fault silence hr:60", sent, 1},
         {"write --simulate --timeout 3600000 --fault silence hr:60=1", sent, 4},
+        {"scan --units 1-3 --timeout 3600000 --fault silence", sent, 1},
         {connecting.constData(), "text2pcap", 1},
     };
     std::vector<std::pair<const Wait *, std::unique_ptr<Program>>> started;
