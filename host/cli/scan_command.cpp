@@ -212,6 +212,7 @@ int scanCommand(const QStringList &arguments)
     tellOfSimulation(line);
     std::printf("%s\n", qPrintable(session.peer()));
     std::fflush(stdout);
+    std::fflush(stdout);
     catchInterrupts();
     Scan scan(session, options.retries);
     if (!scan.run(targets))
