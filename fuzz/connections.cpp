@@ -4,7 +4,6 @@
 
 #include "driver_checks.h"
 
-#include "../driver/api/codes.h"
 #include "../driver/base/modbus_wire.h"
 #include "../host/link/communication_loop.h"
 

@@ -8,15 +8,12 @@
 #include "../driver/base/modbus_wire.h"
 #include "../host/explain/panel_state.h"
 #include "../host/explain/poll_list.h"
-#include "../host/explain/value_text.h"
 #include "../host/explain/write_queueing.h"
 #include "../host/link/communication_loop.h"
 
-#include "../driver/api/codes.h"
-
 #include <thread>
 
-using namespace modbus_driver;
+using namespace modbus_driver::wire;
 
 namespace {
 
@@ -42,7 +39,7 @@ private:
         ssize_t size = 0;
         while ((size = recv(connection, bytes, sizeof bytes, 0)) > 0) {
             QByteArray reply = m_station.reply(QByteArray(bytes, static_cast<int>(size)));
-            wire::putWord(reply.data() + wire::LengthAt, reply.size() - wire::LengthFieldEnd);
+            putWord(reply.data() + LengthAt, reply.size() - LengthFieldEnd);
             send(connection, reply.constData(), static_cast<std::size_t>(reply.size()), MSG_NOSIGNAL);
         }
         close(connection);
@@ -69,7 +66,7 @@ TEST(HostThreads, SnapshotsAndWritesMeetTheCommunication)
     ASSERT_TRUE(driver) << qPrintable(error);
     const QList<Variable> polled = variables("1/hr:10 2/coil:8*3 1/hr:40");
     settings = pollSettings(polled, 100);
-    settings.writeMode = WriteModeToStation;
+    settings.writeMode = 2; // to the station
     driver->setComInfo(&settings);
     driver->registerCallBacks(&CommunicationLoop::writeDone, &itemNotify);
     driver->flashLocalRegister(0, 0, 0);
