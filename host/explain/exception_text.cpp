@@ -3,28 +3,33 @@
 
 #include "../link/exception_codes.h"
 
+namespace {
+
+struct Name
+{
+    int code;
+    const char *name;
+};
+
+const Name names[] = {
+    {ExceptionIllegalFunction, "illegal function"},
+    {ExceptionIllegalAddress, "illegal data address"},
+    {ExceptionIllegalValue, "illegal data value"},
+    {ExceptionDeviceFailure, "device failure"},
+    {ExceptionAcknowledged, "acknowledged, still busy"},
+    {ExceptionBusy, "device busy"},
+    {ExceptionMemoryParity, "memory parity error"},
+    {ExceptionGatewayPath, "gateway path unavailable"},
+    {ExceptionGatewayTarget, "no response behind the gateway"},
+};
+
+} // namespace
+
 QString exceptionName(int code)
 {
-    switch (code) {
-    case ExceptionIllegalFunction:
-        return QStringLiteral("illegal function");
-    case ExceptionIllegalAddress:
-        return QStringLiteral("illegal data address");
-    case ExceptionIllegalValue:
-        return QStringLiteral("illegal data value");
-    case ExceptionDeviceFailure:
-        return QStringLiteral("device failure");
-    case ExceptionAcknowledged:
-        return QStringLiteral("acknowledged, still busy");
-    case ExceptionBusy:
-        return QStringLiteral("device busy");
-    case ExceptionMemoryParity:
-        return QStringLiteral("memory parity error");
-    case ExceptionGatewayPath:
-        return QStringLiteral("gateway path unavailable");
-    case ExceptionGatewayTarget:
-        return QStringLiteral("no response behind the gateway");
-    default:
-        return QStringLiteral("unknown exception");
+    for (const Name &of : names) {
+        if (of.code == code)
+            return QString::fromLatin1(of.name);
     }
+    return QStringLiteral("unknown exception");
 }

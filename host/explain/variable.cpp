@@ -185,7 +185,8 @@ QString suggestion(const QString &text, int base)
 
 QString areaName(int area)
 {
-    return nameOf(areas, area);
+    const QString name = nameOf(areas, area);
+    return name.isEmpty() ? QStringLiteral("?") : name;
 }
 
 QString typeName(const Variable &variable)

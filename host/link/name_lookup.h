@@ -9,7 +9,7 @@
 #include "link_cause.h"
 
 #include <atomic>
-#include <memory>
+#include <future>
 #include <vector>
 
 #include <sys/socket.h>
@@ -29,7 +29,13 @@ public:
                    std::vector<SocketAddress> *addresses);
 
 private:
-    struct Job;
+    struct Found
+    {
+        LinkCause cause;
+        std::vector<SocketAddress> addresses;
+    };
+    static Found lookUp(const QByteArray &host, const QByteArray &port, int flags);
+    bool start(const QByteArray &host, const QByteArray &port);
 
-    std::shared_ptr<Job> m_job; ///< shared with its thread, which may outlive this object
+    std::future<Found> m_found; ///< of the look-up that goes on; its thread may outlive this object
 };

@@ -24,20 +24,9 @@ Recovery recoveryAfter(LinkCause cause, const StreamFacts &facts)
     case LinkCause::HeldBack:
     case LinkCause::Unasked:
         return recoveryOfOrder(facts);
-    case LinkCause::
-        CutOff: // the rest of the reply may be lost, and then the next reply would be taken for it
+    case LinkCause::CutOff: // the next reply would be taken for the rest of this one, which may be lost
         return facts.policy == AfterTimeout::Drain ? Recovery::Drain : Recovery::Drop;
-    case LinkCause::Refused:
-    case LinkCause::NoRoute:
-    case LinkCause::NoAnswer:
-    case LinkCause::NotOpened:
-    case LinkCause::NoSuchName:
-    case LinkCause::NoLookup:
-    case LinkCause::Closed:
-    case LinkCause::BadHeader:
-    case LinkCause::Congested:
-    case LinkCause::Flood:
-        break;
+    default:
+        return Recovery::Drop;
     }
-    return Recovery::Drop;
 }

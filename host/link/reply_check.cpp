@@ -3,9 +3,25 @@
 
 #include "../../driver/base/modbus_wire.h"
 
+#include <iterator>
+
 using namespace modbus_driver::wire;
 
 namespace {
+
+/// By ReplyFault.
+const char *const faultTexts[] = {
+    "none",
+    "bad length field",
+    "other protocol id",
+    "other transaction id",
+    "other unit",
+    "other function",
+    "wrong byte count",
+    "other address or value echoed",
+    "several different replies",
+};
+static_assert(std::size(faultTexts) == std::size_t(ReplyFault::Ambiguous) + 1, "each fault has a text");
 
 /// Data bytes that the answer to a read holds: bits packed by eight, two bytes a register.
 int bytesAsked(const QByteArray &request)
@@ -35,27 +51,7 @@ ReplyFault checkEcho(const QByteArray &request, const QByteArray &reply)
 
 QString replyFaultText(ReplyFault fault)
 {
-    switch (fault) {
-    case ReplyFault::None:
-        return QStringLiteral("none");
-    case ReplyFault::BadLength:
-        return QStringLiteral("bad length field");
-    case ReplyFault::OtherProtocol:
-        return QStringLiteral("other protocol id");
-    case ReplyFault::OtherTransaction:
-        return QStringLiteral("other transaction id");
-    case ReplyFault::OtherUnit:
-        return QStringLiteral("other unit");
-    case ReplyFault::OtherFunction:
-        return QStringLiteral("other function");
-    case ReplyFault::WrongByteCount:
-        return QStringLiteral("wrong byte count");
-    case ReplyFault::WrongEcho:
-        return QStringLiteral("other address or value echoed");
-    case ReplyFault::Ambiguous:
-        return QStringLiteral("several different replies");
-    }
-    return QString();
+    return QString::fromLatin1(faultTexts[static_cast<std::size_t>(fault)]);
 }
 
 ReplyFault checkReply(const QByteArray &request, const QByteArray &reply)
