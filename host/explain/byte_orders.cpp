@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "byte_orders.h"
 
+#include "filled.h"
 #include "value_text.h"
 
 #include <algorithm>
@@ -16,15 +17,10 @@ const char *const registers[] = {
 };
 
 QString tableLine(const QString &order, const QString &bytes, const QString &plain, const QString &withSign,
-                  const QString &fraction, const QString &name)
+                  const QString &fraction, const char *name)
 {
-    return QStringLiteral("%1  %2  %3  %4  %5  %6")
-        .arg(order, -5)
-        .arg(bytes, -11)
-        .arg(plain, 10)
-        .arg(withSign, 11)
-        .arg(fraction, 14)
-        .arg(name);
+    return filled("%1  %2  %3  %4  %5  %6", order.leftJustified(5), bytes.leftJustified(11),
+                  plain.rightJustified(10), withSign.rightJustified(11), fraction.rightJustified(14), name);
 }
 
 } // namespace
@@ -38,14 +34,13 @@ QStringList byteOrderTable(QByteArray bytes)
         pair.type = type;
         return valueText(pair, bytes);
     };
-    const auto text = [](const char *latin1) { return QString::fromLatin1(latin1); };
-    QStringList lines{tableLine(text("order"), text("bytes"), text("unsigned"), text("signed"), text("float"),
-                                text("registers"))};
+    QStringList lines{tableLine(asText("order"), asText("bytes"), asText("unsigned"), asText("signed"),
+                                asText("float"), "registers")};
     for (pair.order = HighFirst; pair.order <= (LowRegisterFirst | LowByteFirst); ++pair.order) {
         const QByteArray ordered = QByteArray::fromHex(shown(ValueType::Hexadecimal).mid(2).toLatin1());
         lines << tableLine(orderName(pair.order, pair.width()),
-                           text(ordered.toHex(' ').toUpper().constData()), shown(ValueType::Unsigned),
-                           shown(ValueType::Signed), shown(ValueType::Float), text(registers[pair.order]));
+                           QString::fromLatin1(ordered.toHex(' ').toUpper()), shown(ValueType::Unsigned),
+                           shown(ValueType::Signed), shown(ValueType::Float), registers[pair.order]);
     }
     return lines;
 }

@@ -2,6 +2,7 @@
 #include "exchange_text.h"
 
 #include "exception_text.h"
+#include "filled.h"
 #include "status_text.h"
 #include "variable.h"
 
@@ -22,11 +23,8 @@ const int countedInTable = 9999; // five digits, the first of them the table's
 QString otherUnitText(const RW_VAR &access, const QByteArray &reply)
 {
     const int unit = byteAt(reply, UnitAt);
-    QString text = QStringLiteral("unit %1 answered a request to unit %2; try %1/%3:%4")
-                       .arg(unit)
-                       .arg(access.station)
-                       .arg(areaName(access.area))
-                       .arg(access.startAddress);
+    QString text = filled("unit %1 answered a request to unit %2; try %1/%3:%4", unit, access.station,
+                          areaName(access.area), access.startAddress);
     if (unit == deviceItself)
         text += QStringLiteral(" (unit 255 is the device that has the connection, not one behind it)");
     return text;
@@ -47,8 +45,7 @@ QString countedFromOneText(const RW_VAR &access)
     const char *const name = digit == 1   ? "discrete input"
                              : digit == 3 ? "input register"
                                           : "holding register";
-    return QStringLiteral("; manuals that count %1 as the first %2 mean %3:%4")
-        .arg(QString::number(first), QLatin1String(name), areaName(area), QString::number(address));
+    return filled("; manuals that count %1 as the first %2 mean %3:%4", first, name, areaName(area), address);
 }
 
 } // namespace
@@ -57,9 +54,9 @@ QString exchangeText(const Exchange &exchange)
 {
     const int exception = exceptionCode(exchange.reply);
     if (exception >= 0)
-        return QStringLiteral("exception %1: %2").arg(exception).arg(exceptionName(exception));
+        return filled("exception %1: %2", exception, exceptionName(exception));
     if (exchange.fault != ReplyFault::None)
-        return QStringLiteral("reply held back: %1").arg(replyFaultText(exchange.fault));
+        return filled("reply held back: %1", replyFaultText(exchange.fault));
     switch (exchange.end) {
     case Exchange::Answered:
         return QStringLiteral("answered");
@@ -68,7 +65,7 @@ QString exchangeText(const Exchange &exchange)
     case Exchange::NoReply:
         return linkCauseText(exchange.cause);
     case Exchange::NotSent:
-        return QStringLiteral("no link: %1").arg(linkCauseText(exchange.cause));
+        return filled("no link: %1", linkCauseText(exchange.cause));
     }
     return QString();
 }
@@ -76,7 +73,7 @@ QString exchangeText(const Exchange &exchange)
 QString failureText(const RW_VAR &access, const Exchange &exchange, int status)
 {
     if (exchange.end == Exchange::Answered && exceptionCode(exchange.reply) < 0)
-        return QStringLiteral("%1 (driver status %2)").arg(statusText(status)).arg(status);
+        return filled("%1 (driver status %2)", statusText(status), status);
     if (exchange.fault == ReplyFault::OtherUnit)
         return otherUnitText(access, exchange.heldBack);
     if (exceptionCode(exchange.reply) == ExceptionIllegalAddress)

@@ -19,7 +19,7 @@ inline QString asText(int number)
     return QString::number(number);
 }
 
-/// The format with the arguments in place of %1, %2 and so on. A % in an argument stays as it is.
+/// The format with the arguments in place of %1, %2 and so on, none left out. A % in an argument stays as it is.
 template <typename... Arguments> QString filled(const char *format, const Arguments &...arguments)
 {
     const QString text = asText(format);
