@@ -111,9 +111,9 @@ QList<FrameKind> kindsToShow(const CommandLine &line, const QByteArray &frame, D
     const QList<FrameKind> likely = likelyKinds(frame);
     if (direction == FromStation)
         return {FrameKind::Reply};
-    return direction == ToStation && likely.first() != FrameKind::Remote
-               ? QList<FrameKind>{FrameKind::Request}
-               : likely;
+    if (direction == ToStation && likely.first() != FrameKind::Remote)
+        return {FrameKind::Request};
+    return likely;
 }
 
 void printKind(int size, const FrameText &text, const QString &title)
@@ -125,17 +125,13 @@ void printKind(int size, const FrameText &text, const QString &title)
         print(QStringLiteral("  fault: ") + fault);
 }
 
-/// Checks the CRC-16 at the end of a serial frame: over a frame with its own checksum it is 0.
-bool isSerialChecksumRight(const QByteArray &bytes)
-{
-    const auto *const first = reinterpret_cast<const unsigned char *>(bytes.constData());
-    return modbus_driver::crc16(first, static_cast<unsigned>(bytes.size())) == 0;
-}
-
 /// The frame as it is sent over TCP, when these bytes are one from a serial line; else nothing.
 QByteArray fromSerial(const QByteArray &bytes)
 {
-    if (bytes.size() < shortestSerial || !isSerialChecksumRight(bytes))
+    const auto *const first = reinterpret_cast<const unsigned char *>(bytes.constData());
+    // The CRC-16 over a frame with its own one at the end is 0.
+    if (bytes.size() < shortestSerial ||
+        modbus_driver::crc16(first, static_cast<unsigned>(bytes.size())) != 0)
         return QByteArray();
     const QByteArray body = bytes.left(bytes.size() - 2);
     return QByteArray(5, '\0') + static_cast<char>(body.size()) + body;

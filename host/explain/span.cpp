@@ -3,9 +3,6 @@
 
 #include "../../driver/api/codes.h"
 
-#include <algorithm>
-#include <tuple>
-
 using namespace modbus_driver;
 
 bool Span::overlaps(const Span &other) const
@@ -32,28 +29,18 @@ Span spanOf(const RW_VAR &request)
 SpanIndex::SpanIndex(const std::vector<Span> &spans)
 {
     for (const Span &span : spans) {
-        m_entries.push_back({span, static_cast<int>(m_entries.size())});
-        m_longest = std::max(m_longest, span.count);
+        m_spans[{span.unit, span.area, span.first, static_cast<int>(m_spans.size())}] = span;
+        m_longest = qMax(m_longest, span.count);
     }
-    std::stable_sort(m_entries.begin(), m_entries.end(),
-                     [](const Entry &a, const Entry &b) { return isBefore(a, b.span); });
-}
-
-bool SpanIndex::isBefore(const Entry &entry, const Span &span)
-{
-    return std::tie(entry.span.unit, entry.span.area, entry.span.first) <
-           std::tie(span.unit, span.area, span.first);
 }
 
 std::vector<int> SpanIndex::overlapping(const Span &span) const
 {
-    const Span first = {span.unit, span.area, span.first - m_longest, 0};
-    const Span end = {span.unit, span.area, span.end(), 0};
+    const auto end = m_spans.lower_bound({span.unit, span.area, span.end(), 0});
     std::vector<int> found;
-    for (auto at = std::lower_bound(m_entries.begin(), m_entries.end(), first, isBefore);
-         at != m_entries.end() && isBefore(*at, end); ++at) {
-        if (at->span.overlaps(span))
-            found.push_back(at->position);
+    for (auto at = m_spans.lower_bound({span.unit, span.area, span.first - m_longest, 0}); at != end; ++at) {
+        if (at->second.overlaps(span))
+            found.push_back(std::get<3>(at->first));
     }
     return found;
 }

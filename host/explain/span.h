@@ -8,6 +8,8 @@
 
 #include "../../driver/api/records.h"
 
+#include <map>
+#include <tuple>
 #include <vector>
 
 /// Bits (areas coils and discrete inputs) or registers (input and holding registers); no other area is requested.
@@ -37,13 +39,6 @@ public:
     std::vector<int> overlapping(const Span &span) const;
 
 private:
-    struct Entry
-    {
-        Span span;
-        int position;
-    };
-    static bool isBefore(const Entry &entry, const Span &span);
-
-    std::vector<Entry> m_entries; ///< ascending by unit, area and first address
-    int m_longest = 0;            ///< most bits or registers of a span
+    std::map<std::tuple<int, int, int, int>, Span> m_spans; ///< by unit, area, first address and position
+    int m_longest = 0;                                      ///< most bits or registers of a span
 };

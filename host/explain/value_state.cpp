@@ -2,53 +2,45 @@
 #include "value_state.h"
 
 #include <algorithm>
+#include <iterator>
 
 ValueState::ValueState(const Variable &variable)
-    : m_variable(variable), m_span(spanOf(variable)), m_parts{{m_span.first, m_span.end(), -1, QString()}}
+    : m_variable(variable), m_span(spanOf(variable)), m_parts{{m_span.first, Part()}}
 {
 }
 
 qint64 ValueState::readAtMs() const
 {
-    const auto oldest = std::min_element(
-        m_parts.begin(), m_parts.end(), [](const Part &a, const Part &b) { return a.readAtMs < b.readAtMs; });
-    return oldest == m_parts.end() ? -1 : oldest->readAtMs;
+    return std::min_element(
+               m_parts.begin(), m_parts.end(),
+               [](const auto &a, const auto &b) { return a.second.readAtMs < b.second.readAtMs; })
+        ->second.readAtMs;
 }
 
 QString ValueState::failure() const
 {
     const auto failed = std::find_if(m_parts.begin(), m_parts.end(),
-                                     [](const Part &part) { return !part.failure.isEmpty(); });
-    return failed == m_parts.end() ? QString() : failed->failure;
+                                     [](const auto &part) { return !part.second.failure.isEmpty(); });
+    return failed == m_parts.end() ? QString() : failed->second.failure;
 }
 
 /// The part that a read covers, which becomes one part if it was several.
 ValueState::Part &ValueState::partOf(const Span &read)
 {
-    const int first = std::max(read.first, m_span.first);
-    const int end = std::min(read.end(), m_span.end());
-    splitAt(first);
-    splitAt(end);
-    const auto part =
-        std::find_if(m_parts.begin(), m_parts.end(), [=](const Part &p) { return p.first == first; });
-    const auto next = std::find_if(part, m_parts.end(), [=](const Part &p) { return p.end == end; }) + 1;
-    for (auto joined = part + 1; joined != next; ++joined)
-        part->readAtMs = std::min(part->readAtMs, joined->readAtMs); // counts when the read failed
-    part->end = end;
-    m_parts.erase(part + 1, next);
-    return *part;
+    const auto part = splitAt(std::max(read.first, m_span.first));
+    const auto next = splitAt(std::min(read.end(), m_span.end()));
+    for (auto joined = std::next(part); joined != next; joined = m_parts.erase(joined))
+        part->second.readAtMs =
+            std::min(part->second.readAtMs, joined->second.readAtMs); // counts when the read failed
+    return part->second;
 }
 
-/// Lets a part begin at an address, unless one does.
-void ValueState::splitAt(int address)
+/// Lets a part begin at an address, unless one does. Returns it.
+std::map<int, ValueState::Part>::iterator ValueState::splitAt(int address)
 {
-    const auto part = std::find_if(m_parts.begin(), m_parts.end(),
-                                   [=](const Part &p) { return p.first < address && address < p.end; });
-    if (part == m_parts.end())
-        return;
-    Part tail = *part;
-    part->end = tail.first = address;
-    m_parts.insert(part + 1, tail);
+    if (address >= m_span.end())
+        return m_parts.end();
+    return m_parts.emplace(address, std::prev(m_parts.upper_bound(address))->second).first;
 }
 
 void ValueState::store(const Span &read, const QByteArray &value, qint64 nowMs)

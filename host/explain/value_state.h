@@ -10,7 +10,7 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
-#include <vector>
+#include <map>
 
 class ValueState
 {
@@ -43,18 +43,16 @@ private:
     /// Neighbouring bits or registers that were read together.
     struct Part
     {
-        int first = 0;
-        int end = 0;
         qint64 readAtMs = -1;
         QString failure; ///< of the last read
     };
 
     Part &partOf(const Span &read);
-    void splitAt(int address);
+    std::map<int, Part>::iterator splitAt(int address);
 
     Variable m_variable;
     Span m_span;
-    std::vector<Part> m_parts; ///< ascending, the whole span; a long variable takes several requests
+    std::map<int, Part> m_parts; ///< by first address, the whole span; a long variable takes several requests
     QByteArray m_value;
     bool m_changed = false;
 };
