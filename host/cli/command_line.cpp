@@ -73,6 +73,7 @@ void CommandLine::complain(const QString &complaint)
 
 ExitCode CommandLine::fail(ExitCode code, const QString &line) const
 {
+    std::fflush(stdout); // what was printed before stands before
     std::fprintf(stderr, "modbus-panel %s: %s\n", qPrintable(m_command), qPrintable(printable(line)));
     return code;
 }

@@ -75,7 +75,6 @@ int readCommand(const QStringList &arguments)
     tellOfSimulation(line);
     if (form == RecordForm::None)
         std::printf("%s\n", qPrintable(session.peer()));
-    std::fflush(stdout);
     catchInterrupts();
     session.start();
     bool isGood = true;

@@ -211,8 +211,6 @@ int scanCommand(const QStringList &arguments)
         return line.fail(code, error);
     tellOfSimulation(line);
     std::printf("%s\n", qPrintable(session.peer()));
-    std::fflush(stdout);
-    std::fflush(stdout);
     catchInterrupts();
     Scan scan(session, options.retries);
     if (!scan.run(targets))

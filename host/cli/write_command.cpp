@@ -127,7 +127,6 @@ int writeCommand(const QStringList &arguments)
     const auto inQueue =
         std::count_if(items.begin(), items.end(), [](const WriteItem &item) { return item.queued > 0; });
     std::printf("%s\n", qPrintable(session.peer()));
-    std::fflush(stdout);
     catchInterrupts();
     session.start();
     session.waitForItems(static_cast<int>(inQueue));
