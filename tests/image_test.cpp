@@ -47,8 +47,6 @@ TEST_F(Image, WhatThePanelShowsAfterwards)
         {"an odd register is left out", Both, unchanged, {}, Pairs, "1", 3, "05000380"},
         {"one register is the low word", Shared, unchanged, {}, Pairs, "0", 1, "0380"},
         {"one register is nothing", PerStation, unchanged, {}, Pairs, "0", 1, ""},
-        {"nothing asked", Both, unchanged, {}, Registers, "0", 0, ""},
-        {"no such area", Both, unchanged, {}, 9, "0", 5, ""},
 
         {"coils across bytes", Both, written, access(Coils, 6, 3, "010101"), Coils, "6", 4, "01010100"},
         {"any byte but 1 clears", Both, written, access(Coils, 2, 4, "0200FF01"), Coils, "1", 6, "000000000100"},
@@ -180,9 +178,6 @@ TEST_F(Image, LastRecordOfAStoreIsStretchedToTheWholeData)
     write(Coils, "8", 1, "01");
     EXPECT_EQ(value(Registers, "10", 1) + value(InputBit, "10.0", 1) + value(Coils, "8", 1), "00000000")
         << "bits of values that are not known stay so";
-    PLC_driver.extendList.clear();
-    store(access(Registers, 10, 0));
-    EXPECT_TRUE(PLC_driver.extendList.isEmpty());
 }
 
 TEST_F(Image, RecordsAreFoundWhoeverMadeThem)
