@@ -17,60 +17,36 @@
 
 namespace {
 
-const BackOffTimes times = {1000, 5000, 100, 3000};
-
-TEST(LinkState, BackOffDoublesUpToTheLongestUntilTheLinkIsProven)
+TEST(LinkState, BacksOffLongerAndLongerUntilTheLinkIsProven)
 {
-    LinkState link(times);
+    enum { NotOpened = -2, NoAnswer = -1 }; // else milliseconds from the opening to an answer
+    const std::tuple<const char *, int, LinkCause, int> rows[] = {
+        {"refused", NotOpened, LinkCause::Refused, 1000},
+        {"twice as long", NotOpened, LinkCause::Refused, 2000},
+        {"and so on", NotOpened, LinkCause::Refused, 4000},
+        {"up to the longest", NotOpened, LinkCause::Refused, 5000},
+        {"no longer", NotOpened, LinkCause::Refused, 5000},
+        {"a first reopening costs nothing", NoAnswer, LinkCause::Closed, 0},
+        {"accepted and closed is no better than refused", NoAnswer, LinkCause::Closed, 5000},
+        {"a time-out has been waiting enough", NoAnswer, LinkCause::Silent, 100},
+        {"half a reply too", NoAnswer, LinkCause::CutOff, 100},
+        {"no more openings than the floor allows", 0, LinkCause::Closed, 100},
+        {"on the next connection a foreign reply is no answer", NoAnswer, LinkCause::HeldBack, 5000},
+        {"one answer does not start the back-off anew", NotOpened, LinkCause::Refused, 5000},
+        {"the link was proven: one reopening costs nothing again", 3000, LinkCause::Closed, 0},
+        {"and the back-off starts anew", NotOpened, LinkCause::Refused, 1000},
+    };
+    LinkState link({1000, 5000, 100, 3000});
     qint64 now = 0;
-    for (const int delay : {1000, 2000, 4000, 5000, 5000}) {
-        link.lost(LinkCause::Refused, now);
-        EXPECT_EQ(link.at(now + delay - 1), LinkState::BackingOff) << delay;
-        now += delay;
-        EXPECT_EQ(link.at(now), LinkState::Connecting) << delay;
-    }
-    const auto open = [&](int answeredAfterMs) {
+    for (const auto &[what, answeredAfterMs, cause, waitMs] : rows) {
         link.at(now += 60000);
-        link.opened(now);
+        if (answeredAfterMs != NotOpened)
+            link.opened(now);
         if (answeredAfterMs >= 0)
             link.answered(now += answeredAfterMs);
-    };
-    open(-1);
-    link.lost(LinkCause::Closed, now);
-    EXPECT_EQ(link.at(now), LinkState::Connecting) << "a first reopening costs nothing";
-    open(-1);
-    link.lost(LinkCause::Closed, now);
-    EXPECT_EQ(link.at(now + 4999), LinkState::BackingOff) << "accepted and closed is no better than refused";
-    open(0);
-    link.lost(LinkCause::Closed, now);
-    EXPECT_EQ(link.at(now + 99), LinkState::BackingOff) << "no more openings than the floor allows";
-    EXPECT_EQ(link.at(now + 100), LinkState::Connecting);
-    link.lost(LinkCause::Refused, now);
-    EXPECT_EQ(link.at(now + 4999), LinkState::BackingOff) << "one answer does not start the back-off anew";
-    open(3000);
-    link.lost(LinkCause::Closed, now);
-    EXPECT_EQ(link.at(now), LinkState::Connecting) << "the link was proven: one reopening costs nothing again";
-    link.lost(LinkCause::Refused, now);
-    EXPECT_EQ(link.at(now + 1000), LinkState::Connecting) << "and the back-off starts anew";
-}
-
-TEST(LinkState, AfterTheFreeReopeningALossBacksOffUnlessItTookATimeOutOrFollowedAnAnswer)
-{
-    const std::pair<LinkCause, int> rows[] = {{LinkCause::Silent, 100},     {LinkCause::CutOff, 100},
-                                              {LinkCause::Closed, 1000},    {LinkCause::HeldBack, 1000},
-                                              {LinkCause::BadHeader, 1000}, {LinkCause::Unasked, 1000}};
-    for (const auto &[cause, unanswered] : rows) {
-        for (const bool hasAnswered : {false, true}) {
-            LinkState link(times);
-            link.opened(0);
-            link.lost(LinkCause::Closed, 0);
-            link.opened(0);
-            if (hasAnswered)
-                link.answered(0);
-            link.sent();
-            link.lost(cause, 0);
-            EXPECT_EQ(link.retryAtMs(), hasAnswered ? 100 : unanswered) << qPrintable(linkCauseText(cause));
-        }
+        link.lost(cause, now);
+        EXPECT_TRUE(waitMs == 0 || link.at(now + waitMs - 1) == LinkState::BackingOff) << what;
+        EXPECT_EQ(link.at(now + waitMs), LinkState::Connecting) << what;
     }
 }
 
