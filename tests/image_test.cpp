@@ -49,6 +49,7 @@ TEST_F(Image, WhatThePanelShowsAfterwards)
         {"one register is nothing", PerStation, unchanged, {}, Pairs, "0", 1, ""},
 
         {"coils across bytes", Both, written, access(Coils, 6, 3, "010101"), Coils, "6", 4, "01010100"},
+        {"coils below 0", Both, written, access(Coils, -2, 3, "000001"), Coils, "0", 3, "010001"},
         {"any byte but 1 clears", Both, written, access(Coils, 2, 4, "0200FF01"), Coils, "1", 6, "000000000100"},
         {"coils stop with the data", Both, written, access(Coils, 1, 8, "01"), Coils, "0", 5, "0001010101"},
         {"more coils than asked", Both, written, access(Coils, 2, 1, "0000"), Coils, "2", 2, "0001"},
