@@ -72,20 +72,17 @@ TEST(Recovery, KeepsTheConnectionOnlyWhileNumbersTellLateReplies)
 TEST(TransactionNumbers, TellTheCurrentReplyFromOldAndForeignOnes)
 {
     TransactionNumbers numbers(65533);
-    const quint16 first = numbers.next();
-    EXPECT_EQ(first, 65534);
-    EXPECT_EQ(numbers.take(0), TransactionNumbers::Zero);
+    EXPECT_EQ(numbers.next(), 65534);
     EXPECT_EQ(numbers.take(65533), TransactionNumbers::Foreign) << "never given";
-    EXPECT_EQ(numbers.habit(), TransactionNumbers::Unknown);
-    EXPECT_EQ(numbers.take(first), TransactionNumbers::Current);
-    EXPECT_EQ(numbers.take(first), TransactionNumbers::Old) << "answered already";
-    EXPECT_EQ(numbers.habit(), TransactionNumbers::Echoed);
     EXPECT_EQ(numbers.next(), 65535);
     EXPECT_EQ(numbers.next(), 1) << "0 is left out";
     EXPECT_EQ(numbers.take(65535), TransactionNumbers::Old);
     EXPECT_EQ(numbers.take(2), TransactionNumbers::Foreign);
+    EXPECT_EQ(numbers.take(1), TransactionNumbers::Current);
+    EXPECT_EQ(numbers.take(1), TransactionNumbers::Old) << "answered already";
+    numbers.next();
     numbers.endWait();
-    EXPECT_EQ(numbers.take(1), TransactionNumbers::Old) << "given up";
+    EXPECT_EQ(numbers.take(2), TransactionNumbers::Old) << "given up";
     numbers.noteZeroAccepted();
     EXPECT_EQ(numbers.habit(), TransactionNumbers::Echoed) << "what was proven stays";
 }
