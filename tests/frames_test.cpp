@@ -2,8 +2,6 @@
 // The bytes of every request and of every remote frame, and the reply that each expects.
 #include "driver_fixture.h"
 
-#include <climits>
-
 typedef DriverFixture Frames;
 
 TEST_F(Frames, FramesByteForByte)
