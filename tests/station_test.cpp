@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QFile>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryFile>
 #include <QtCore/QThread>
@@ -353,6 +354,15 @@ TEST(ChangingValues, MoveUntilSomeoneElseWrites)
         EXPECT_EQ(unit.at(QModbusDataUnit::HoldingRegisters, address), expected[address]) << address;
 }
 
+// Hundredths of a second of processor time, as a rule.
+int ticksOf(const QProcess &process)
+{
+    QFile file(QStringLiteral("/proc/%1/stat").arg(process.processId()));
+    file.open(QIODevice::ReadOnly);
+    const QList<QByteArray> words = file.readAll().split(' ');
+    return words.value(13).toInt() + words.value(14).toInt();
+}
+
 // The program, behind an emulator where its machine is another one. `limit` is a shell's command ahead of it.
 void run(QProcess &program, const QByteArray &arguments, const QByteArray &limit = "true")
 {
@@ -444,6 +454,9 @@ TEST(StationProgram, WaitsWhenDescriptorsRunOut)
     for (int i = 0; i < descriptors; ++i)
         masters.emplace_back(port);
     EXPECT_EQ(masters.front().ask(""), "");
+    const int before = ticksOf(process);
+    EXPECT_FALSE(masters.back().socket.waitForReadyRead(1000));
+    EXPECT_LT(ticksOf(process) - before, 30) << "it tries again and again";
     masters.erase(masters.begin(), std::prev(masters.end()));
     EXPECT_EQ(masters.back().ask(""), "");
     process.terminate();
