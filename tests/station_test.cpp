@@ -368,7 +368,7 @@ void run(QProcess &program, const QByteArray &arguments, const QByteArray &limit
 {
     const QByteArray command = QByteArray(STATION_COMMAND).replace('|', ' ');
     program.start(QStringLiteral("sh"),
-                  {QStringLiteral("-c"), QString::fromLatin1(limit + "; exec" + command + ' ' + arguments)});
+                  {QStringLiteral("-c"), QString::fromLatin1(limit + "; exec " + command + ' ' + arguments)});
     ASSERT_TRUE(program.waitForStarted(patience));
 }
 
