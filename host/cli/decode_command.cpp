@@ -161,7 +161,7 @@ ExitCode decode(const CommandLine &line, const QByteArray &bytes, Direction dire
     if (line.isSet("bytes") && (isFrame || bytes.size() != twoRegisters))
         return line.fail(ExitUsage, QStringLiteral("--bytes takes four bytes, and no option beside it"));
     if (bytes.size() == twoRegisters && !isFrame) {
-        for (const QString &row : byteOrderTable(bytes))
+        for (const QString &row : byteOrderTable(bytes, 1))
             print(row);
         return ExitDone;
     }

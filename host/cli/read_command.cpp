@@ -29,8 +29,9 @@ bool report(const CommandLine &line, const ValueState &value, RecordForm form)
         if (form != RecordForm::None)
             return true; // it is in the record
         const bool inOrders = line.isSet("orders");
-        const QString text = inOrders ? byteOrderTable(variable, value.value()).join(QLatin1Char('\n'))
-                                      : measuredText(variable, value.value());
+        const QString text = inOrders
+                                 ? byteOrderTable(value.value(), variable.width()).join(QLatin1Char('\n'))
+                                 : measuredText(variable, value.value());
         std::printf("%s%s%s\n", qPrintable(variable.name), inOrders ? ":\n" : " = ", qPrintable(text));
         std::fflush(stdout);
         return true;

@@ -71,28 +71,14 @@ WriteItem itemOf(const ListedVariable &named, int block, CommandLine *line)
     return item;
 }
 
-QList<Variable> variablesOf(const QList<WriteItem> &items)
-{
-    QList<Variable> variables;
-    for (const WriteItem &item : items)
-        variables << item.variable;
-    return variables;
-}
-
-ExitCode exitCodeOf(WriteOutcome::End end)
-{
-    return end == WriteOutcome::Done     ? ExitDone
-           : end == WriteOutcome::Failed ? ExitFailed
-                                         : ExitOutcomeUnknown;
-}
-
 int report(const QList<WriteItem> &items, PanelSnapshot now)
 {
+    const ExitCode codes[] = {ExitDone, ExitFailed, ExitOutcomeUnknown}; // by WriteOutcome::End, rising
     ExitCode worst = ExitDone;
     for (int i = 0; i < items.size(); ++i) {
         const WriteOutcome outcome = writeOutcome(items.at(i), now.items[i]);
         std::printf("%s: %s\n", qPrintable(items.at(i).text), qPrintable(outcome.text));
-        worst = std::max(worst, exitCodeOf(outcome.end)); // the codes rise: done, failed, outcome unknown
+        worst = std::max(worst, codes[outcome.end]);
     }
     return worst;
 }
@@ -114,12 +100,15 @@ int writeCommand(const QStringList &arguments)
             QStringLiteral("no station is named: --connect HOST:PORT writes to one, --simulate to a "
                            "simulated one"));
     QList<WriteItem> items;
-    for (const ListedVariable &named : namedVariables(&line))
+    QList<Variable> variables;
+    for (const ListedVariable &named : namedVariables(&line)) {
         items << itemOf(named, options.block, &line);
+        variables << named.variable;
+    }
     if (!line.isFine())
         return line.fail();
 
-    PanelSession session(options, variablesOf(items));
+    PanelSession session(options, variables);
     QString error;
     if (const ExitCode code = session.prepare(&error); code != ExitDone)
         return line.fail(code, error);

@@ -9,8 +9,7 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QStringList>
 
-/// One line for each word and byte order of exactly four bytes as received, under a heading: the value
-/// as unsigned, signed and floating-point number, and the name of the order.
-QStringList byteOrderTable(QByteArray bytes);
-/// The same of the value of a variable of two registers, which is in the driver's host-side layout.
-QStringList byteOrderTable(const Variable &variable, QByteArray value);
+/// One line for each word and byte order of exactly four bytes, under a heading: the value as unsigned, signed and
+/// floating-point number, and the name of the order. The bytes are as received, with `width` 1, or values of `width`
+/// bytes in the driver's host-side layout.
+QStringList byteOrderTable(QByteArray bytes, int width);

@@ -2,6 +2,7 @@
 #include "statistics.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace {
 const std::size_t roundTripsKept = 1000;
@@ -9,20 +10,19 @@ const std::size_t roundTripsKept = 1000;
 
 void RoundTrips::add(qint64 microseconds)
 {
-    if (m_microseconds.size() < roundTripsKept) {
-        m_microseconds.push_back(microseconds);
-    } else {
-        m_sorted.erase(std::lower_bound(m_sorted.begin(), m_sorted.end(), m_microseconds[m_next]));
-        m_microseconds[m_next] = microseconds;
-        m_next = (m_next + 1) % roundTripsKept;
-    }
-    m_sorted.insert(std::upper_bound(m_sorted.begin(), m_sorted.end(), microseconds), microseconds);
+    m_microseconds.push_back(microseconds);
+    if (m_microseconds.size() > roundTripsKept)
+        m_microseconds.pop_front();
 }
 
 qint64 RoundTrips::percentile(int percent) const
 {
-    const std::size_t rank = (m_sorted.size() * static_cast<std::size_t>(percent) + 99) / 100;
-    return m_sorted.empty() ? 0 : m_sorted[std::max<std::size_t>(rank, 1) - 1];
+    if (m_microseconds.empty())
+        return 0;
+    std::vector<qint64> trips(m_microseconds.begin(), m_microseconds.end());
+    const auto rank = trips.begin() + (static_cast<int>(trips.size()) * percent + 99) / 100 - 1;
+    std::nth_element(trips.begin(), rank, trips.end());
+    return *rank;
 }
 
 void UnitStatistics::add(const Exchange &exchange)

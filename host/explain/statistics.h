@@ -6,21 +6,19 @@
 
 #include "../link/exchange.h"
 
+#include <deque>
 #include <map>
-#include <vector>
 
 /// The last thousand round trips.
 class RoundTrips
 {
 public:
     void add(qint64 microseconds);
-    /// The round trip in microseconds that `percent` of all do not exceed; 0 when there are none.
+    /// The round trip in microseconds that `percent`, 1 to 100, of all do not exceed; 0 when there are none.
     qint64 percentile(int percent) const;
 
 private:
-    std::vector<qint64> m_microseconds;
-    std::vector<qint64> m_sorted; ///< the same; a table asks more often than requests end
-    std::size_t m_next = 0;
+    std::deque<qint64> m_microseconds; ///< the oldest first
 };
 
 struct UnitStatistics

@@ -12,7 +12,7 @@
 
 namespace {
 
-const int exactDigits = 15;      // a double holds any number of so many
+const int exactDigits = 15;      // without what a scale adds: 0.3, not 0.30000000000000004
 const double wholeWithin = 1e-4; // of a step of the raw value
 
 template <typename... Number> void appendDigits(QByteArray *text, Number... number)
@@ -20,12 +20,6 @@ template <typename... Number> void appendDigits(QByteArray *text, Number... numb
     char digits[32];
     text->append(digits,
                  static_cast<int>(std::to_chars(digits, digits + sizeof digits, number...).ptr - digits));
-}
-
-/// With what a scale adds rounded off: 0.3, not 0.30000000000000004.
-void appendScaled(QByteArray *text, double number)
-{
-    appendDigits(text, number, std::chars_format::general, exactDigits);
 }
 
 /// The bits of a value, between the driver's order and this one; both ways.
@@ -63,7 +57,7 @@ void appendWhole(QByteArray *text, const Variable &variable, quint32 bits)
     if (variable.scale == 1)
         appendDigits(text, whole);
     else
-        appendScaled(text, double(whole) * variable.scale);
+        appendDigits(text, double(whole) * variable.scale, std::chars_format::general, exactDigits);
 }
 
 /// The fewest digits that read back to the same bits, always with a point, an exponent, "nan" or "inf".
@@ -164,17 +158,10 @@ QString readText(const Variable &variable, const QString &text, QByteArray *byte
     static const QRegularExpression form(QStringLiteral("^([ -\\[\\]-~]|\\\\\\\\|\\\\x[0-9a-fA-F]{2})*$"));
     if (!form.match(text).hasMatch())
         return QStringLiteral("text is ASCII, with \\xHH for other bytes and \\\\ for a backslash");
-    QByteArray characters;
-    for (int i = 0; i < text.size(); ++i) {
-        if (text.at(i) != QLatin1Char('\\')) {
-            characters += text.at(i).toLatin1();
-        } else if (text.at(++i) == QLatin1Char('\\')) {
-            characters += '\\';
-        } else {
-            characters += QByteArray::fromHex(text.mid(i + 1, 2).toLatin1());
-            i += 2;
-        }
-    }
+    QString escaped = text; // as percent encoding is, but with a backslash
+    escaped.replace(QLatin1String("\\\\"), QLatin1String("\\x5c"))
+        .replace(QLatin1String("\\x"), QLatin1String("\\"));
+    QByteArray characters = QByteArray::fromPercentEncoding(escaped.toLatin1(), '\\');
     if (characters.size() > 2 * variable.count)
         return QStringLiteral("it has %1 bytes, but there is space for %2")
             .arg(characters.size())
