@@ -1,23 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "variable_guess.h"
 
+#include "filled.h"
+
 #include <QtCore/QRegularExpression>
 
 namespace {
 
 /// Another notation, in small letters behind "UNIT/", and the usual one. "#" leads a number that counts from 1.
-struct Rule
-{
-    Rule(const char *notation, const char *usualOne)
-        : other(QString::fromLatin1(notation)), usual(QString::fromLatin1(usualOne))
-    {
-    }
-
-    QRegularExpression other;
-    QString usual;
-};
-
-const Rule rules[] = {
+const char *const rules[][2] = {
     {"^(holding[ _-]?registers?|holding|hr(?!32)|4x(?=:)|%mw)[: ]?(?=\\d)", "hr:"},
     {"^(input[ _-]?registers?|ir(?!32)|3x(?=:)|%iw)[: ]?(?=\\d)", "ir:"},
     {"^(discrete[ _-]?inputs?|inputs?|1x(?=:))[: ]?(?=\\d)", "input:"},
@@ -41,7 +32,7 @@ const Rule rules[] = {
 /// Replaces the first part of the text that fits by what `result` makes of its first two numbers.
 template <typename Result> void compute(QString *text, const char *form, int base, Result result)
 {
-    const auto found = QRegularExpression(QString::fromLatin1(form)).match(*text);
+    const auto found = QRegularExpression(asText(form)).match(*text);
     if (found.hasMatch())
         text->replace(found.capturedStart(), found.capturedLength(),
                       result(found.captured(1).toInt(nullptr, base), found.captured(2).toInt()));
@@ -57,16 +48,14 @@ QString fromTableNumber(const QString &text, int base)
     if (!found.hasMatch())
         return QString();
     const int table = found.captured(2).toInt();
-    const bool isBit = !found.captured(4).isEmpty();
-    const bool isPair = !found.captured(8).isEmpty();
     const char *const areas[] = {"coil", "input", "", "ir", "hr"};
-    return found.captured(1) + QLatin1String(areas[table]) +
-           QLatin1String(table < 3 ? ""
-                         : isBit   ? "bit"
-                         : isPair  ? "32"
-                                   : "") +
-           QLatin1Char(':') + QString::number(found.captured(3).toInt() - 1 + base) + found.captured(4) +
-           found.captured(5);
+    const bool isBit = table > 2 && !found.captured(4).isEmpty();
+    const bool isPair = table > 2 && !found.captured(8).isEmpty();
+    return filled("%1%2%3:%4%5%6", found.captured(1), areas[table],
+                  isBit    ? "bit"
+                  : isPair ? "32"
+                           : "",
+                  found.captured(3).toInt() - 1 + base, found.captured(4), found.captured(5));
 }
 
 QString likelyVariable(const QString &text, int base)
@@ -74,11 +63,11 @@ QString likelyVariable(const QString &text, int base)
     const int slash = text.indexOf(QLatin1Char('/'));
     QString likely = text.mid(slash + 1).toLower();
     compute(&likely, "0x([0-9a-f]+)", 16, [](int number, int) { return QString::number(number); });
-    for (const Rule &rule : rules)
-        likely.replace(rule.other, rule.usual);
+    for (const auto &[other, usual] : rules)
+        likely.replace(QRegularExpression(asText(other)), asText(usual));
     compute(&likely, "#(\\d+)", 10, [base](int number, int) { return QString::number(number - 1 + base); });
     compute(&likely, "(\\d+)-(\\d+)", 10,
-            [](int first, int last) { return QStringLiteral("%1*%2").arg(first).arg(last - first + 1); });
+            [](int first, int last) { return filled("%1*%2", first, last - first + 1); });
     const int order = likely.indexOf(QRegularExpression(QStringLiteral(":[abcd]+$")));
     return text.left(slash + 1) + likely.left(order) + (order < 0 ? QString() : likely.mid(order).toUpper());
 }

@@ -1,42 +1,32 @@
 // SPDX-License-Identifier: MIT
 #include "variable_list.h"
 
+#include "filled.h"
+
 #include <QtCore/QFile>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
 
-#include <algorithm>
+#include <array>
 #include <cmath>
-#include <iterator>
 
 namespace {
 
 const qint64 longestFile = 1 << 20; // bytes
 const double largestScale = 1e12;
-/// A line's cells.
-struct Row
-{
-    QString name, variable, type, order, scale, unit, value, ignored;
-};
 
-struct Column
-{
-    const char *name;
-    QString Row::*cell;
-};
-
-const Column columns[] = {
-    {"name", &Row::name},   {"variable", &Row::variable}, {"type", &Row::type},   {"order", &Row::order},
-    {"scale", &Row::scale}, {"unit", &Row::unit},         {"value", &Row::value}, {"", &Row::ignored},
-};
+/// By Column.
+const char columnNames[] = "name, variable, type, order, scale, unit, value";
+enum Column { Name, VariableText, Type, Order, Scale, Unit, Value, Ignored, Excess, ColumnCount };
+using Row = std::array<QString, ColumnCount>;
 
 /// A list as far as it is read.
 struct List
 {
     int base = 0;
     QChar separator;
-    QList<QString Row::*> columns; ///< of a CSV
-    QString place;                 ///< of the line
+    QList<Column> columns; ///< of a CSV
+    QString place;         ///< of the line
     QList<ListedVariable> variables;
 };
 
@@ -55,12 +45,6 @@ QStringList cellsOf(const QString &line, QChar separator)
     return cells;
 }
 
-bool holdsControl(const QString &text)
-{
-    return std::any_of(text.begin(), text.end(),
-                       [](QChar c) { return c.category() == QChar::Other_Control; });
-}
-
 /// What is wrong with the scale; empty when the variable has it.
 QString readScale(const QString &text, Variable *variable)
 {
@@ -76,30 +60,30 @@ QString readScale(const QString &text, Variable *variable)
 
 QString readRow(Row row, List *list)
 {
+    static const QRegularExpression control(QStringLiteral("\\p{Cc}"));
     QString fault;
-    QString text = row.variable;
-    if (!row.type.isEmpty() || !row.order.isEmpty())
-        text += QLatin1Char(':') + row.type;
-    if (!row.order.isEmpty())
-        text += QLatin1Char(':') + row.order;
-    std::optional<ListedVariable> listed = parseAssignment(text, list->base, &fault);
+    if (!row[Order].isEmpty())
+        row[Type] += QLatin1Char(':') + row[Order];
+    if (!row[Type].isEmpty())
+        row[VariableText] += QLatin1Char(':') + row[Type];
+    std::optional<ListedVariable> listed = parseAssignment(row[VariableText], list->base, &fault);
     if (!listed)
         return fault;
     Variable &variable = listed->variable;
-    if (!row.name.isEmpty())
-        variable.name = row.name;
-    variable.measure = row.unit;
-    if (holdsControl(variable.name + variable.measure))
+    if (!row[Name].isEmpty())
+        variable.name = row[Name];
+    variable.measure = row[Unit];
+    if ((variable.name + variable.measure).contains(control))
         return QStringLiteral("the name or unit holds a control character");
-    if (!row.value.isEmpty())
-        listed->value = row.value;
+    if (!row[Value].isEmpty())
+        listed->value = row[Value];
     if (list->separator == QLatin1Char(';')) { // beside which a decimal comma is usual
-        row.scale.replace(QLatin1Char(','), QLatin1Char('.'));
+        row[Scale].replace(QLatin1Char(','), QLatin1Char('.'));
         if (variable.type != ValueType::Text)
             listed->value.replace(QLatin1Char(','), QLatin1Char('.'));
     }
-    if (!row.scale.isEmpty())
-        fault = readScale(row.scale, &variable);
+    if (!row[Scale].isEmpty())
+        fault = readScale(row[Scale], &variable);
     listed->place = list->place;
     list->variables << *listed;
     return fault;
@@ -107,17 +91,13 @@ QString readRow(Row row, List *list)
 
 QString readHeader(const QString &line, List *list)
 {
+    const QStringList known = asText(columnNames).split(QStringLiteral(", ")) << QString();
     list->separator = QLatin1Char(line.contains(QLatin1Char(';')) ? ';' : ',');
     for (const QString &cell : cellsOf(line, list->separator)) {
-        const auto column =
-            std::find_if(std::begin(columns), std::end(columns), [&cell](const Column &known) {
-                return cell.compare(QLatin1String(known.name), Qt::CaseInsensitive) == 0;
-            });
-        if (column == std::end(columns))
-            return QStringLiteral("there is no column \"%1\"; the columns are name, variable, type, order, "
-                                  "scale, unit, value")
-                .arg(cell);
-        list->columns << column->cell;
+        const int column = known.indexOf(cell.toLower());
+        if (column < 0)
+            return filled("there is no column \"%1\"; the columns are %2", cell, columnNames);
+        list->columns << static_cast<Column>(column);
     }
     return QString();
 }
@@ -129,19 +109,17 @@ QString readCells(const QString &line, List *list)
     if (list->columns.isEmpty()) {
         const QString text = line.left(line.indexOf(QLatin1Char('#'))).simplified();
         const int blank = text.indexOf(QLatin1Char(' '));
-        row.variable = text.left(blank);
-        row.name = blank < 0 ? QString() : text.mid(blank + 1);
+        row[VariableText] = text.left(blank);
+        row[Name] = blank < 0 ? QString() : text.mid(blank + 1);
         return readRow(row, list);
     }
     if (line.count(QLatin1Char('"')) % 2 != 0)
         return QStringLiteral("a quote is not closed");
     const QStringList cells = cellsOf(line, list->separator);
-    for (int i = 0; i < cells.size(); ++i) {
-        if (i < list->columns.size())
-            row.*list->columns.at(i) = cells.at(i);
-        else if (!cells.at(i).isEmpty())
-            return QStringLiteral("it has more cells than the first line has columns");
-    }
+    for (int i = 0; i < cells.size(); ++i)
+        row[list->columns.value(i, Excess)] += cells.at(i);
+    if (!row[Excess].isEmpty())
+        return QStringLiteral("it has more cells than the first line has columns");
     return cells.join(QString()).isEmpty() ? QString() : readRow(row, list);
 }
 
@@ -189,7 +167,7 @@ std::optional<QList<ListedVariable>> readVariableList(const QString &path, int b
     if (content.size() > longestFile)
         *error = QStringLiteral("%1 is larger than a list of variables may be (1 MiB)").arg(path);
     for (int i = 0; i < lines.size() && error->isEmpty(); ++i) {
-        list.place = QStringLiteral("%1:%2: ").arg(path, QString::number(i + 1));
+        list.place = filled("%1:%2: ", path, i + 1);
         const QString fault = readLine(lines.at(i).trimmed(), &list);
         if (!fault.isEmpty())
             *error = list.place + fault;
