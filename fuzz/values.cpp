@@ -27,7 +27,7 @@ void requireSameAgain(const Variable &variable)
 {
     const QString order = orderName(variable.order, variable.width());
     const QString text = QString::fromLatin1("%1/%2:%3*%4:%5")
-                             .arg(QString::number(variable.unit), areaName(variable.area), variable.addressText,
+                             .arg(QString::number(variable.unit), areaName(variable.area), variable.addressText(),
                                   QString::number(variable.count), typeName(variable)) +
                          (order.isEmpty() ? QString() : QLatin1Char(':') + order);
     QString error;

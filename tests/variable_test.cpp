@@ -13,7 +13,7 @@ namespace {
 QString written(const Variable &of)
 {
     return QString::fromLatin1("%1/%2:%3*%4:%5:%6")
-        .arg(QString::number(of.unit), areaName(of.area), of.addressText, QString::number(of.count), typeName(of),
+        .arg(QString::number(of.unit), areaName(of.area), of.addressText(), QString::number(of.count), typeName(of),
              orderName(of.order, of.width()));
 }
 

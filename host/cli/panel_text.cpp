@@ -6,7 +6,7 @@
 QString placeText(const Variable &variable)
 {
     QString text = QString::number(variable.unit) + QLatin1Char('/') + areaName(variable.area) +
-                   QLatin1Char(':') + variable.addressText;
+                   QLatin1Char(':') + variable.addressText();
     if (variable.count != 1)
         text += QLatin1Char('*') + QString::number(variable.count);
     return text;

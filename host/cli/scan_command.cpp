@@ -69,7 +69,6 @@ void addParts(CommandLine *line, const Variable &whole, int block, QList<Target>
     for (int left = whole.count; left > 0; left -= part.count) {
         const int most = isBitArea(whole.area) ? 8 * block - part.address % 8 : qMax(1, block / step);
         part.count = qMin(left, most);
-        part.addressText = QString::number(part.address);
         *targets << Target{part, placeText(part), QStringLiteral(" = ")};
         part.address += step * part.count;
     }
@@ -166,7 +165,7 @@ QString Scan::answer(const Target &target)
     m_answered += m_exchange.end == Exchange::Answered && !isOfGateway;
     if (exception < 0 && (m_status == StatusDone || m_status == StatusRemoteAccepted)) {
         QByteArray value;
-        m_session.driver().getRegisterData(0, variable.area, variable.addressText, variable.unit, value,
+        m_session.driver().getRegisterData(0, variable.area, variable.addressText(), variable.unit, value,
                                            variable.driverCount());
         return target.answered + valueText(variable, value);
     }

@@ -121,7 +121,7 @@ void PanelState::noteRead(const RW_VAR &read)
     for (const int index : variablesOf(read)) {
         const Variable &variable = valueAt(index).variable();
         QByteArray bytes;
-        m_driver.getRegisterData(0, variable.area, variable.addressText, variable.unit, bytes,
+        m_driver.getRegisterData(0, variable.area, variable.addressText(), variable.unit, bytes,
                                  variable.driverCount());
         Lock lock(m_mutex);
         valueAt(index).store(spanOf(read), bytes, elapsedMicroseconds() / 1000);

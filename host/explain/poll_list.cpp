@@ -27,7 +27,7 @@ int pollVariables(const DriverLibrary &driver, const QList<Variable> &variables)
         VAR_ITEM item;
         item.area = static_cast<quint8>(variable.area);
         item.station = static_cast<quint8>(variable.unit);
-        item.addressText = variable.addressText;
+        item.addressText = variable.addressText();
         item.tagText = variable.name;
         item.count = variable.driverCount();
         items << item;
@@ -47,7 +47,7 @@ bool queueReads(const DriverLibrary &driver, const CommSettings &settings, const
         read.linkId = settings.linkId;
         read.tagText = variable.name;
         read.area = variable.area;
-        read.addressText = variable.addressText;
+        read.addressText = variable.addressText();
         read.station = variable.unit;
         read.dataLength = variable.driverCount();
         queued = driver.addOnceRead(&read, modbus_driver::QueueMerged);

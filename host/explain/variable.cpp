@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "variable.h"
 
+#include "filled.h"
 #include "variable_guess.h"
 
 #include "../../driver/base/modbus_wire.h"
 
+#include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
 
-#include <algorithm>
 #include <vector>
 
 using namespace modbus_driver;
@@ -66,26 +67,25 @@ QString readWord(const QString &word, const QString &what, const Words &words, i
             return QString();
         names << QString::fromLatin1(known.name);
     }
-    return QStringLiteral("\"%1\" is no %2 (%3)").arg(word, what, names.join(QStringLiteral(", ")));
+    return filled("\"%1\" is no %2 (%3)", word, what, names.join(QStringLiteral(", ")));
 }
 
 enum { NotANumber = -1 };
 
 const int lastAddress = wire::AddressesOfTable - 1;
+const int mostBits = wire::AddressesOfTable * BitsOfRegister; // of the largest table, that of register bits
 
-QString noun(int area)
+const char *noun(int area)
 {
-    return isBitArea(area) ? QStringLiteral("bit") : QStringLiteral("register");
+    return isBitArea(area) ? "bit" : "register";
 }
 
 /// The number, from digits only and from `least` to `most`; else NotANumber.
 int decimal(const QString &text, int least, int most)
 {
-    const auto isDigit = [](QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); };
-    bool ok = false;
-    const int number = text.toInt(&ok);
-    ok = ok && std::all_of(text.begin(), text.end(), isDigit) && number >= least && number <= most;
-    return ok ? number : NotANumber;
+    static const QRegularExpression digits(QStringLiteral("\\A\\d{1,9}\\z"));
+    const int number = digits.match(text).hasMatch() ? text.toInt() : NotANumber;
+    return number >= least && number <= most ? number : NotANumber;
 }
 
 /// What is wrong with the address; empty when it was read.
@@ -96,26 +96,10 @@ QString readAddress(const QString &text, int base, Variable *variable)
     const int number = decimal(text.left(dot), base, base + lastAddress);
     const int bit = isBit ? decimal(text.mid(dot + 1), 0, BitsOfRegister - 1) : 0;
     if (number == NotANumber || bit == NotANumber || dot < 0)
-        return QStringLiteral("%1 takes %2%3 number from %4 to %5%6, not \"%7\"")
-            .arg(areaName(variable->area), QLatin1String(isBit ? "REGISTER.BIT, a " : "a "),
-                 noun(variable->area), QString::number(base), QString::number(base + lastAddress),
-                 QLatin1String(isBit ? " and a bit from 0 to 15" : ""), text);
-    variable->addressText = QString::number(number - base);
-    variable->address = number - base;
-    if (isBit) {
-        variable->addressText += QStringLiteral(".%1").arg(bit);
-        variable->address = variable->address * BitsOfRegister + bit;
-    }
-    return QString();
-}
-
-QString readCount(const QString &text, Variable *variable)
-{
-    const int most = wire::AddressesOfTable * BitsOfRegister; // of the largest table, that of register bits
-    const int count = decimal(text, 1, most);
-    if (count == NotANumber)
-        return QStringLiteral("a count is a number from 1 on, not \"%1\"").arg(text);
-    variable->count = count;
+        return filled("%1 takes %2%3 number from %4 to %5%6, not \"%7\"", areaName(variable->area),
+                      isBit ? "REGISTER.BIT, a " : "a ", noun(variable->area), base, base + lastAddress,
+                      isBit ? " and a bit from 0 to 15" : "", text);
+    variable->address = isBit ? (number - base) * BitsOfRegister + bit : number - base;
     return QString();
 }
 
@@ -126,47 +110,49 @@ QString checkEnd(const Variable &variable, int base)
     const int last = (variable.address + variable.driverCount() - 1) / scale;
     if (last <= lastAddress)
         return QString();
-    return QStringLiteral("it would end at %1 %2, but %1s end at %3")
-        .arg(noun(variable.area))
-        .arg(last + base)
-        .arg(lastAddress + base);
+    return filled("it would end at %1 %2, but %1s end at %3", noun(variable.area), last + base,
+                  lastAddress + base);
 }
 
-QString readTypeAndOrder(const QStringList &fields, Variable *variable)
+QString readTypeAndOrder(const QString &type, const QString &order, Variable *variable)
 {
-    int type = static_cast<int>(ValueType::Plain);
+    int number = static_cast<int>(ValueType::Plain);
     const QString ofArea = QStringLiteral(" of ") + areaName(variable->area);
-    QString error;
-    if (!fields.value(2).isEmpty())
-        error = readWord(fields.at(2), QStringLiteral("type") + ofArea, types, variable->width(), &type);
-    if (error.isEmpty() && fields.size() > 3)
-        error = readWord(fields.at(3), QStringLiteral("order") + ofArea, orders, variable->width(),
-                         &variable->order);
-    variable->type = static_cast<ValueType>(type);
-    return error;
+    QString fault;
+    if (!type.isEmpty())
+        fault = readWord(type, QStringLiteral("type") + ofArea, types, variable->width(), &number);
+    if (fault.isEmpty() && !order.isNull())
+        fault =
+            readWord(order, QStringLiteral("order") + ofArea, orders, variable->width(), &variable->order);
+    variable->type = static_cast<ValueType>(number);
+    return fault;
 }
 
 QString readVariable(const QString &text, int base, Variable *variable)
 {
+    static const QRegularExpression form(
+        QStringLiteral("^((?<unit>[^:/]*)/)?(?<area>[^:]*):(?<address>[^:/*]*)(\\*(?<count>[^:/]*))?"
+                       "(:(?<type>[^:]*))?(:(?<order>[^:]*))?$"));
     const QString converted = base == 1 ? fromTableNumber(text, base) : QString();
-    const QStringList fields = (converted.isEmpty() ? text : converted).split(QLatin1Char(':'));
-    if (fields.size() < 2 || fields.size() > 4 || fields.at(1).contains(QLatin1Char('/')))
+    const auto fields = form.match(converted.isEmpty() ? text : converted);
+    if (!fields.hasMatch())
         return QStringLiteral(
             "write [UNIT/]AREA:ADDRESS[*COUNT][:TYPE[:ORDER]], such as hr:100 or 2/hr32:5*8:float");
-    const int slash = fields.at(0).indexOf(QLatin1Char('/'));
-    const QString unit = fields.at(0).left(qMax(0, slash));
-    variable->unit = slash < 0 ? variable->unit : decimal(unit, 0, 255);
+    const QString unit = fields.captured(u"unit");
+    const QString count = fields.captured(u"count");
+    variable->unit = unit.isNull() ? variable->unit : decimal(unit, 0, 255);
     if (variable->unit == NotANumber)
-        return QStringLiteral("a unit is a number from 0 to 255, not \"%1\"").arg(unit);
-    const int star = fields.at(1).indexOf(QLatin1Char('*'));
-    QString error = readWord(fields.at(0).mid(slash + 1), QStringLiteral("area"), areas, 0, &variable->area);
-    if (error.isEmpty())
-        error = readAddress(fields.at(1).left(star), base, variable);
-    if (error.isEmpty() && star >= 0)
-        error = readCount(fields.at(1).mid(star + 1), variable);
-    if (error.isEmpty())
-        error = readTypeAndOrder(fields, variable);
-    return error.isEmpty() ? checkEnd(*variable, base) : error;
+        return filled("a unit is a number from 0 to 255, not \"%1\"", unit);
+    QString fault = readWord(fields.captured(u"area"), asText("area"), areas, 0, &variable->area);
+    if (fault.isEmpty())
+        fault = readAddress(fields.captured(u"address"), base, variable);
+    if (!fault.isEmpty())
+        return fault;
+    variable->count = count.isNull() ? variable->count : decimal(count, 1, mostBits);
+    if (variable->count == NotANumber)
+        return filled("a count is a number from 1 on, not \"%1\"", count);
+    fault = readTypeAndOrder(fields.captured(u"type"), fields.captured(u"order"), variable);
+    return fault.isEmpty() ? checkEnd(*variable, base) : fault;
 }
 
 /// For the end of an error message; empty without a good guess.
@@ -177,11 +163,17 @@ QString suggestion(const QString &text, int base)
     Variable variable;
     if (!readVariable(likely, base, &variable).isEmpty())
         return QString();
-    return QStringLiteral("; did you mean %1?").arg(likely) +
-           QLatin1String(fromNumber.isEmpty() ? "" : " (--base 1 takes such addresses)");
+    return filled("; did you mean %1?%2", likely,
+                  fromNumber.isEmpty() ? "" : " (--base 1 takes such addresses)");
 }
 
 } // namespace
+
+QString Variable::addressText() const
+{
+    return isBitOfRegister(area) ? filled("%1.%2", address / BitsOfRegister, address % BitsOfRegister)
+                                 : QString::number(address);
+}
 
 QString areaName(int area)
 {
@@ -208,6 +200,6 @@ std::optional<Variable> parseVariable(const QString &text, QString *error, int b
     const QString fault = readVariable(text, base, &variable);
     if (fault.isEmpty())
         return variable;
-    *error = QStringLiteral("variable \"%1\": %2%3").arg(text, fault, suggestion(text, base));
+    *error = filled("variable \"%1\": %2%3", text, fault, suggestion(text, base));
     return std::nullopt;
 }

@@ -26,17 +26,18 @@ enum ByteOrder { HighFirst = 0, LowRegisterFirst = 1, LowByteFirst = 2 };
 /// One variable to read or write.
 struct Variable
 {
-    QString name;        ///< what the user calls it: a name from a list file, else the text as written
-    int unit = 1;        ///< 0 to 255; 0 is broadcast
-    int area = 0;        ///< an AreaCode of the driver
-    QString addressText; ///< as the driver takes it, counted from 0
-    int address = 0;     ///< the same as a number: bit, register, or register * 16 + bit
-    int count = 1;       ///< bits, registers or 32-bit values, as the area holds
+    QString name;    ///< what the user calls it: a name from a list file, else the text as written
+    int unit = 1;    ///< 0 to 255; 0 is broadcast
+    int area = 0;    ///< an AreaCode of the driver
+    int address = 0; ///< counted from 0: bit, register, or register * 16 + bit
+    int count = 1;   ///< bits, registers or 32-bit values, as the area holds
     ValueType type = ValueType::Plain;
     int order = HighFirst; ///< of ByteOrder's flags
     double scale = 1;      ///< the shown value is the raw one times this; not 0
     QString measure;       ///< the shown value's unit of measure
 
+    /// The address as the driver takes it: a number, or REGISTER.BIT.
+    QString addressText() const;
     /// The count as the driver takes it: bits or registers, two registers a 32-bit value.
     int driverCount() const { return isPairArea(area) ? 2 * count : count; }
     /// Bytes of one value in the driver's host-side layout: 1 for a bit, 2 for a register, 4 for a 32-bit value.

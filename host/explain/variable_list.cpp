@@ -17,7 +17,7 @@ const double largestScale = 1e12;
 
 /// By Column.
 const char columnNames[] = "name, variable, type, order, scale, unit, value";
-enum Column { Name, VariableText, Type, Order, Scale, Unit, Value, Ignored, Excess, ColumnCount };
+enum Column { Name, VariableText, Type, Order, Scale, Unit, Value, Ignored, ColumnCount };
 using Row = std::array<QString, ColumnCount>;
 
 /// A list as far as it is read.
@@ -116,10 +116,10 @@ QString readCells(const QString &line, List *list)
     if (line.count(QLatin1Char('"')) % 2 != 0)
         return QStringLiteral("a quote is not closed");
     const QStringList cells = cellsOf(line, list->separator);
-    for (int i = 0; i < cells.size(); ++i)
-        row[list->columns.value(i, Excess)] += cells.at(i);
-    if (!row[Excess].isEmpty())
+    if (!cells.mid(list->columns.size()).join(QString()).isEmpty())
         return QStringLiteral("it has more cells than the first line has columns");
+    for (int i = 0; i < qMin(cells.size(), list->columns.size()); ++i)
+        row[list->columns.at(i)] = cells.at(i);
     return cells.join(QString()).isEmpty() ? QString() : readRow(row, list);
 }
 
