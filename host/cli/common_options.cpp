@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "common_options.h"
 
+#include "../explain/filled.h"
+
 #include "../../driver/api/codes.h"
+
+#include <QtCore/QRegularExpression>
 
 using namespace modbus_driver;
 
@@ -37,19 +41,17 @@ void readPeer(CommandLine *line, ConnectionOptions *connection)
     if (connection->host.startsWith(QLatin1Char('[')) && bracket == connection->host.size() - 1)
         connection->host = connection->host.mid(1, bracket - 1);
     if (!isPort || connection->port == 0 || connection->host.isEmpty())
-        line->complain(QStringLiteral("--connect takes HOST:PORT, not \"%1\"").arg(text));
+        line->complain(filled("--connect takes HOST:PORT, not \"%1\"", text));
 }
 
-void readAfterTimeout(CommandLine *line, ConnectionOptions *connection)
+/// The place of the option's value among the choices, such as "a, b or c"; an error, and 0, when it is none.
+int choice(CommandLine *line, const char *option, const char *choices)
 {
-    const QString policy = line->value("after-timeout");
-    if (policy == QLatin1String("reconnect"))
-        connection->afterTimeout = AfterTimeout::Reconnect;
-    else if (policy == QLatin1String("drain"))
-        connection->afterTimeout = AfterTimeout::Drain;
-    else if (policy != QLatin1String("numbers"))
-        line->complain(
-            QStringLiteral("--after-timeout takes numbers, reconnect or drain, not \"%1\"").arg(policy));
+    static const QRegularExpression between(QStringLiteral(", | or "));
+    const int place = asText(choices).split(between).indexOf(line->value(option));
+    if (place < 0)
+        line->complain(filled("--%1 takes %2, not \"%3\"", option, choices, line->value(option)));
+    return qMax(0, place);
 }
 
 void readFaults(CommandLine *line, PanelOptions *options)
@@ -58,10 +60,9 @@ void readFaults(CommandLine *line, PanelOptions *options)
         line->complain(QStringLiteral("--fault is for the built-in station, not for one behind --connect"));
     QString error;
     const std::optional<QList<Fault>> faults = parseFaults(line->values("fault"), &error);
-    if (faults)
-        options->faults = *faults;
-    else
+    if (!faults)
         line->complain(error);
+    options->faults = faults.value_or(QList<Fault>());
 }
 
 /// Why the variable cannot be read; empty when it can.
@@ -139,7 +140,8 @@ PanelOptions linkOptions(CommandLine *line)
     options.connection.gapMs = line->number("gap", 0, longestMs);
     options.connection.quietMs = line->number("quiet", 0, longestQuietMs);
     options.connection.remote = line->isSet("remote");
-    readAfterTimeout(line, &options.connection);
+    options.connection.afterTimeout =
+        static_cast<AfterTimeout>(choice(line, "after-timeout", "numbers, reconnect or drain"));
     options.retries = line->number("retries", 0, 100);
     options.block = line->number("block", 1, 1000);
     options.trace = line->isSet("trace");
@@ -185,12 +187,7 @@ void addReadOptions(CommandLine *line)
 ValueType formatOption(CommandLine *line)
 {
     const ValueType types[] = {ValueType::Plain, ValueType::Hexadecimal, ValueType::Signed, ValueType::Float};
-    const int format =
-        QStringLiteral("dec hex signed float").split(QLatin1Char(' ')).indexOf(line->value("format"));
-    if (format < 0)
-        line->complain(QStringLiteral("--format takes dec, hex, signed or float, not \"%1\"")
-                           .arg(line->value("format")));
-    return types[qMax(0, format)];
+    return types[choice(line, "format", "dec, hex, signed or float")];
 }
 
 QList<ListedVariable> namedVariables(CommandLine *line)
@@ -226,7 +223,7 @@ QList<Variable> variablesToRead(CommandLine *line, bool remote, ValueType format
         if (named.place.isEmpty() && !named.value.isNull())
             why = QStringLiteral("a value is for write");
         if (!why.isEmpty())
-            line->complain(QStringLiteral("%1%2: %3").arg(named.place, variable.name, why));
+            line->complain(filled("%1%2: %3", named.place, variable.name, why));
         variables << variable;
     }
     return variables;

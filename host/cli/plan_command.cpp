@@ -3,6 +3,7 @@
 
 #include "common_options.h"
 
+#include "../explain/filled.h"
 #include "../explain/plan.h"
 
 #include <cstdio>
@@ -20,19 +21,12 @@ to use.
 Example: two variables in one request, with a gap of six registers:
   modbus-panel plan hr:0*2 hr:8)";
 
-void print(const QStringList &lines)
-{
-    for (const QString &line : lines)
-        std::printf("%s\n", qPrintable(line));
-}
-
 QString plural(int count, const char *noun)
 {
-    return QStringLiteral("%1 %2%3").arg(count).arg(QLatin1String(noun),
-                                                    QLatin1String(count == 1 ? "" : "s"));
+    return filled("%1 %2%3", count, noun, count == 1 ? "" : "s");
 }
 
-void printTotals(const QList<PlannedRequest> &requests, const QList<QList<Variable>> &carried)
+QString totals(const QList<PlannedRequest> &requests, const QList<QList<Variable>> &carried)
 {
     int sent = 0;
     int received = 0;
@@ -42,9 +36,8 @@ void printTotals(const QList<PlannedRequest> &requests, const QList<QList<Variab
         received += requests.at(i).replyLength;
         gaps += gapsOf(requests.at(i), carried.at(i)).size();
     }
-    print({QStringLiteral("%1, %2 sent and %3 received in each pass, %4")
-               .arg(plural(requests.size(), "request"), plural(sent, "byte"), plural(received, "byte"),
-                    plural(gaps, "gap"))});
+    return filled("%1, %2 sent and %3 received in each pass, %4", plural(requests.size(), "request"),
+                  plural(sent, "byte"), plural(received, "byte"), plural(gaps, "gap"));
 }
 
 } // namespace
@@ -73,7 +66,7 @@ int planCommand(const QStringList &arguments)
                          QStringLiteral("the driver does not give the requests that it announced"));
     const QList<QList<Variable>> carried = carriedVariables(requests, variables);
     for (int i = 0; i < requests.size(); ++i)
-        print(planLines(requests.at(i), carried.at(i)));
-    printTotals(requests, carried);
+        std::printf("%s\n", qPrintable(planLines(requests.at(i), carried.at(i)).join(QLatin1Char('\n'))));
+    std::printf("%s\n", qPrintable(totals(requests, carried)));
     return ExitDone;
 }
