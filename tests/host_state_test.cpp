@@ -3,7 +3,7 @@
 
 #include "../host/cli/poll_table.h"
 #include "../host/cli/records.h"
-#include "../host/explain/write_outcome.h"
+#include "../host/explain/writes.h"
 #include "../host/link/link_state.h"
 #include "../host/link/poll_pass.h"
 #include "../host/link/recovery.h"

@@ -8,7 +8,7 @@
 #include "../driver/base/modbus_wire.h"
 #include "../host/explain/panel_state.h"
 #include "../host/explain/poll_list.h"
-#include "../host/explain/write_queueing.h"
+#include "../host/explain/writes.h"
 #include "../host/link/communication_loop.h"
 
 #include <thread>

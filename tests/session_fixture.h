@@ -7,7 +7,7 @@
 
 #include "../host/cli/panel_session.h"
 #include "../host/explain/value_text.h"
-#include "../host/explain/write_outcome.h"
+#include "../host/explain/writes.h"
 #include "host_words.h"
 
 #include <functional>

@@ -3,7 +3,7 @@
 #include "common_options.h"
 #include "interrupt.h"
 
-#include "../explain/write_outcome.h"
+#include "../explain/writes.h"
 
 #include "../../driver/api/codes.h"
 

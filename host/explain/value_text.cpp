@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "value_text.h"
 
+#include "filled.h"
+
 #include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
 
@@ -99,16 +101,6 @@ void appendText(QByteArray *text, const Variable &variable, const QByteArray &by
     }
 }
 
-/// The number that is all of the text; false when it is none.
-bool readNumber(const QString &text, double *number)
-{
-    const QByteArray latin1 = text.toLatin1();
-    const char *const first = latin1.constData() + (latin1.startsWith('+') ? 1 : 0);
-    const char *const end = latin1.constData() + latin1.size();
-    const std::from_chars_result read = std::from_chars(first, end, *number);
-    return read.ec == std::errc() && read.ptr == end;
-}
-
 /// What is wrong; empty when *bits holds the value.
 QString readWhole(const Variable &variable, double raw, bool isBits, quint32 *bits)
 {
@@ -121,10 +113,10 @@ QString readWhole(const Variable &variable, double raw, bool isBits, quint32 *bi
     const auto text = [](double number) { return QString::number(number, 'g', exactDigits); };
     if (!(std::abs(raw - whole) <= wholeWithin)) // of nan neither is true
         return variable.scale == 1 ? QStringLiteral("it takes whole numbers; fractions are for hr32")
-                                   : QStringLiteral("it takes multiples of %1").arg(text(variable.scale));
+                                   : filled("it takes multiples of %1", text(variable.scale));
     if (whole < least || whole > most) {
         const auto [low, high] = std::minmax({least * variable.scale, most * variable.scale});
-        return QStringLiteral("it takes %1 to %2").arg(text(low), text(high));
+        return filled("it takes %1 to %2", text(low), text(high));
     }
     *bits = static_cast<quint32>(static_cast<qint64>(whole));
     return QString();
@@ -141,11 +133,11 @@ QString readValue(const Variable &variable, const QString &text, quint32 *bits)
     if (isBits)
         raw = text.mid(2).toUInt(&isNumber, 16);
     else
-        isNumber = readNumber(text, &raw);
+        raw = text.toLower().toDouble(&isNumber);
     raw /= isBits ? 1 : variable.scale;
     const float single = static_cast<float>(raw);
     if (!isNumber || (isFloat && std::isinf(single) != std::isinf(raw)))
-        return QStringLiteral("it is no number that fits %1").arg(typeName(variable));
+        return filled("it is no number that fits %1", typeName(variable));
     if (isBits || !isFloat)
         return readWhole(variable, raw, isBits, bits);
     std::memcpy(bits, &single, sizeof single);
@@ -163,9 +155,7 @@ QString readText(const Variable &variable, const QString &text, QByteArray *byte
         .replace(QLatin1String("\\x"), QLatin1String("\\"));
     QByteArray characters = QByteArray::fromPercentEncoding(escaped.toLatin1(), '\\');
     if (characters.size() > 2 * variable.count)
-        return QStringLiteral("it has %1 bytes, but there is space for %2")
-            .arg(characters.size())
-            .arg(2 * variable.count);
+        return filled("it has %1 bytes, but there is space for %2", characters.size(), 2 * variable.count);
     characters = characters.leftJustified(2 * variable.count, '\0');
     for (int i = 0; i < characters.size(); i += 2)
         appendBits(bytes, variable, quint32(quint8(characters[i])) << 8 | quint8(characters[i + 1]));
@@ -212,8 +202,8 @@ std::optional<QByteArray> parseValues(const Variable &variable, const QString &t
                               : text.contains(QLatin1Char(',')) ? text.split(QLatin1Char(','))
                                                                 : text.simplified().split(QLatin1Char(' '));
     if (!isText && words.size() != variable.count) {
-        *error = QStringLiteral("%1 takes %2 values with commas or blanks between them, not %3")
-                     .arg(variable.name, QString::number(variable.count), QString::number(words.size()));
+        *error = filled("%1 takes %2 values with commas or blanks between them, not %3", variable.name,
+                        variable.count, words.size());
         return std::nullopt;
     }
     QByteArray bytes;
@@ -222,7 +212,7 @@ std::optional<QByteArray> parseValues(const Variable &variable, const QString &t
         const QString fault =
             isText ? readText(variable, word, &bytes) : readValue(variable, word.trimmed(), &bits);
         if (!fault.isEmpty()) {
-            *error = QStringLiteral("value \"%1\" for %2: %3").arg(word.trimmed(), variable.name, fault);
+            *error = filled("value \"%1\" for %2: %3", word.trimmed(), variable.name, fault);
             return std::nullopt;
         }
         if (!isText)
