@@ -6,6 +6,7 @@
 #include "records.h"
 
 #include "../explain/byte_orders.h"
+#include "../explain/filled.h"
 
 #include <cstdio>
 
@@ -37,7 +38,7 @@ bool report(const CommandLine &line, const ValueState &value, RecordForm form)
         return true;
     }
     const QString why = value.failure().isEmpty() ? QStringLiteral("not read") : value.failure();
-    line.fail(ExitFailed, QStringLiteral("%1: %2").arg(variable.name, why));
+    line.fail(ExitFailed, filled("%1: %2", variable.name, why));
     return false;
 }
 
@@ -60,8 +61,7 @@ int readCommand(const QStringList &arguments)
     const QList<Variable> variables = variablesToRead(&line, options.connection.remote, formatOption(&line));
     for (const Variable &variable : variables) {
         if (line.isSet("orders") && (variable.driverCount() != 2 || variable.width() == 1))
-            line.complain(
-                QStringLiteral("--orders takes two registers, such as hr:6*2, not %1").arg(variable.name));
+            line.complain(filled("--orders takes two registers, such as hr:6*2, not %1", variable.name));
     }
     if (!line.isFine())
         return line.fail();
@@ -71,8 +71,7 @@ int readCommand(const QStringList &arguments)
     if (const ExitCode code = session.prepare(&error); code != ExitDone)
         return line.fail(code, error);
     if (!session.readVariablesOnce())
-        return line.fail(ExitUsage,
-                         QStringLiteral("too many variables to read at once; poll takes any number"));
+        return line.fail(ExitUsage, asText("too many variables to read at once; poll takes any number"));
     tellOfSimulation(line);
     if (form == RecordForm::None)
         std::printf("%s\n", qPrintable(session.peer()));
@@ -85,8 +84,7 @@ int readCommand(const QStringList &arguments)
     PanelSnapshot last = session.waitForItems(variables.size(), show);
     session.stop();
     if (last.isEnded)
-        return line.fail(ExitNoLink,
-                         QStringLiteral("%1: %2").arg(session.peer(), linkCauseText(last.linkCause)));
+        return line.fail(ExitNoLink, filled("%1: %2", session.peer(), linkCauseText(last.linkCause)));
     for (int i = 0; i < variables.size(); ++i) {
         if (!last.items[i].isEnded)
             show(i, last);

@@ -3,6 +3,7 @@
 #include "common_options.h"
 #include "interrupt.h"
 
+#include "../explain/filled.h"
 #include "../explain/writes.h"
 
 #include "../../driver/api/codes.h"
@@ -43,7 +44,7 @@ bool isWritable(int area)
 QString whyUnwritable(const Variable &variable, int block)
 {
     if (!isWritable(variable.area))
-        return QStringLiteral("%1 is read-only").arg(areaName(variable.area));
+        return filled("%1 is read-only", areaName(variable.area));
     if (variable.unit == StationBroadcast && variable.area == AreaHoldingRegisterBit)
         return QStringLiteral("a bit of a register cannot be broadcast: the register has to be read first");
     if (variable.area == AreaHoldingPairs && block < 2)
@@ -58,7 +59,7 @@ WriteItem itemOf(const ListedVariable &named, int block, CommandLine *line)
     if (fault.isEmpty() && named.value.isNull())
         fault = QStringLiteral("it names no value; write takes VARIABLE=VALUE");
     if (!fault.isEmpty())
-        fault = QStringLiteral("%1: %2").arg(named.variable.name, fault);
+        fault = filled("%1: %2", named.variable.name, fault);
     WriteItem item;
     item.variable = named.variable;
     if (fault.isEmpty())
@@ -97,8 +98,7 @@ int writeCommand(const QStringList &arguments)
     options.connection.patienceMs = options.connection.timeoutMs;
     if (!line.isSet("connect") && !line.isSet("simulate"))
         line.complain(
-            QStringLiteral("no station is named: --connect HOST:PORT writes to one, --simulate to a "
-                           "simulated one"));
+            asText("no station is named: --connect HOST:PORT writes to one, --simulate to a simulated one"));
     QList<WriteItem> items;
     QList<Variable> variables;
     for (const ListedVariable &named : namedVariables(&line)) {
@@ -122,7 +122,6 @@ int writeCommand(const QStringList &arguments)
     session.stop();
     const PanelSnapshot last = session.state().snapshot();
     if (last.items.empty() && last.linkCause != LinkCause::None)
-        return line.fail(ExitNoLink,
-                         QStringLiteral("%1: %2").arg(session.peer(), linkCauseText(last.linkCause)));
+        return line.fail(ExitNoLink, filled("%1: %2", session.peer(), linkCauseText(last.linkCause)));
     return report(items, last);
 }
