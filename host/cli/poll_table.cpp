@@ -3,6 +3,8 @@
 
 #include "panel_text.h"
 
+#include "../explain/filled.h"
+
 #include <algorithm>
 
 namespace {
@@ -21,7 +23,7 @@ template <typename Map, typename Name> QString countsText(const Map &counts, Nam
 {
     QStringList parts;
     for (const auto &[key, count] : counts)
-        parts << QStringLiteral("%1 x%2").arg(nameOf(key)).arg(count);
+        parts << filled("%1 x%2", nameOf(key), count);
     return parts.isEmpty() ? QStringLiteral("0") : parts.join(QStringLiteral(", "));
 }
 
@@ -32,7 +34,7 @@ QString milliseconds(qint64 microseconds)
 
 QStringList unitRow(int number, const UnitStatistics &unit, const PanelSnapshot &now)
 {
-    return {unit.isOff ? QStringLiteral("%1 off").arg(number) : QString::number(number),
+    return {filled(unit.isOff ? "%1 off" : "%1", number),
             QString::number(unit.requests),
             QString::number(unit.good),
             countsText(unit.exceptions, [](int code) { return code; }),
@@ -45,38 +47,32 @@ QStringList unitRow(int number, const UnitStatistics &unit, const PanelSnapshot 
             QString::number(unit.lostPercent(now.elapsedMicroseconds), 'f', 1)};
 }
 
-QStringList titles(const char *text)
-{
-    return QString::fromLatin1(text).split(QLatin1Char(','));
-}
-
 /// Tells how many lines are left out.
 void cut(QStringList *lines, int most)
 {
     const int tooMany = lines->size() - most;
     if (tooMany > 0)
-        *lines = lines->mid(0, most - 1) << QStringLiteral("... and %1 lines more").arg(tooMany + 1);
+        *lines = lines->mid(0, most - 1) << filled("... and %1 lines more", tooMany + 1);
 }
 
-/// "+5 above, +18 below", and how to get there where that fits.
+/// "+5 above, +18 below", and how to get there as far as that fits.
 QString hiddenText(int above, int below, int columns)
 {
     QStringList parts;
     if (above > 0)
-        parts << QStringLiteral("+%1 above").arg(above);
+        parts << filled("+%1 above", above);
     if (below > 0)
-        parts << QStringLiteral("+%1 below").arg(below);
-    const QString text = parts.join(QStringLiteral(", "));
-    const QString withKeys = text + QStringLiteral(" (arrows, PgUp, PgDn, Home, End; q ends)");
-    return withKeys.size() <= columns ? withKeys : text;
+        parts << filled("+%1 below", below);
+    return filled("%1 (arrows, PgUp, PgDn, Home, End; q ends)", parts.join(QStringLiteral(", ")))
+        .left(columns);
 }
 
 } // namespace
 
 PollTable::PollTable(const QString &peer, qint64 freshForMs)
     : m_peer(peer), m_freshForMs(freshForMs),
-      m_units(titles("UNIT,SENT,GOOD,EXC,TIMEOUT,HELD,LATE,RECONN,MED ms,P99 ms,LOST %")),
-      m_values(titles("VARIABLE,ADDRESS,STATE,VALUE"))
+      m_units("UNIT,SENT,GOOD,EXC,TIMEOUT,HELD,LATE,RECONN,MED ms,P99 ms,LOST %"),
+      m_values("VARIABLE,ADDRESS,STATE,VALUE")
 {
 }
 
@@ -88,8 +84,8 @@ QStringList PollTable::head(const PanelSnapshot &now, int columns, int mostUnitL
     ColumnLines units = m_units.lines(rows, columns);
     cut(&units.body, mostUnitLines);
     return wrapped(m_peer, columns) +
-           wrapped(QStringLiteral("pass %1, link %2").arg(now.passes).arg(linkText(now)), columns) +
-           units.heading + units.body + QStringList{QString()};
+           wrapped(filled("pass %1, link %2", now.passes, linkText(now)), columns) + units.heading +
+           units.body + QStringList{QString()};
 }
 
 QStringList PollTable::lines(const PanelSnapshot &now)

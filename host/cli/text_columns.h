@@ -6,15 +6,15 @@
 
 #include <QtCore/QList>
 #include <QtCore/QStringList>
+#include <QtCore/QVector>
 
 #include <limits>
-#include <vector>
 
 const int AnyWidth = std::numeric_limits<int>::max();
 
 struct ColumnLines
 {
-    QStringList heading; ///< one line; none when each cell has its title in front
+    QStringList heading; ///< one line; empty when each cell has its title in front
     QStringList body;
 };
 
@@ -22,18 +22,16 @@ struct ColumnLines
 class TextColumns
 {
 public:
-    explicit TextColumns(const QStringList &titles) : m_titles(titles), m_widths(widthsOf(titles)) {}
+    /// Titles with commas between them.
+    explicit TextColumns(const char *titles);
 
     /// Lines of at most `room` characters. A cell that is too wide continues below itself; where even that takes too
     /// much room, a row becomes a list of titles and cells.
     ColumnLines lines(const QList<QStringList> &rows, int room);
 
 private:
-    static std::vector<int> widthsOf(const QStringList &cells);
-    QStringList listed(const QList<QStringList> &rows, int room) const;
-
     QStringList m_titles;
-    std::vector<int> m_widths;
+    QVector<int> m_widths;
 };
 
 /// Lines of at most `room` characters, from words with one space between them. A longer word is broken.
