@@ -6,13 +6,17 @@
 #include <cstring>
 #include <initializer_list>
 
+#include <fcntl.h>
 #include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
 namespace {
 
+const int patienceMs = 50; // with a reader, after a signal
+
 std::atomic<bool> interrupted{false};
+int nowhere = -1;                             ///< /dev/null, once signals are caught
 std::atomic<const char *> leaveText{nullptr}; ///< null: the terminal is as it was
 termios linesMode;                            ///< of stdin, set before the text; all 0: it is no terminal
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<const char *>::is_always_lock_free,
@@ -20,12 +24,10 @@ static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<const char *
 
 // The functions below run in signal handlers: only functions that are safe there.
 
-/// Leaves the text out when the terminal does not take it.
-void writeToTerminal(const char *text)
+bool takesText(int descriptor, int waitMs)
 {
-    pollfd output = {STDOUT_FILENO, POLLOUT, 0};
-    if (poll(&output, 1, 0) == 1)
-        (void)!write(STDOUT_FILENO, text, std::strlen(text));
+    pollfd output = {descriptor, POLLOUT, 0};
+    return poll(&output, 1, waitMs) == 1;
 }
 
 void setMode(const termios &mode)
@@ -41,21 +43,31 @@ void leave()
     if (!text)
         return;
     setMode(linesMode);
-    writeToTerminal(text);
+    if (takesText(STDOUT_FILENO, 0))
+        (void)!write(STDOUT_FILENO, text, std::strlen(text));
 }
 
+/// A write that waits for a reader goes on into /dev/null. Comes again as SIGALRM, in case the reader stops later.
 void interrupt(int signal)
 {
-    if (!interrupted.exchange(true))
-        return;
-    leave();
-    _exit(128 + signal);
+    const int error = errno;
+    if (signal != SIGALRM && interrupted.exchange(true)) {
+        leave();
+        _exit(128 + signal);
+    }
+    for (int number : {STDOUT_FILENO, STDERR_FILENO}) {
+        if (!takesText(number, patienceMs))
+            dup2(nowhere, number);
+    }
+    alarm(1);
+    errno = error;
 }
 
 void setHandler(int signal, void (*handler)(int))
 {
     struct sigaction action = {};
     action.sa_handler = handler;
+    action.sa_flags = SA_RESTART; // a write goes on
     sigaction(signal, &action, nullptr);
 }
 
@@ -84,8 +96,9 @@ bool isIgnored(int signal)
 
 void catchInterrupts()
 {
-    setHandler(SIGINT, interrupt);
-    setHandler(SIGTERM, interrupt);
+    nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    for (int signal : {SIGINT, SIGTERM, SIGALRM})
+        setHandler(signal, interrupt);
     if (!isIgnored(SIGHUP)) // nohup
         setHandler(SIGHUP, interrupt);
 }

@@ -8,7 +8,8 @@
 #include <atomic>
 
 /// From now on the first SIGINT, SIGTERM or SIGHUP sets the flag, and the second ends the process at once with 128 plus
-/// its number. SIGHUP stays ignored where it was.
+/// its number. SIGHUP stays ignored where it was. After the first, text for stdout or stderr is thrown away when its
+/// reader has stopped, so that nothing waits for it.
 void catchInterrupts();
 bool isInterrupted();
 const std::atomic<bool> &interruptedFlag();

@@ -72,7 +72,6 @@ int run(const QStringList &words)
 int main(int argc, char *argv[])
 {
     guardStandardStreams();
-    endOutputAtInterrupts();
     QCoreApplication application(argc, argv);
     return endOutput(run(QCoreApplication::arguments().mid(1)));
 }

@@ -1,16 +1,12 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// Standard output and standard error that are closed, full, no longer read, or whose reader has stopped. On the
-/// main thread.
+/// Standard output and standard error that are closed, full, or no longer read. On the main thread.
 
 #pragma once
 
 /// Called before anything else is opened. Opens /dev/null for a closed standard stream: otherwise a socket could get
 /// its number, and printed text would go to the station. SIGPIPE no longer ends the process.
 void guardStandardStreams();
-
-/// From now on whatever waits for the reader of stdout or stderr ends once isInterrupted(); the text is then lost.
-void endOutputAtInterrupts();
 
 /// Some output other than stdout was lost; endOutput tells so. `what` is a name such as "the trace".
 void noteLostOutput(const char *what);
