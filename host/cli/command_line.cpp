@@ -3,7 +3,7 @@
 
 #include "printable.h"
 
-#include <QtCore/QRegularExpression>
+#include "../explain/filled.h"
 
 #include <cstdio>
 
@@ -21,17 +21,13 @@ void CommandLine::addOption(const char *name, const QString &description, const 
     QCommandLineOption option(QString::fromLatin1(name), description);
     if (valueName)
         option.setValueName(QString::fromLatin1(valueName));
+    if (valueName && *valueName == '[')
+        m_optional << QStringLiteral("--") + QLatin1String(name);
     if (defaultValue) {
         option.setDefaultValue(QString::fromLatin1(defaultValue));
-        option.setDescription(
-            QStringLiteral("%1 Default: %2.").arg(description, option.defaultValues().first()));
+        option.setDescription(filled("%1 Default: %2.", description, defaultValue));
     }
     m_parser.addOption(option);
-}
-
-void CommandLine::makeValueOptional(const char *name)
-{
-    m_optional << QStringLiteral("--") + QLatin1String(name);
 }
 
 std::optional<ExitCode> CommandLine::parse(const QStringList &arguments)
@@ -45,8 +41,8 @@ std::optional<ExitCode> CommandLine::parse(const QStringList &arguments)
         return std::nullopt;
     // The parser's help names only the program in its first line, and shows no optional values.
     QString text = m_parser.helpText();
-    for (const QString &name : m_optional)
-        text.replace(QRegularExpression(name + QStringLiteral(" <(\\w+)>")), name + QStringLiteral("[=\\1]"));
+    text.replace(QLatin1String(" <["), QLatin1String("[="))
+        .replace(QLatin1String("]>"), QLatin1String("]  "));
     std::printf("Usage: modbus-panel %s %s\n%s", qPrintable(m_command), qPrintable(m_synopsis),
                 qPrintable(text.mid(text.indexOf(QLatin1Char('\n')) + 1)));
     return ExitDone;
@@ -57,11 +53,7 @@ int CommandLine::number(const char *name, int lowest, int highest)
     bool ok = false;
     const int number = value(name).toInt(&ok);
     if (!ok || number < lowest || number > highest)
-        complain(QStringLiteral("--%1 takes a number from %2 to %3, not \"%4\"")
-                     .arg(QLatin1String(name))
-                     .arg(lowest)
-                     .arg(highest)
-                     .arg(value(name)));
+        complain(filled("--%1 takes a number from %2 to %3, not \"%4\"", name, lowest, highest, value(name)));
     return qBound(lowest, number, highest);
 }
 

@@ -16,12 +16,10 @@ public:
     /// `synopsis` is what follows the command in the usage line; `description` ends with an example.
     CommandLine(const QString &command, const QString &synopsis, const QString &description);
 
-    /// An option without a value name takes no value.
+    /// An option without a value name takes no value. With one such as "[FILE]" it may stand alone; its value, only as
+    /// --name=VALUE, is then empty.
     void addOption(const char *name, const QString &description, const char *valueName = nullptr,
                    const char *defaultValue = nullptr);
-
-    /// The option may stand alone; its value, only as --name=VALUE, is then empty.
-    void makeValueOptional(const char *name);
 
     /// Reads the words after the command. Returns an exit code when the command must end at once: the help was asked
     /// for, or an option is unknown.

@@ -119,8 +119,7 @@ void addLinkOptions(CommandLine *line, const char *retries, const char *gap, con
     line->addOption("trace",
                     QStringLiteral("Print each frame on stderr, or with --trace=FILE into a file, as "
                                    "Wireshark's text import reads it."),
-                    "FILE");
-    line->makeValueOptional("trace");
+                    "[FILE]");
     line->addOption("remote", QStringLiteral("The driver's own compact frames instead of Modbus."));
     addDriverOption(line);
     line->addOption("fault",

@@ -2,6 +2,7 @@
 #include "commands.h"
 
 #include "command_line.h"
+#include "standard_output.h"
 
 #include "../explain/byte_orders.h"
 #include "../explain/filled.h"
@@ -70,11 +71,6 @@ std::optional<QByteArray> bytesOf(const QString &text, QString *error)
     return error->isEmpty() ? std::optional<QByteArray>(bytes) : std::nullopt;
 }
 
-void print(const QString &line)
-{
-    std::printf("%s\n", qPrintable(line));
-}
-
 struct Kind
 {
     const char *option;
@@ -99,37 +95,33 @@ QList<FrameKind> kindsAskedFor(const CommandLine &line)
     return kinds;
 }
 
-/// Which way a frame went, where a trace tells.
-enum Direction { Unknown, ToStation, FromStation };
-
-/// The kinds that the options ask for, else those that the frame may be.
-QList<FrameKind> kindsToShow(const CommandLine &line, const QByteArray &frame, Direction direction)
+/// The kinds that the options ask for, else those that the frame may be, of which a trace tells one by the direction.
+QList<FrameKind> kindsToShow(const CommandLine &line, const QByteArray &frame,
+                             std::optional<FrameKind> direction)
 {
     const QList<FrameKind> asked = kindsAskedFor(line);
     if (!asked.isEmpty())
         return asked;
     const QList<FrameKind> likely = likelyKinds(frame);
-    if (direction == FromStation)
-        return {FrameKind::Reply};
-    if (direction == ToStation && likely.first() != FrameKind::Remote)
-        return {FrameKind::Request};
-    return likely;
+    const bool isTold = direction && (direction == FrameKind::Reply || likely.first() != FrameKind::Remote);
+    return isTold ? QList<FrameKind>{*direction} : likely;
 }
 
 void printKind(int size, const FrameText &text, const QString &title)
 {
-    print(filled("%1, %2 bytes: %3", title, size, text.meaning));
+    QString lines = filled("%1, %2 bytes: %3", title, size, text.meaning);
     for (const QString &field : text.fields)
-        print(QStringLiteral("  ") + field);
+        lines += QStringLiteral("\n  ") + field;
     for (const QString &fault : text.faults)
-        print(QStringLiteral("  fault: ") + fault);
+        lines += QStringLiteral("\n  fault: ") + fault;
+    printLine(lines);
 }
 
 /// The frame as it is sent over TCP, when these bytes are one from a serial line; else nothing.
 QByteArray fromSerial(const QByteArray &bytes)
 {
     const auto *const first = reinterpret_cast<const unsigned char *>(bytes.constData());
-    // The CRC-16 over a frame with its own one at the end is 0.
+    // Over a frame with its own checksum it is 0.
     if (bytes.size() < shortestSerial ||
         modbus_driver::crc16(first, static_cast<unsigned>(bytes.size())) != 0)
         return QByteArray();
@@ -155,14 +147,13 @@ void explain(const QByteArray &frame, const QList<FrameKind> &kinds)
     }
 }
 
-ExitCode decode(const CommandLine &line, const QByteArray &bytes, Direction direction)
+ExitCode decode(const CommandLine &line, const QByteArray &bytes, std::optional<FrameKind> direction)
 {
-    const bool isFrame = direction != Unknown || !kindsAskedFor(line).isEmpty();
+    const bool isFrame = direction || !kindsAskedFor(line).isEmpty();
     if (line.isSet("bytes") && (isFrame || bytes.size() != twoRegisters))
         return line.fail(ExitUsage, QStringLiteral("--bytes takes four bytes, and no option beside it"));
     if (bytes.size() == twoRegisters && !isFrame) {
-        for (const QString &row : byteOrderTable(bytes, 1))
-            print(row);
+        printLine(byteOrderTable(bytes, 1).join(QLatin1Char('\n')));
         return ExitDone;
     }
     const QList<FrameKind> kinds = kindsToShow(line, bytes, direction);
@@ -171,7 +162,7 @@ ExitCode decode(const CommandLine &line, const QByteArray &bytes, Direction dire
         explain(bytes, kinds);
         return isCorrect(bytes, kinds) ? ExitDone : ExitFailed;
     }
-    print(QStringLiteral(
+    printLine(QStringLiteral(
         "not a Modbus TCP frame, but one of a serial line (RTU): its checksum is right. Over TCP it is"));
     explain(tcpFrame, kindsToShow(line, tcpFrame, direction));
     return ExitFailed;
@@ -183,7 +174,7 @@ ExitCode decodeInput(const CommandLine &line)
     QFile input;
     input.open(STDIN_FILENO, QIODevice::ReadOnly);
     const QRegularExpression directionLine(QStringLiteral("^[IO] [0-9: .-]+$"));
-    Direction direction = Unknown;
+    std::optional<FrameKind> direction;
     bool hasFrame = false;
     ExitCode worst = ExitDone;
     for (int number = 1; worst != ExitUsage && !std::ferror(stdout); ++number) {
@@ -194,11 +185,11 @@ ExitCode decodeInput(const CommandLine &line)
         if (text.isEmpty() || text.startsWith(QLatin1Char('#')))
             continue;
         if (directionLine.match(text).hasMatch()) {
-            direction = text.startsWith(QLatin1Char('I')) ? ToStation : FromStation;
-            print(text);
+            direction = text.startsWith(QLatin1Char('I')) ? FrameKind::Request : FrameKind::Reply;
+            printLine(text);
             continue;
         }
-        if (direction != Unknown && text.startsWith(QLatin1String("000000 ")))
+        if (direction && text.startsWith(QLatin1String("000000 ")))
             text.remove(0, 7);
         QString error;
         const std::optional<QByteArray> bytes = bytesOf(text, &error);
@@ -207,9 +198,8 @@ ExitCode decodeInput(const CommandLine &line)
         if (!error.isEmpty())
             return line.fail(ExitUsage, filled("line %1: %2", number, error));
         worst = std::max(worst, decode(line, *bytes, direction));
-        direction = Unknown;
+        direction.reset();
         hasFrame = true;
-        std::fflush(stdout);
     }
     return worst;
 }
@@ -230,5 +220,5 @@ int decodeCommand(const QStringList &arguments)
         return decodeInput(line);
     QString error;
     const std::optional<QByteArray> bytes = bytesOf(text, &error);
-    return bytes ? decode(line, *bytes, Unknown) : line.fail(ExitUsage, error);
+    return bytes ? decode(line, *bytes, std::nullopt) : line.fail(ExitUsage, error);
 }

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "interrupt.h"
 
+#include "standard_output.h"
+
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <initializer_list>
 
 #include <fcntl.h>
@@ -14,13 +15,16 @@
 namespace {
 
 const int patienceMs = 50; // with a reader, after a signal
+const int slowMs = 1000;   // with a terminal, at the end
+
+const char enterScreen[] = "\x1b[?1049h\x1b[?25l"; // second screen, no cursor
+const char leaveScreen[] = "\x1b[?25h\x1b[?1049l";
 
 std::atomic<bool> interrupted{false};
-int nowhere = -1;                             ///< /dev/null, once signals are caught
-std::atomic<const char *> leaveText{nullptr}; ///< null: the terminal is as it was
-termios linesMode;                            ///< of stdin, set before the text; all 0: it is no terminal
-static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<const char *>::is_always_lock_free,
-              "signal handlers use them");
+std::atomic<bool> entered{false}; ///< set after the mode
+int nowhere = -1;                 ///< /dev/null, once signals are caught
+termios linesMode;                ///< of stdin; all 0: it is no terminal
+static_assert(std::atomic<bool>::is_always_lock_free, "signal handlers use it");
 
 // The functions below run in signal handlers: only functions that are safe there.
 
@@ -36,15 +40,14 @@ void setMode(const termios &mode)
         tcsetattr(STDIN_FILENO, TCSANOW, &mode);
 }
 
-/// Once, however many signals come.
-void leave()
+/// Once, however many signals come. Leaves the text out when the terminal does not take it in time.
+void leave(int waitMs)
 {
-    const char *text = leaveText.exchange(nullptr);
-    if (!text)
+    if (!entered.exchange(false))
         return;
     setMode(linesMode);
-    if (takesText(STDOUT_FILENO, 0))
-        (void)!write(STDOUT_FILENO, text, std::strlen(text));
+    if (takesText(STDOUT_FILENO, waitMs))
+        (void)!write(STDOUT_FILENO, leaveScreen, sizeof leaveScreen - 1);
 }
 
 /// A write that waits for a reader goes on into /dev/null. Comes again as SIGALRM, in case the reader stops later.
@@ -52,7 +55,7 @@ void interrupt(int signal)
 {
     const int error = errno;
     if (signal != SIGALRM && interrupted.exchange(true)) {
-        leave();
+        leave(0);
         _exit(128 + signal);
     }
     for (int number : {STDOUT_FILENO, STDERR_FILENO}) {
@@ -75,7 +78,7 @@ void setHandler(int signal, void (*handler)(int))
 void stopOrEnd(int signal)
 {
     const int error = errno;
-    leave();
+    leave(0);
     setHandler(signal, SIG_DFL);
     sigset_t own;
     sigemptyset(&own);
@@ -113,28 +116,29 @@ const std::atomic<bool> &interruptedFlag()
     return interrupted;
 }
 
-bool enterTerminal(const char *leave)
+bool enterTerminal()
 {
     const bool hasKeys = tcgetattr(STDIN_FILENO, &linesMode) == 0;
     termios keysMode = linesMode;
     keysMode.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
-    leaveText = leave;
+    entered = true;
     for (int signal : {SIGTSTP, SIGQUIT})
         setHandler(signal, stopOrEnd);
     setMode(keysMode);
+    print(enterScreen);
     return hasKeys;
 }
 
 void leaveTerminal()
 {
-    leave();
+    leave(slowMs);
     for (int signal : {SIGTSTP, SIGQUIT})
         setHandler(signal, SIG_DFL);
 }
 
 bool isTerminalEntered()
 {
-    return leaveText != nullptr;
+    return entered;
 }
 
 bool isInBackground()

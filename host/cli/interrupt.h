@@ -14,9 +14,9 @@ void catchInterrupts();
 bool isInterrupted();
 const std::atomic<bool> &interruptedFlag();
 
-/// A terminal at stdin now gives each key at once and unseen; returns whether there is one. Until leaveTerminal whatever
-/// signal stops or ends the process undoes that, and writes the text, which must outlive all signals, to stdout.
-bool enterTerminal(const char *leave);
+/// Shows the terminal's second screen; a terminal at stdin now gives each key at once and unseen. Returns whether there
+/// is one. Until leaveTerminal whatever signal stops or ends the process undoes both.
+bool enterTerminal();
 void leaveTerminal();
 /// Not before enterTerminal, and not after the process was stopped.
 bool isTerminalEntered();

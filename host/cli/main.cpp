@@ -5,6 +5,8 @@
 #include "printable.h"
 #include "standard_output.h"
 
+#include "../explain/filled.h"
+
 #include <QtCore/QCoreApplication>
 
 #include <cstdio>
@@ -28,27 +30,25 @@ const Command commands[] = {
     {"status", statusCommand, "explain a status code of the driver"},
 };
 
-void printHelp(std::FILE *to)
+void printHelp()
 {
-    std::fputs("Usage: modbus-panel COMMAND [OPTION]... [WORD]...\n"
-               "A host for the Modbus TCP driver, for commissioning and as an example.\n\nCommands:\n",
-               to);
+    std::printf("Usage: modbus-panel COMMAND [OPTION]... [WORD]...\n"
+                "A host for the Modbus TCP driver, for commissioning and as an example.\n\nCommands:\n");
     for (const Command &command : commands)
-        std::fprintf(to, "  %-8s%s\n", command.name, command.summary);
-    std::fputs(
+        std::printf("  %-8s%s\n", command.name, command.summary);
+    std::printf(
         "\nmodbus-panel COMMAND --help explains each. poll, read and scan without --connect ask a simulated\n"
         "station that runs inside; write does so with --simulate only.\n"
         "Exit codes: 0 done, 1 a station refused or did not answer, 2 wrong usage, 3 no connection or no\n"
         "driver, 4 the outcome of a write is unknown.\n"
-        "\nExample:\n  modbus-panel poll --simulate hr:0*4 coil:0*8\n",
-        to);
+        "\nExample:\n  modbus-panel poll --simulate hr:0*4 coil:0*8\n");
 }
 
 int run(const QStringList &words)
 {
     const QString name = words.value(0);
     if (name == QLatin1String("--help") || name == QLatin1String("-h")) {
-        printHelp(stdout);
+        printHelp();
         return ExitDone;
     }
     if (name == QLatin1String("--version") || name == QLatin1String("-v")) {
@@ -59,11 +59,9 @@ int run(const QStringList &words)
         if (name == QLatin1String(command.name))
             return command.run(words.mid(1));
     }
-    if (name.isEmpty())
-        std::fputs("modbus-panel: no command is named; modbus-panel --help lists them\n", stderr);
-    else
-        std::fprintf(stderr, "modbus-panel: no command is called \"%s\"; modbus-panel --help lists them\n",
-                     qPrintable(printable(name)));
+    const QString fault = name.isEmpty() ? asText("no command is named")
+                                         : filled("no command is called \"%1\"", printable(name));
+    std::fprintf(stderr, "modbus-panel: %s; modbus-panel --help lists them\n", qPrintable(fault));
     return ExitUsage;
 }
 

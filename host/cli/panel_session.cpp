@@ -4,6 +4,8 @@
 #include "interrupt.h"
 #include "printable.h"
 
+#include "../explain/filled.h"
+
 #include "../../driver/api/codes.h"
 
 #include <set>
@@ -37,8 +39,8 @@ PanelSession::~PanelSession()
     m_driver.enableStation(-1, 1);
     ::pollVariables(m_driver, {});
     QByteArray noReply;
-    for (int idleCalls = 0; idleCalls < 2;
-         ++idleCalls) { // a first "nothing to send" may end a burst of writes
+    // A first "nothing to send" may end a burst of writes.
+    for (int idleCalls = 0; idleCalls < 2; ++idleCalls) {
         while (m_driver.nextRequest())
             m_driver.handReply(&noReply, 0);
     }
@@ -64,11 +66,9 @@ ExitCode PanelSession::prepare(QString *error)
 bool PanelSession::startStation(QString *error)
 {
     StationOptions station;
-    station.units.clear();
-    for (int unit : unitsOf(m_variables)) {
-        if (unit != StationBroadcast)
-            station.units << unit;
-    }
+    const std::set<int> units = unitsOf(m_variables);
+    station.units = QList<int>(units.begin(), units.end());
+    station.units.removeAll(StationBroadcast);
     if (station.units.isEmpty())
         station.units << 1;
     station.remote = m_options.connection.remote;
@@ -122,12 +122,9 @@ PanelSnapshot PanelSession::waitForItems(int expected, const ItemEnded &onEnd) c
 
 QString PanelSession::address() const
 {
-    const QString &host = m_options.connection.host;
-    const bool isIpv6 = host.contains(QLatin1Char(':'));
-    return m_station ? QStringLiteral("simulated station")
-                     : QStringLiteral("%1:%2")
-                           .arg(isIpv6 ? QLatin1Char('[') + host + QLatin1Char(']') : printable(host))
-                           .arg(m_options.connection.port);
+    const QString host = printable(m_options.connection.host);
+    const char *const form = host.contains(QLatin1Char(':')) ? "[%1]:%2" : "%1:%2";
+    return m_station ? asText("simulated station") : filled(form, host, m_options.connection.port);
 }
 
 QString PanelSession::peer() const

@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "panel_text.h"
 
+#include "../explain/filled.h"
 #include "../explain/value_text.h"
 
 QString placeText(const Variable &variable)
 {
-    QString text = QString::number(variable.unit) + QLatin1Char('/') + areaName(variable.area) +
-                   QLatin1Char(':') + variable.addressText();
-    if (variable.count != 1)
-        text += QLatin1Char('*') + QString::number(variable.count);
-    return text;
+    const QString place = filled("%1/%2:%3", variable.unit, areaName(variable.area), variable.addressText());
+    return variable.count == 1 ? place : filled("%1*%2", place, variable.count);
 }
 
 QString measuredText(const Variable &variable, const QByteArray &bytes)
@@ -20,14 +18,11 @@ QString measuredText(const Variable &variable, const QByteArray &bytes)
 
 QString linkText(const PanelSnapshot &now)
 {
-    const bool isUp = now.link == LinkState::Up || now.link == LinkState::Waiting;
-    if (isUp)
-        return now.numbers == TransactionNumbers::NotEchoed
-                   ? QStringLiteral("up, the station echoes no transaction numbers")
-                   : QStringLiteral("up");
-    const QString state =
-        now.link == LinkState::Connecting ? QStringLiteral("connecting") : QStringLiteral("backing off");
-    return now.linkCause == LinkCause::None
-               ? state
-               : QStringLiteral("%1 after %2").arg(state, linkCauseText(now.linkCause));
+    if (now.link == LinkState::Up || now.link == LinkState::Waiting)
+        return asText(now.numbers == TransactionNumbers::NotEchoed
+                          ? "up, the station echoes no transaction numbers"
+                          : "up");
+    const QString state = asText(now.link == LinkState::Connecting ? "connecting" : "backing off");
+    return now.linkCause == LinkCause::None ? state
+                                            : filled("%1 after %2", state, linkCauseText(now.linkCause));
 }

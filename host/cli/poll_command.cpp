@@ -4,10 +4,14 @@
 #include "interrupt.h"
 #include "poll_table.h"
 #include "records.h"
+#include "standard_output.h"
+
+#include "../explain/filled.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <memory>
+
+#include <unistd.h>
 
 namespace {
 
@@ -30,12 +34,6 @@ Example: two units, each pass a second after the one before, ten passes:
 
 const int redrawMs = 250; // ages change between the passes
 
-struct PollOptions
-{
-    PanelOptions panel;
-    RecordOptions record;
-};
-
 void addPollOptions(CommandLine *line)
 {
     addLinkOptions(line, "1");
@@ -53,29 +51,20 @@ void addPollOptions(CommandLine *line)
                     "SECONDS", "10");
 }
 
-PollOptions pollOptions(CommandLine *line)
+LoopOptions loopOptions(CommandLine *line)
 {
-    PollOptions options;
-    options.panel = linkOptions(line);
-    options.panel.loop.everyMs = line->number("every", 0, 3600000);
-    options.panel.loop.passes = line->number("passes", 0, 1000000000);
-    options.panel.loop.waitsForLink = line->isSet("wait");
-    options.panel.loop.offAfter = line->number("off-after", 0, 1000000);
-    options.panel.loop.retryOffMs = 1000 * line->number("retry-off", 1, 86400);
-    options.record.freshForMs = 2 * options.panel.loop.everyMs + options.panel.connection.timeoutMs;
-    options.record.form = recordFormOption(line);
+    LoopOptions options;
+    options.everyMs = line->number("every", 0, 3600000);
+    options.passes = line->number("passes", 0, 1000000000);
+    options.waitsForLink = line->isSet("wait");
+    options.offAfter = line->number("off-after", 0, 1000000);
+    options.retryOffMs = 1000 * line->number("retry-off", 1, 86400);
     return options;
-}
-
-void print(const QByteArray &text)
-{
-    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stdout);
-    std::fflush(stdout);
 }
 
 void print(PollTable *table, const PanelSnapshot &now)
 {
-    print(table->lines(now).join(QLatin1Char('\n')).toLocal8Bit() + "\n\n");
+    printLine(table->lines(now).join(QLatin1Char('\n')) + QLatin1Char('\n'));
 }
 
 /// Ended by the communication, by a signal or by a failed output.
@@ -130,31 +119,32 @@ int pollCommand(const QStringList &arguments)
     addPollOptions(&line);
     if (const auto code = line.parse(arguments))
         return *code;
-    PollOptions options = pollOptions(&line);
-    const QList<Variable> variables =
-        variablesToRead(&line, options.panel.connection.remote, formatOption(&line));
+    PanelOptions options = linkOptions(&line);
+    options.loop = loopOptions(&line);
+    const RecordForm form = recordFormOption(&line);
+    const QList<Variable> variables = variablesToRead(&line, options.connection.remote, formatOption(&line));
     if (!line.isFine())
         return line.fail();
 
-    PanelSession session(options.panel, variables);
+    PanelSession session(options, variables);
     QString error;
     if (const ExitCode code = session.prepare(&error); code != ExitDone)
         return line.fail(code, error);
-    options.record.station = session.address();
     tellOfSimulation(line);
     session.pollVariables();
     catchInterrupts();
-    const bool traceOnScreen = options.panel.trace && options.panel.traceFile.isEmpty();
-    const bool inPlace = isTerminal() && options.record.form == RecordForm::None && !traceOnScreen;
+    const bool traceOnScreen = options.trace && options.traceFile.isEmpty();
+    const bool inPlace = isatty(STDOUT_FILENO) == 1 && form == RecordForm::None && !traceOnScreen;
     session.state().waitAtPasses(!inPlace);
     session.start();
-    PollTable table(session.peer(), options.record.freshForMs);
-    const PanelSnapshot last = inPlace ? showInPlace(&table, session.state())
-                                       : showEachPass(&table, session.state(), options.record);
+    const qint64 freshForMs = 2 * options.loop.everyMs + options.connection.timeoutMs;
+    PollTable table(session.peer(), freshForMs);
+    const PanelSnapshot last =
+        inPlace ? showInPlace(&table, session.state())
+                : showEachPass(&table, session.state(), {form, session.address(), freshForMs});
     session.stop();
     if (last.passes == 0 && last.isEnded)
-        return line.fail(ExitNoLink,
-                         QStringLiteral("%1: %2").arg(session.peer(), linkCauseText(last.linkCause)));
+        return line.fail(ExitNoLink, filled("%1: %2", session.peer(), linkCauseText(last.linkCause)));
     if (inPlace)
         print(&table, last);
     return isInterrupted() || std::ferror(stdout) || isGood(last) ? ExitDone : ExitFailed;

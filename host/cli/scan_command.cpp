@@ -3,8 +3,10 @@
 #include "common_options.h"
 #include "interrupt.h"
 #include "panel_text.h"
+#include "standard_output.h"
 
 #include "../explain/exchange_text.h"
+#include "../explain/filled.h"
 #include "../link/exception_codes.h"
 
 #include "../../driver/api/codes.h"
@@ -47,15 +49,13 @@ void addUnits(CommandLine *line, const QList<Variable> &variables, QList<Target>
     const auto units = parseUnitNumbers(text);
     if (!units)
         line->complain(
-            QStringLiteral("--units takes different numbers from 1 to 255, as in 1-5,7, not \"%1\"")
-                .arg(text));
+            filled("--units takes different numbers from 1 to 255, as in 1-5,7, not \"%1\"", text));
     Variable asked = variables.value(0);
     if (variables.size() != 1 || asked.count != 1 || asked.name.contains(QLatin1Char('/')))
         line->complain(QStringLiteral("--units takes one variable, without unit and count"));
     for (const int unit : units.value_or(QList<int>())) {
         asked.unit = unit;
-        *targets << Target{asked, QStringLiteral("unit %1").arg(unit),
-                           QStringLiteral(": answered, %1 = ").arg(asked.name)};
+        *targets << Target{asked, filled("unit %1", unit), filled(": answered, %1 = ", asked.name)};
     }
 }
 
@@ -63,7 +63,7 @@ void addUnits(CommandLine *line, const QList<Variable> &variables, QList<Target>
 void addParts(CommandLine *line, const Variable &whole, int block, QList<Target> *targets)
 {
     if (isBitOfRegister(whole.area))
-        line->complain(QStringLiteral("%1: scan asks for whole registers, hr or ir").arg(whole.name));
+        line->complain(filled("%1: scan asks for whole registers, hr or ir", whole.name));
     const int step = isPairArea(whole.area) ? 2 : 1; // addresses of a value
     Variable part = whole;
     for (int left = whole.count; left > 0; left -= part.count) {
@@ -90,10 +90,7 @@ public:
     {
     }
 
-    /// False when there is no link, for linkCause().
-    bool run(const QList<Target> &targets);
-    LinkCause linkCause() const { return m_connection.cause(); }
-    bool hasAnswers() const { return m_answered > 0; }
+    ExitCode run(const CommandLine &line, const QList<Target> &targets);
 
 private:
     void exchange(const Variable &variable);
@@ -108,18 +105,18 @@ private:
     int m_answered = 0;
 };
 
-bool Scan::run(const QList<Target> &targets)
+ExitCode Scan::run(const CommandLine &line, const QList<Target> &targets)
 {
     bool hasLink = m_connection.open();
     int asked = 0;
     const auto counts = [&] {
-        return QStringLiteral("%1 of %2 asked, %3 answered").arg(asked).arg(targets.size()).arg(m_answered);
+        return filled("%1 of %2 asked, %3 answered", asked, targets.size(), m_answered);
     };
     while (hasLink && asked < targets.size() && !std::ferror(stdout)) {
         const Target &target = targets.at(asked);
         showProgress(counts());
-        for (int tries = 0; tries <= m_retries && (tries == 0 || m_exchange.end != Exchange::Answered);
-             ++tries)
+        exchange(target.variable);
+        for (int i = 0; i < m_retries && m_exchange.end != Exchange::Answered; ++i)
             exchange(target.variable);
         showProgress(QString());
         hasLink = m_exchange.end != Exchange::NotSent;
@@ -127,12 +124,13 @@ bool Scan::run(const QList<Target> &targets)
             break;
         const QString text = answer(target);
         ++asked;
-        std::printf("%s%s\n", qPrintable(target.name), qPrintable(text));
-        std::fflush(stdout);
+        printLine(target.name + text);
     }
     if (asked > 0 || isInterrupted())
-        std::printf("%s\n", qPrintable(counts()));
-    return hasLink || isInterrupted();
+        printLine(counts());
+    if (!hasLink && !isInterrupted())
+        return line.fail(ExitNoLink, filled("%1: %2", m_session.peer(), linkCauseText(m_connection.cause())));
+    return m_answered > 0 ? ExitDone : ExitFailed;
 }
 
 void Scan::exchange(const Variable &variable)
@@ -151,7 +149,7 @@ void Scan::exchange(const Variable &variable)
     m_access = asked.var;
     m_exchange = m_connection.exchange(asked);
     if (!m_exchange.before.lateUnits.isEmpty())
-        std::printf("unit %d: a late reply, raise --timeout\n", m_exchange.before.lateUnits.first());
+        printLine(filled("unit %1: a late reply, raise --timeout", m_exchange.before.lateUnits.first()));
     QByteArray reply = m_exchange.reply;
     m_status = driver.handReply(&reply, reply.size())->status;
 }
@@ -170,8 +168,7 @@ QString Scan::answer(const Target &target)
         return target.answered + valueText(variable, value);
     }
     const bool isSilent = m_exchange.cause == LinkCause::Silent;
-    return QStringLiteral(": ") +
-           (isSilent ? QStringLiteral("silent") : failureText(m_access, m_exchange, m_status));
+    return filled(": %1", isSilent ? asText("silent") : failureText(m_access, m_exchange, m_status));
 }
 
 } // namespace
@@ -209,11 +206,7 @@ int scanCommand(const QStringList &arguments)
     if (const ExitCode code = session.prepare(&error); code != ExitDone)
         return line.fail(code, error);
     tellOfSimulation(line);
-    std::printf("%s\n", qPrintable(session.peer()));
     catchInterrupts();
-    Scan scan(session, options.retries);
-    if (!scan.run(targets))
-        return line.fail(ExitNoLink,
-                         QStringLiteral("%1: %2").arg(session.peer(), linkCauseText(scan.linkCause())));
-    return scan.hasAnswers() ? ExitDone : ExitFailed;
+    printLine(session.peer());
+    return Scan(session, options.retries).run(line, targets);
 }

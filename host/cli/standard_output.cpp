@@ -35,6 +35,17 @@ void guardStandardStreams()
         close(lowest);
 }
 
+void print(const QByteArray &text)
+{
+    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stdout);
+    std::fflush(stdout);
+}
+
+void printLine(const QString &text)
+{
+    print(text.toLocal8Bit() + '\n');
+}
+
 void noteLostOutput(const char *what)
 {
     lostOutput = what;

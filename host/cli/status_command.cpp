@@ -2,10 +2,10 @@
 #include "commands.h"
 
 #include "command_line.h"
+#include "standard_output.h"
 
+#include "../explain/filled.h"
 #include "../explain/status_text.h"
-
-#include <cstdio>
 
 namespace {
 
@@ -16,12 +16,6 @@ cure. Without a code, all classes are listed.
 Example:
   modbus-panel status 74)";
 
-void print(const QStringList &lines)
-{
-    for (const QString &line : lines)
-        std::printf("%s\n", qPrintable(line));
-}
-
 } // namespace
 
 int statusCommand(const QStringList &arguments)
@@ -30,15 +24,15 @@ int statusCommand(const QStringList &arguments)
     if (const std::optional<ExitCode> end = line.parse(arguments))
         return *end;
     if (line.words().isEmpty())
-        print(statusTable());
+        printLine(statusTable().join(QLatin1Char('\n')));
     for (const QString &word : line.words()) {
         bool isNumber = false;
         const QStringList explanation = statusExplanation(word.toInt(&isNumber));
         if (!isNumber || explanation.isEmpty())
-            return line.fail(ExitUsage, QStringLiteral("\"%1\" is no status code of the driver; "
-                                                       "without a code, all are listed")
-                                            .arg(word));
-        print(explanation);
+            return line.fail(
+                ExitUsage,
+                filled("\"%1\" is no status code of the driver; without a code, all are listed", word));
+        printLine(explanation.join(QLatin1Char('\n')));
     }
     return ExitDone;
 }

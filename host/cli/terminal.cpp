@@ -2,11 +2,11 @@
 #include "terminal.h"
 
 #include "interrupt.h"
+#include "standard_output.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstring>
 
 #include <poll.h>
@@ -14,15 +14,6 @@
 #include <unistd.h>
 
 namespace {
-
-const char enterScreen[] = "\x1b[?1049h\x1b[?25l"; // second screen, no cursor
-const char leaveScreen[] = "\x1b[?25h\x1b[?1049l";
-
-void print(const QString &text)
-{
-    std::fputs(text.toLocal8Bit().constData(), stdout);
-    std::fflush(stdout);
-}
 
 const int farAway = 1000000; // lines
 
@@ -57,15 +48,8 @@ QList<Scroll> scrollsOf(QByteArray typed)
 
 } // namespace
 
-bool isTerminal()
-{
-    return isatty(STDOUT_FILENO) == 1;
-}
-
 FullScreen::~FullScreen()
 {
-    if (isTerminalEntered())
-        print(QLatin1String(leaveScreen)); // waits for a slow terminal; leaveTerminal does not
     leaveTerminal();
 }
 
@@ -81,14 +65,12 @@ void FullScreen::draw(const QStringList &lines)
 {
     if (isInBackground())
         return;
-    if (!isTerminalEntered()) {
-        m_hasKeys = enterTerminal(leaveScreen);
-        print(QLatin1String(enterScreen));
-    }
+    if (!isTerminalEntered())
+        m_hasKeys = enterTerminal();
     QStringList screen = lines;
     while (screen.size() < size().rows)
         screen << QString();
-    print(QStringLiteral("\x1b[H\x1b[K") + screen.join(QStringLiteral("\r\n\x1b[K"))); // from the top left
+    print("\x1b[H\x1b[K" + screen.join(QStringLiteral("\r\n\x1b[K")).toLocal8Bit()); // from the top left
 }
 
 QList<Scroll> FullScreen::keys(int ms)

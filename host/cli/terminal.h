@@ -7,9 +7,6 @@
 #include <QtCore/QList>
 #include <QtCore/QStringList>
 
-/// True when stdout is a terminal.
-bool isTerminal();
-
 struct ScreenSize
 {
     int rows = 24;

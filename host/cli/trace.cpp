@@ -4,6 +4,7 @@
 #include "printable.h"
 #include "standard_output.h"
 
+#include "../explain/filled.h"
 #include "../explain/frame_text.h"
 
 #include <QtCore/QDateTime>
@@ -11,7 +12,6 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstring>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -38,13 +38,12 @@ bool Trace::open(const QString &path, const QString &peer, bool remote, QString 
                                     : ::open(QFile::encodeName(path).constData(),
                                              O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0666);
     if (file < 0) {
-        *error = QStringLiteral("cannot write the trace %1: %2")
-                     .arg(path, QString::fromLocal8Bit(std::strerror(errno)));
+        *error = filled("cannot write the trace %1: %2", path, qt_error_string(errno));
         return false;
     }
     m_output = std::make_unique<LineOutput>(file);
     close(file);
-    comment(QStringLiteral("%1, %2").arg(QString::fromLatin1(timeText()), peer));
+    comment(filled("%1, %2", timeText().constData(), peer));
     comment(QStringLiteral("text2pcap -D -t '%Y-%m-%d %H:%M:%S.%f' -4 127.0.0.1,127.0.0.1 -T 40000,502 "
                            "TRACE FILE.pcap"));
     return true;
@@ -69,17 +68,16 @@ void Trace::reply(const QByteArray &bytes, const QString &remark) const
     if (!m_output)
         return;
     // The replies of remote peers do not say what they hold.
-    const QString meaning = m_remote ? QStringLiteral("reply, %1 bytes").arg(bytes.size())
-                                     : frameText(bytes, FrameKind::Reply).summary();
-    comment(remark.isEmpty() ? meaning : QStringLiteral("%1 (%2)").arg(meaning, remark));
+    const QString meaning =
+        m_remote ? filled("reply, %1 bytes", bytes.size()) : frameText(bytes, FrameKind::Reply).summary();
+    comment(remark.isEmpty() ? meaning : filled("%1 (%2)", meaning, remark));
     frame('O', bytes);
 }
 
 void Trace::comment(const QString &text) const
 {
-    if (!m_output)
-        return;
-    m_output->write("# " + printable(text).toUtf8());
+    if (m_output)
+        m_output->write("# " + printable(text).toUtf8());
 }
 
 void Trace::frame(char direction, const QByteArray &bytes) const
