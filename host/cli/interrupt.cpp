@@ -70,7 +70,7 @@ void setHandler(int signal, void (*handler)(int))
 {
     struct sigaction action = {};
     action.sa_handler = handler;
-    action.sa_flags = SA_RESTART; // a write goes on
+    action.sa_flags = SA_RESTART | SA_NODEFER; // a write goes on; a handler can raise its signal
     sigaction(signal, &action, nullptr);
 }
 
@@ -80,19 +80,9 @@ void stopOrEnd(int signal)
     const int error = errno;
     leave(0);
     setHandler(signal, SIG_DFL);
-    sigset_t own;
-    sigemptyset(&own);
-    sigaddset(&own, signal);
-    raise(signal);
-    pthread_sigmask(SIG_UNBLOCK, &own, nullptr); // here it stops or ends
+    raise(signal); // here it stops or ends
     setHandler(signal, stopOrEnd);
     errno = error;
-}
-
-bool isIgnored(int signal)
-{
-    struct sigaction action = {};
-    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
 } // namespace
@@ -102,7 +92,7 @@ void catchInterrupts()
     nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
     for (int signal : {SIGINT, SIGTERM, SIGALRM})
         setHandler(signal, interrupt);
-    if (!isIgnored(SIGHUP)) // nohup
+    if (std::signal(SIGHUP, SIG_IGN) != SIG_IGN) // nohup
         setHandler(SIGHUP, interrupt);
 }
 

@@ -28,17 +28,8 @@ const char *linkCode(LinkState::State link)
                                            : "up";
 }
 
-const char *stateCode(ValueState::State state)
-{
-    static const char *const codes[] = {"fresh", "old", "never", "failed"};
-    return codes[state];
-}
-
-const char *numbersText(TransactionNumbers::Habit numbers)
-{
-    static const char *const texts[] = {"unknown", "echoed", "not echoed"};
-    return texts[numbers];
-}
+const char *const stateCodes[] = {"fresh", "old", "never", "failed"};   // by ValueState::State
+const char *const numbersTexts[] = {"unknown", "echoed", "not echoed"}; // by TransactionNumbers::Habit
 
 double ageSeconds(const ValueState &value, const PanelSnapshot &now)
 {
@@ -51,7 +42,9 @@ void putText(Json *json, const QString &text)
     json->String(utf8.constData(), static_cast<unsigned>(utf8.size()));
 }
 
-template <typename Value> void put(Json *json, const char *name, const Value &value)
+/// Names and values in turn.
+template <typename Value, typename... More>
+void put(Json *json, const char *name, const Value &value, const More &...more)
 {
     json->Key(name);
     if constexpr (std::is_same_v<Value, QString>)
@@ -64,6 +57,8 @@ template <typename Value> void put(Json *json, const char *name, const Value &va
         json->Int(value);
     else
         json->String(value);
+    if constexpr (sizeof...(more) > 0)
+        put(json, more...);
 }
 
 /// Numbers as they are shown; hexadecimal ones, nan and inf as text. In one piece: there may be thousands.
@@ -99,17 +94,14 @@ void putVariable(Json *json, const ValueState &value, const PanelSnapshot &now, 
 {
     const Variable &variable = value.variable();
     json->StartObject();
-    put(json, "name", variable.name);
-    put(json, "unit", variable.unit);
-    put(json, "address", placeText(variable));
-    put(json, "type", typeName(variable));
+    put(json, "name", variable.name, "unit", variable.unit, "address", placeText(variable), "type",
+        typeName(variable));
     putValues(json, value);
     put(json, "measure", variable.measure);
     json->Key("age");
     value.readAtMs() < 0 ? json->Null() : json->Double(ageSeconds(value, now));
     put(json, "state", value.stateText(now.nowMs(), freshForMs));
-    put(json, "state_code", stateCode(value.state(now.nowMs(), freshForMs)));
-    put(json, "changed", value.hasChanged());
+    put(json, "state_code", stateCodes[value.state(now.nowMs(), freshForMs)], "changed", value.hasChanged());
     json->EndObject();
 }
 
@@ -126,16 +118,11 @@ void putCounts(Json *json, const char *name, const Map &counts, Name nameOf)
 void putUnit(Json *json, int number, const UnitStatistics &unit, qint64 elapsedMicroseconds)
 {
     json->StartObject();
-    put(json, "unit", number);
-    put(json, "off", unit.isOff);
-    put(json, "requests", unit.requests);
-    put(json, "good", unit.good);
+    put(json, "unit", number, "off", unit.isOff, "requests", unit.requests, "good", unit.good);
     putCounts(json, "exceptions", unit.exceptions, [](int code) { return QString::number(code); });
     put(json, "timeouts", unit.timeOuts);
     putCounts(json, "held_back", unit.heldBack, replyFaultText);
-    put(json, "late", unit.late);
-    put(json, "closed", unit.closed);
-    put(json, "reconnects", unit.reconnects);
+    put(json, "late", unit.late, "closed", unit.closed, "reconnects", unit.reconnects);
     put(json, "median_ms", double(unit.roundTrips.percentile(50)) / 1000);
     put(json, "p99_ms", double(unit.roundTrips.percentile(99)) / 1000);
     put(json, "lost_percent", unit.lostPercent(elapsedMicroseconds));
@@ -147,13 +134,9 @@ QByteArray jsonRecord(const PanelSnapshot &now, const RecordOptions &options)
     rapidjson::StringBuffer buffer;
     Json json(buffer);
     json.StartObject();
-    put(&json, "time", timeText());
-    put(&json, "station", options.station);
-    put(&json, "pass", now.passes);
-    put(&json, "seconds", double(now.nowMs()) / 1000);
-    put(&json, "link", linkText(now));
-    put(&json, "link_code", linkCode(now.link));
-    put(&json, "numbers", numbersText(now.numbers));
+    put(&json, "time", timeText(), "station", options.station, "pass", now.passes);
+    put(&json, "seconds", double(now.nowMs()) / 1000, "link", linkText(now));
+    put(&json, "link_code", linkCode(now.link), "numbers", numbersTexts[now.numbers]);
     json.Key("variables");
     json.StartArray();
     for (const ValueState &value : now.values)
@@ -190,7 +173,7 @@ QByteArray csvRows(const PanelSnapshot &now, const RecordOptions &options)
         rows += start + quoted(variable.name) + ',' + quoted(placeText(variable)) + ',' +
                 (isKnown ? quoted(valueText(variable, value.value())) : QByteArray()) + ',' +
                 quoted(variable.measure) + ',' + quoted(value.stateText(now.nowMs(), options.freshForMs)) +
-                ',' + stateCode(value.state(now.nowMs(), options.freshForMs)) + ',' +
+                ',' + stateCodes[value.state(now.nowMs(), options.freshForMs)] + ',' +
                 (isKnown ? QByteArray::number(ageSeconds(value, now), 'f', 3) : QByteArray()) + '\n';
     }
     return rows;

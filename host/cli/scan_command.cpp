@@ -84,20 +84,18 @@ void showProgress(const QString &text)
 class Scan
 {
 public:
-    Scan(const PanelSession &session, int retries)
-        : m_session(session), m_retries(retries),
-          m_connection(session.connection(), session.trace(), interruptedFlag())
+    explicit Scan(const PanelSession &session)
+        : m_session(session), m_connection(session.connection(), session.trace(), interruptedFlag())
     {
     }
 
-    ExitCode run(const CommandLine &line, const QList<Target> &targets);
+    ExitCode run(const CommandLine &line, const QList<Target> &targets, int retries);
 
 private:
     void exchange(const Variable &variable);
     QString answer(const Target &target);
 
     const PanelSession &m_session;
-    const int m_retries;
     Connection m_connection;
     RW_VAR m_access; ///< of the last exchange
     Exchange m_exchange;
@@ -105,7 +103,7 @@ private:
     int m_answered = 0;
 };
 
-ExitCode Scan::run(const CommandLine &line, const QList<Target> &targets)
+ExitCode Scan::run(const CommandLine &line, const QList<Target> &targets, int retries)
 {
     bool hasLink = m_connection.open();
     int asked = 0;
@@ -116,7 +114,7 @@ ExitCode Scan::run(const CommandLine &line, const QList<Target> &targets)
         const Target &target = targets.at(asked);
         showProgress(counts());
         exchange(target.variable);
-        for (int i = 0; i < m_retries && m_exchange.end != Exchange::Answered; ++i)
+        for (int i = 0; i < retries && m_exchange.end != Exchange::Answered; ++i)
             exchange(target.variable);
         showProgress(QString());
         hasLink = m_exchange.end != Exchange::NotSent;
@@ -208,5 +206,5 @@ int scanCommand(const QStringList &arguments)
     tellOfSimulation(line);
     catchInterrupts();
     printLine(session.peer());
-    return Scan(session, options.retries).run(line, targets);
+    return Scan(session).run(line, targets, options.retries);
 }

@@ -28,11 +28,10 @@ void guardStandardStreams()
     std::signal(SIGPIPE, SIG_IGN);
     if (fcntl(STDOUT_FILENO, F_GETFD) < 0)
         noteLostOutput("standard output");
-    int lowest = open("/dev/null", O_RDWR);
+    int lowest = STDIN_FILENO;
     while (lowest >= 0 && lowest <= STDERR_FILENO)
         lowest = open("/dev/null", O_RDWR);
-    if (lowest >= 0)
-        close(lowest);
+    close(lowest);
 }
 
 void print(const QByteArray &text)
