@@ -96,19 +96,16 @@ void catchInterrupts()
         setHandler(SIGHUP, interrupt);
 }
 
-bool isInterrupted()
-{
-    return interrupted;
-}
-
 const std::atomic<bool> &interruptedFlag()
 {
     return interrupted;
 }
 
-bool enterTerminal()
+void enterTerminal()
 {
-    const bool hasKeys = tcgetattr(STDIN_FILENO, &linesMode) == 0;
+    if (entered)
+        return;
+    tcgetattr(STDIN_FILENO, &linesMode);
     termios keysMode = linesMode;
     keysMode.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
     entered = true;
@@ -116,7 +113,6 @@ bool enterTerminal()
         setHandler(signal, stopOrEnd);
     setMode(keysMode);
     print(enterScreen);
-    return hasKeys;
 }
 
 void leaveTerminal()
@@ -124,11 +120,6 @@ void leaveTerminal()
     leave(slowMs);
     for (int signal : {SIGTSTP, SIGQUIT})
         setHandler(signal, SIG_DFL);
-}
-
-bool isTerminalEntered()
-{
-    return entered;
 }
 
 bool isInBackground()

@@ -11,14 +11,15 @@
 /// its number. SIGHUP stays ignored where it was. After the first, text for stdout or stderr is thrown away when its
 /// reader has stopped, so that nothing waits for it.
 void catchInterrupts();
-bool isInterrupted();
 const std::atomic<bool> &interruptedFlag();
+inline bool isInterrupted()
+{
+    return interruptedFlag();
+}
 
-/// Shows the terminal's second screen; a terminal at stdin now gives each key at once and unseen. Returns whether there
-/// is one. Until leaveTerminal whatever signal stops or ends the process undoes both.
-bool enterTerminal();
+/// Shows the terminal's second screen, unless it is shown; a terminal at stdin now gives each key at once and unseen.
+/// Until leaveTerminal whatever signal stops or ends the process undoes both.
+void enterTerminal();
 void leaveTerminal();
-/// Not before enterTerminal, and not after the process was stopped.
-bool isTerminalEntered();
 /// The terminal at stdout belongs to another process: to the shell, for example.
 bool isInBackground();

@@ -76,14 +76,14 @@ bool mustEnd(const PanelSnapshot &now)
 /// The last snapshot.
 PanelSnapshot showInPlace(PollTable *table, const PanelState &state)
 {
-    FullScreen screen;
     PanelSnapshot now = state.snapshot();
     while (!mustEnd(now)) {
-        screen.draw(table->screen(now, screen.size()));
-        for (const Scroll &scroll : screen.keys(redrawMs))
+        drawScreen(table->screen(now, screenSize()));
+        for (const Scroll &scroll : screenKeys(redrawMs))
             table->scroll(scroll);
         now = state.snapshot();
     }
+    leaveTerminal();
     return now;
 }
 

@@ -21,15 +21,9 @@ QString timeText()
     return now.toOffsetFromUtc(now.offsetFromUtc()).toString(Qt::ISODateWithMs);
 }
 
-const char *linkCode(LinkState::State link)
-{
-    return link == LinkState::Connecting   ? "connecting"
-           : link == LinkState::BackingOff ? "backing_off"
-                                           : "up";
-}
-
-const char *const stateCodes[] = {"fresh", "old", "never", "failed"};   // by ValueState::State
-const char *const numbersTexts[] = {"unknown", "echoed", "not echoed"}; // by TransactionNumbers::Habit
+const char *const linkCodes[] = {"connecting", "up", "up", "backing_off"}; // by LinkState::State
+const char *const stateCodes[] = {"fresh", "old", "never", "failed"};      // by ValueState::State
+const char *const numbersTexts[] = {"unknown", "echoed", "not echoed"};    // by TransactionNumbers::Habit
 
 double ageSeconds(const ValueState &value, const PanelSnapshot &now)
 {
@@ -136,7 +130,7 @@ QByteArray jsonRecord(const PanelSnapshot &now, const RecordOptions &options)
     json.StartObject();
     put(&json, "time", timeText(), "station", options.station, "pass", now.passes);
     put(&json, "seconds", double(now.nowMs()) / 1000, "link", linkText(now));
-    put(&json, "link_code", linkCode(now.link), "numbers", numbersTexts[now.numbers]);
+    put(&json, "link_code", linkCodes[now.link], "numbers", numbersTexts[now.numbers]);
     json.Key("variables");
     json.StartArray();
     for (const ValueState &value : now.values)
@@ -165,7 +159,7 @@ QByteArray csvRows(const PanelSnapshot &now, const RecordOptions &options)
 {
     const QByteArray start = timeText().toLatin1() + ',' + quoted(options.station) + ',' +
                              QByteArray::number(now.passes) + ',' + quoted(linkText(now)) + ',' +
-                             linkCode(now.link) + ',';
+                             linkCodes[now.link] + ',';
     QByteArray rows;
     for (const ValueState &value : now.values) {
         const Variable &variable = value.variable();

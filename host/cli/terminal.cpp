@@ -4,10 +4,8 @@
 #include "interrupt.h"
 #include "standard_output.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -30,30 +28,25 @@ const Key keyTable[] = {
     {"\x1b[F", {farAway, 0}},  {"\x1bOF", {farAway, 0}},  {"\x1b[4~", {farAway, 0}},
 };
 
-QList<Scroll> scrollsOf(QByteArray typed)
+bool hasKeys = isatty(STDIN_FILENO) == 1; // stdin is a terminal, too
+
+QList<Scroll> scrollsOf(const QByteArray &typed)
 {
     QList<Scroll> scrolls;
-    while (!typed.isEmpty()) {
-        const auto isTyped = [&](const Key &key) { return typed.startsWith(key.bytes); };
-        const Key *key = std::find_if(std::begin(keyTable), std::end(keyTable), isTyped);
-        const bool isKnown = key != std::end(keyTable);
-        if (isKnown)
-            scrolls << key->scroll;
-        else if (typed.startsWith('q'))
+    for (int i = 0; i < typed.size(); ++i) {
+        for (const Key &key : keyTable) {
+            if (typed.mid(i).startsWith(key.bytes))
+                scrolls << key.scroll;
+        }
+        if (typed.at(i) == 'q')
             std::raise(SIGINT);
-        typed.remove(0, isKnown ? static_cast<int>(std::strlen(key->bytes)) : 1);
     }
     return scrolls;
 }
 
 } // namespace
 
-FullScreen::~FullScreen()
-{
-    leaveTerminal();
-}
-
-ScreenSize FullScreen::size() const
+ScreenSize screenSize()
 {
     winsize size = {};
     if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || size.ws_col == 0)
@@ -61,25 +54,24 @@ ScreenSize FullScreen::size() const
     return {size.ws_row, size.ws_col};
 }
 
-void FullScreen::draw(const QStringList &lines)
+void drawScreen(const QStringList &lines)
 {
     if (isInBackground())
         return;
-    if (!isTerminalEntered())
-        m_hasKeys = enterTerminal();
+    enterTerminal();
     QStringList screen = lines;
-    while (screen.size() < size().rows)
+    while (screen.size() < screenSize().rows)
         screen << QString();
     print("\x1b[H\x1b[K" + screen.join(QStringLiteral("\r\n\x1b[K")).toLocal8Bit()); // from the top left
 }
 
-QList<Scroll> FullScreen::keys(int ms)
+QList<Scroll> screenKeys(int ms)
 {
-    pollfd input = {m_hasKeys && !isInBackground() ? STDIN_FILENO : -1, POLLIN, 0};
+    pollfd input = {hasKeys && !isInBackground() ? STDIN_FILENO : -1, POLLIN, 0};
     if (poll(&input, 1, ms) != 1)
         return {};
     char bytes[256];
     const ssize_t size = read(STDIN_FILENO, bytes, sizeof bytes);
-    m_hasKeys = size > 0 || errno == EINTR; // else the terminal has gone
+    hasKeys = size > 0 || errno == EINTR; // else the terminal has gone
     return scrollsOf(QByteArray(bytes, static_cast<int>(qMax<ssize_t>(size, 0))));
 }

@@ -20,22 +20,10 @@ struct Scroll
     int pages = 0;
 };
 
-/// Uses the terminal's second screen while it lives, so that the previous content comes back: also when a signal stops
-/// or ends the process.
-class FullScreen
-{
-public:
-    FullScreen() = default;
-    ~FullScreen();
-    FullScreen(const FullScreen &) = delete;
-    FullScreen &operator=(const FullScreen &) = delete;
-
-    ScreenSize size() const;
-    /// Replaces the whole content, unless the terminal is another process's now. The lines must fit the size.
-    void draw(const QStringList &lines);
-    /// Waits for keys, no longer than `ms`. The key q does what Ctrl-C does.
-    QList<Scroll> keys(int ms);
-
-private:
-    bool m_hasKeys = false; ///< stdin is a terminal, too
-};
+ScreenSize screenSize();
+/// Replaces the whole content of the terminal's second screen, unless the terminal is another process's now. The lines
+/// must fit the size. leaveTerminal() brings the previous content back, and so does a signal that stops or ends the
+/// process.
+void drawScreen(const QStringList &lines);
+/// Waits for keys, no longer than `ms`. The key q does what Ctrl-C does.
+QList<Scroll> screenKeys(int ms);

@@ -59,8 +59,7 @@ void Trace::request(const QByteArray &bytes) const
 {
     if (!m_output)
         return;
-    comment(frameText(bytes, m_remote ? FrameKind::Remote : FrameKind::Request).summary());
-    frame('I', bytes);
+    frame('I', bytes, frameText(bytes, m_remote ? FrameKind::Remote : FrameKind::Request).summary());
 }
 
 void Trace::reply(const QByteArray &bytes, const QString &remark) const
@@ -70,8 +69,7 @@ void Trace::reply(const QByteArray &bytes, const QString &remark) const
     // The replies of remote peers do not say what they hold.
     const QString meaning =
         m_remote ? filled("reply, %1 bytes", bytes.size()) : frameText(bytes, FrameKind::Reply).summary();
-    comment(remark.isEmpty() ? meaning : filled("%1 (%2)", meaning, remark));
-    frame('O', bytes);
+    frame('O', bytes, remark.isEmpty() ? meaning : filled("%1 (%2)", meaning, remark));
 }
 
 void Trace::comment(const QString &text) const
@@ -80,7 +78,8 @@ void Trace::comment(const QString &text) const
         m_output->write("# " + printable(text).toUtf8());
 }
 
-void Trace::frame(char direction, const QByteArray &bytes) const
+void Trace::frame(char direction, const QByteArray &bytes, const QString &meaning) const
 {
+    comment(meaning);
     m_output->write(direction + (' ' + timeText()) + "\n000000 " + bytes.toHex(' ') + '\n');
 }

@@ -41,7 +41,7 @@ public:
     void comment(const QString &text) const override;
 
 private:
-    void frame(char direction, const QByteArray &bytes) const;
+    void frame(char direction, const QByteArray &bytes, const QString &meaning) const;
 
     std::unique_ptr<LineOutput> m_output; ///< null: no trace
     bool m_remote = false;
