@@ -95,7 +95,7 @@ QList<FrameKind> kindsAskedFor(const CommandLine &line)
     return kinds;
 }
 
-/// The kinds that the options ask for, else those that the frame may be, of which a trace tells one by the direction.
+/// The kinds that the options ask for, else those that the frame may be, of which a trace tells one.
 QList<FrameKind> kindsToShow(const CommandLine &line, const QByteArray &frame,
                              std::optional<FrameKind> direction)
 {

@@ -50,7 +50,7 @@ void leave(int waitMs)
         (void)!write(STDOUT_FILENO, leaveScreen, sizeof leaveScreen - 1);
 }
 
-/// A write that waits for a reader goes on into /dev/null. Comes again as SIGALRM, in case the reader stops later.
+/// A write that waits for a reader goes on into /dev/null. Comes again, as SIGALRM, for one that waits later.
 void interrupt(int signal)
 {
     const int error = errno;
