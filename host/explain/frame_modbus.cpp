@@ -79,10 +79,7 @@ QString bitsText(const QByteArray &data, int count)
 class ModbusReader : private FieldReader
 {
 public:
-    ModbusReader(const QByteArray &frame, bool isReply)
-        : FieldReader(frame), m_size(frame.size()), m_isReply(isReply)
-    {
-    }
+    ModbusReader(const QByteArray &frame, bool isReply) : FieldReader(frame), m_isReply(isReply) {}
 
     FrameText read()
     {
@@ -115,8 +112,7 @@ private:
               protocol);
         const int length = take("length", 2);
         means("%1 bytes follow", length);
-        const int body = m_size - LengthFieldEnd;
-        check(length == body, "the length field says %1, but %2 bytes follow it", length, body);
+        check(length == left(), "the length field says %1, but %2 bytes follow it", length, left());
         check(length <= LongestLengthField, "a length above 254 is more than a frame holds");
         const int unit = take("unit", 1);
         if (unit == 0)
@@ -197,18 +193,18 @@ private:
     /// One field for each register or byte of bits. `sign` stands before their addresses.
     void data(int size, int quantity, int first, const char *sign)
     {
-        const int bytesEach = m_function.isOfBits() ? 1 : 2;
-        const int each = m_function.isOfBits() ? 8 : 1;
+        const bool isOfBits = m_function.isOfBits();
+        const int bytesEach = isOfBits ? 1 : 2;
+        const int each = isOfBits ? 8 : 1;
         QByteArray all;
         for (int i = 0; (i + 1) * bytesEach <= size && !isAtEnd(); ++i) {
             const int count = qBound(1, quantity - i * each, each);
             const QString where = range(first + i * each, count);
             const QByteArray bytes = takeBytes(filled("%1 %2%3", noun(count), sign, where), bytesEach);
-            means("%1", m_function.isOfBits() ? bitsText(bytes, count) : registerText(bytes));
+            means("%1", isOfBits ? bitsText(bytes, count) : registerText(bytes));
             all += bytes;
         }
-        m_meaning +=
-            QStringLiteral(": ") + (m_function.isOfBits() ? bitsText(all, quantity) : registersText(all));
+        m_meaning += QStringLiteral(": ") + (isOfBits ? bitsText(all, quantity) : registersText(all));
     }
 
     void unknown()
@@ -234,7 +230,6 @@ private:
         return asText(m_function.isOfBits() ? "bit" : "register") + asText(count == 1 ? "" : "s");
     }
 
-    const int m_size;
     const bool m_isReply;
     Function m_function = {};
     QString m_meaning; ///< behind the unit

@@ -25,13 +25,6 @@ QString lengthText(int access, int area, int count)
     return filled(format, count, count == 1 ? "" : "s");
 }
 
-QString addressText(int area, int address)
-{
-    if (isBitOfRegister(area))
-        return filled("%1, bit %2 of register %3", address, address & (BitsOfRegister - 1), address >> 4);
-    return asText(address);
-}
-
 /// The sum that closes the frame: of all bytes before it, modulo 256.
 int sumDue(const QByteArray &frame)
 {
@@ -59,7 +52,8 @@ FrameText remoteText(const QByteArray &frame)
     reader.check(area <= AreaHoldingPairs, "there is no area %1", area);
     reader.check(access != AccessRead || isBitArea(area), "only areas 0 and 1 are read in this form");
     const int address = reader.take("start address", 4);
-    reader.means("%1", addressText(area, address));
+    if (isBitOfRegister(area))
+        reader.means("%1, bit %2 of register %3", address, address & (BitsOfRegister - 1), address >> 4);
     const QString length = lengthText(access, area, reader.take("length", 2));
     reader.means("%1", length);
     reader.take("sub-index", 4);
