@@ -146,7 +146,7 @@ void fuzzConnection(const quint8 *bytes, std::size_t size)
     options.waitsForLink = script.flag();
 
     const DriverLibrary driver = linkedDriver();
-    const NoTrace trace;
+    const LinkTrace trace;
     Checks checks(&script, &link, connection);
     CommunicationLoop loop(driver, settings, connection, options, trace, checks);
     loop.start();

@@ -77,7 +77,7 @@ TEST(HostThreads, SnapshotsAndWritesMeetTheCommunication)
     connection.host = QStringLiteral("127.0.0.1");
     connection.port = station.port();
     connection.timeoutMs = 60000;
-    const NoTrace trace;
+    const LinkTrace trace;
     PanelState state(*driver, polled);
     CommunicationLoop loop(*driver, settings, connection, LoopOptions(), trace, state);
     loop.start();

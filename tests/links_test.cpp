@@ -145,7 +145,7 @@ ConnectionOptions optionsFor(int port, int timeoutMs)
     return options;
 }
 
-const NoTrace noTrace;
+const LinkTrace noTrace;
 const std::atomic<bool> never{false};
 
 void tryHost(const Row &row, AfterTimeout policy, bool echoes)

@@ -18,7 +18,7 @@ QString measuredText(const Variable &variable, const QByteArray &bytes)
 
 QString linkText(const PanelSnapshot &now)
 {
-    if (now.link == LinkState::Up || now.link == LinkState::Waiting)
+    if (now.link == LinkState::Up)
         return asText(now.numbers == TransactionNumbers::NotEchoed
                           ? "up, the station echoes no transaction numbers"
                           : "up");

@@ -34,7 +34,6 @@ public:
     /// comment. False, with one line in *error, when that cannot be opened.
     bool open(const QString &path, const QString &peer, bool remote, QString *error);
 
-    bool isOn() const override { return m_output != nullptr; }
     void request(const QByteArray &frame) const override;
     void reply(const QByteArray &frame, const QString &remark) const override;
     /// The import passes over it.

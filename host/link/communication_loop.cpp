@@ -31,8 +31,9 @@ bool isUnanswered(const Exchange &exchange)
 CommunicationLoop::CommunicationLoop(const DriverLibrary &driver, CommSettings &settings,
                                      const ConnectionOptions &connection, const LoopOptions &options,
                                      const LinkTrace &trace, LoopObserver &observer)
-    : m_driver(driver), m_settings(settings), m_connectionOptions(connection), m_options(options),
-      m_trace(trace), m_observer(observer), m_units(options.offAfter, options.retryOffMs)
+    : m_driver(driver), m_settings(settings), m_options(options), m_observer(observer),
+      m_connection(connection, trace, m_stop), m_units(options.offAfter, options.retryOffMs),
+      m_passEnd(options.everyMs)
 {
     m_clock.start();
 }
@@ -56,16 +57,13 @@ void CommunicationLoop::stop()
 
 void CommunicationLoop::run()
 {
-    Connection connection(m_connectionOptions, m_trace, m_stop);
-    m_connection = &connection;
     running = this;
     if (!openLink())
         m_stop = true;
-    m_passStartMs = m_clock.elapsed();
+    m_passEnd = Deadline(m_options.everyMs);
     while (!m_stop)
         communicate();
     running = nullptr;
-    m_connection = nullptr;
     m_observer.loopEnded();
 }
 
@@ -73,13 +71,13 @@ void CommunicationLoop::run()
 bool CommunicationLoop::openLink()
 {
     for (;;) {
-        const bool isOpen = m_connection->open();
+        const bool isOpen = m_connection.open();
         reportLink();
         if (isOpen || m_stop || !m_options.waitsForLink)
             return isOpen;
-        rest(m_clock.elapsed() + pauseMs);
-        if (m_clock.elapsed() >= m_passStartMs + m_options.everyMs) {
-            m_passStartMs = m_clock.elapsed();
+        m_connection.pause(Deadline(pauseMs));
+        if (m_passEnd.isOver()) {
+            m_passEnd = Deadline(m_options.everyMs);
             m_observer.passEnded();
         }
     }
@@ -87,7 +85,7 @@ bool CommunicationLoop::openLink()
 
 void CommunicationLoop::reportLink()
 {
-    m_observer.linkIs(m_connection->state(), m_connection->cause(), m_connection->numbers());
+    m_observer.linkIs(m_connection.state(), m_connection.cause(), m_connection.numbers());
 }
 
 /// One call of the driver's cycle, with the exchange that it asks for.
@@ -109,7 +107,7 @@ void CommunicationLoop::communicate()
 void CommunicationLoop::serve(const Protocol &request)
 {
     const Protocol asked = request; // the driver's record may end with handReply
-    const Exchange exchange = m_connection->exchange(asked);
+    const Exchange exchange = m_connection.exchange(asked);
     const bool isUnsentRetry = m_isRetry && exchange.end == Exchange::NotSent;
     const int status = handBack(asked, exchange);
     m_isRetry = status == StatusRetry;
@@ -171,8 +169,8 @@ void CommunicationLoop::nextPass()
         m_stop = true;
         return;
     }
-    rest(m_passStartMs + m_options.everyMs);
-    m_passStartMs = m_clock.elapsed();
+    m_connection.pause(m_passEnd);
+    m_passEnd = Deadline(m_options.everyMs);
 }
 
 /// A first "nothing to send" may only end a burst of writes; so the driver is asked again at once.
@@ -184,12 +182,5 @@ void CommunicationLoop::idle()
         m_pass.restart();
         nextPass();
     }
-    rest(m_clock.elapsed() + pauseMs);
-}
-
-void CommunicationLoop::rest(qint64 untilMs)
-{
-    const qint64 left = untilMs - m_clock.elapsed();
-    if (left > 0)
-        m_connection->pause(static_cast<int>(left));
+    m_connection.pause(Deadline(pauseMs));
 }

@@ -52,25 +52,22 @@ private:
     void switchUnit(int unit, bool on);
     void nextPass();
     void idle();
-    void rest(qint64 untilMs);
 
     const DriverLibrary &m_driver;
     CommSettings &m_settings;
-    const ConnectionOptions m_connectionOptions;
     const LoopOptions m_options;
-    const LinkTrace &m_trace;
     LoopObserver &m_observer;
 
     std::thread m_thread;
     std::atomic<bool> m_stop{false};
 
     // The members below belong to the communication thread.
-    Connection *m_connection = nullptr;
+    Connection m_connection;
     QElapsedTimer m_clock;
     UnitSwitch m_units;
     PollPass m_pass;
     int m_passes = 0;
-    qint64 m_passStartMs = 0;
+    Deadline m_passEnd;       ///< the next pass starts no sooner
     bool m_isRetry = false;   ///< the driver will hand the same request out again
     Exchange m_lastSent;      ///< of the request that is tried again
     bool m_hasPolled = false; ///< there is a poll list

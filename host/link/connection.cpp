@@ -35,34 +35,24 @@ bool Connection::open()
     if (state() != LinkState::Connecting)
         return isOpen();
     LinkCause cause = m_socket.connectTo(m_options.host, m_options.port, m_options.timeoutMs);
-    if (cause == LinkCause::Stopped)
-        return false;
-    if (cause != LinkCause::None) {
-        dropConnection(cause);
-        return false;
+    if (cause == LinkCause::None) {
+        m_link.opened(m_clock.elapsed());
+        ++m_timesOpened;
+        m_replies.clear();
+        m_trace.comment(QStringLiteral("connected to %1:%2").arg(m_options.host).arg(m_options.port));
+        if (!m_replies.numbers().areEchoed())
+            cause = listenUntilQuiet(m_options.quietMs);
     }
-    m_link.opened(m_clock.elapsed());
-    ++m_timesOpened;
-    m_replies.clear();
-    m_trace.comment(QStringLiteral("connected to %1:%2").arg(m_options.host).arg(m_options.port));
-    if (m_replies.areNumbersEchoed())
-        return true;
-    cause = listenUntilQuiet(m_options.quietMs);
     if (cause != LinkCause::None && cause != LinkCause::Stopped)
         dropConnection(cause);
     return isOpen();
-}
-
-bool Connection::isOpen()
-{
-    return state() != LinkState::Connecting && state() != LinkState::BackingOff;
 }
 
 Exchange Connection::exchange(const Protocol &request)
 {
     Exchange exchange;
     exchange.before.unit = m_lastUnit;
-    keepGap();
+    pause(m_gap);
     QElapsedTimer timer;
     timer.start();
     const bool isInStep = m_drainDue == LinkCause::None;
@@ -84,15 +74,8 @@ Exchange Connection::exchange(const Protocol &request)
     m_silentInRow = isSilent ? m_silentInRow + 1 : 0;
     recoverFrom(exchange.cause == LinkCause::None ? m_doubt : exchange.cause);
     m_doubt = LinkCause::None;
-    m_lastEndMs = m_clock.elapsed();
+    m_gap = Deadline(m_options.gapMs);
     return exchange;
-}
-
-void Connection::keepGap() const
-{
-    const qint64 left = m_lastEndMs < 0 ? 0 : m_lastEndMs + m_options.gapMs - m_clock.elapsed();
-    if (left > 0)
-        m_socket.pause(Deadline(static_cast<int>(left)));
 }
 
 /// Opens the link, and waits out back-offs that are short enough. False when the request cannot be sent.
@@ -136,7 +119,7 @@ LinkCause Connection::findUnaskedReplies()
         return cause;
     if (m_replies.isCut())
         return LinkCause::CutOff;
-    const bool isInStep = found == ReplyStream::Nothing || m_replies.areNumbersEchoed();
+    const bool isInStep = found == ReplyStream::Nothing || m_replies.numbers().areEchoed();
     return isInStep ? LinkCause::None : LinkCause::Unasked;
 }
 
@@ -148,8 +131,7 @@ void Connection::drain(LinkCause cause)
     if (end == LinkCause::Stopped)
         return;
     if (end != LinkCause::None || !m_replies.hasLate())
-        return dropConnection(end == LinkCause::None ? cause : end);
-    m_link.keptUp();
+        dropConnection(end == LinkCause::None ? cause : end);
 }
 
 /// Sends the request and fills in the exchange. Returns what went wrong.
@@ -166,7 +148,6 @@ LinkCause Connection::transact(const Protocol &request, Exchange *exchange)
         listenAfterBroadcast();
         return LinkCause::None;
     }
-    m_link.sent();
     return awaitReply(request, exchange);
 }
 
@@ -175,11 +156,11 @@ LinkCause Connection::awaitReply(const Protocol &request, Exchange *exchange)
     const Deadline deadline(m_options.timeoutMs);
     for (;;) {
         ReplyFault fault = ReplyFault::None;
-        switch (m_replies.take(&exchange->reply, &fault)) {
+        const ReplyStream::Found found = m_replies.take(&exchange->reply, &fault);
+        switch (found) {
         case ReplyStream::Answer:
-            return judge(request, exchange);
         case ReplyStream::Unnumbered:
-            return confirm(request, exchange);
+            return judge(request, exchange, found == ReplyStream::Answer);
         case ReplyStream::BadHeader:
             exchange->fault = fault;
             return LinkCause::BadHeader;
@@ -206,16 +187,17 @@ LinkCause Connection::causeOfNoReply(LinkCause cause, Exchange *exchange)
     return exchange->fault == ReplyFault::None ? LinkCause::Silent : LinkCause::HeldBack;
 }
 
-LinkCause Connection::judge(const Protocol &request, Exchange *exchange)
+LinkCause Connection::judge(const Protocol &request, Exchange *exchange, bool isNumbered)
 {
     const ReplyFault fault = m_options.remote ? ReplyFault::None : checkReply(request.frame, exchange->reply);
-    return fault == ReplyFault::None ? accept(exchange) : holdBack(fault, exchange);
+    if (fault != ReplyFault::None)
+        return holdBack(fault, exchange);
+    return isNumbered ? accept(exchange) : confirm(request, exchange);
 }
 
 LinkCause Connection::accept(Exchange *exchange)
 {
-    if (m_trace.isOn())
-        m_trace.reply(m_replies.asReceived(exchange->reply), QString());
+    m_trace.reply(m_replies.asReceived(exchange->reply), QString());
     exchange->end = Exchange::Answered;
     exchange->fault = ReplyFault::None;
     m_link.answered(m_clock.elapsed());
@@ -237,49 +219,46 @@ LinkCause Connection::holdBack(ReplyFault fault, Exchange *exchange)
 /// reply that is sent twice by its copy.
 LinkCause Connection::confirm(const Protocol &request, Exchange *exchange)
 {
-    const ReplyFault fault = m_options.remote ? ReplyFault::None : checkReply(request.frame, exchange->reply);
-    if (fault != ReplyFault::None)
-        return holdBack(fault, exchange);
     FloodWatch flood(m_options.quietMs);
     LinkCause cause = LinkCause::None;
-    bool isAnswered = false;
-    while (cause == LinkCause::None && !isAnswered) {
-        cause = takeWhatFollows(exchange, &isAnswered);
-        if (cause == LinkCause::None && !isAnswered)
+    while (cause == LinkCause::None) {
+        if (takeAnswerBehind(exchange, &cause))
+            return judge(request, exchange, true);
+        if (cause == LinkCause::None)
             cause = flood.isFloodNow() ? LinkCause(LinkCause::Flood)
                                        : m_replies.receive(Deadline(m_options.quietMs));
     }
-    if (isAnswered)
-        return judge(request, exchange);
     if (cause != LinkCause::Silent && cause != LinkCause::Closed)
         return cause;
     if (m_replies.isCut())
         return holdBack(ReplyFault::Ambiguous, exchange);
-    m_replies.noteZeroAccepted();
+    m_replies.numbers().noteZeroAccepted();
     return accept(exchange);
 }
 
 /// Takes the replies behind one without a number. Copies of it put only the stream in doubt; a reply with the current
-/// number takes its place.
-LinkCause Connection::takeWhatFollows(Exchange *exchange, bool *isAnswered)
+/// number takes its place: true. *cause tells of anything else.
+bool Connection::takeAnswerBehind(Exchange *exchange, LinkCause *cause)
 {
     QByteArray other;
     for (;;) {
         switch (m_replies.take(&other, &exchange->fault)) {
         case ReplyStream::Nothing:
-            return LinkCause::None;
+            return false;
         case ReplyStream::BadHeader:
-            return LinkCause::BadHeader;
+            *cause = LinkCause::BadHeader;
+            return false;
         case ReplyStream::Answer:
             m_replies.discard(exchange->reply);
             exchange->reply = other;
-            *isAnswered = true;
-            return LinkCause::None;
+            return true;
         default:
             m_replies.discard(other);
-            if (other != exchange->reply)
-                return holdBack(ReplyFault::Ambiguous, exchange);
             m_doubt = LinkCause::Unasked;
+            if (other == exchange->reply)
+                continue;
+            *cause = holdBack(ReplyFault::Ambiguous, exchange);
+            return false;
         }
     }
 }
@@ -287,10 +266,8 @@ LinkCause Connection::takeWhatFollows(Exchange *exchange, bool *isAnswered)
 /// A broadcast has no reply. What comes all the same is thrown away before it could look like the next answer.
 void Connection::listenAfterBroadcast()
 {
-    const LinkCause cause = listenUntilQuiet(qMax(turnaroundMs, m_options.gapMs));
-    if (cause != LinkCause::None)
-        m_doubt = cause;
-    else if (m_replies.hasLate() && !m_replies.areNumbersEchoed())
+    m_doubt = listenUntilQuiet(qMax(turnaroundMs, m_options.gapMs));
+    if (m_doubt == LinkCause::None && m_replies.hasLate() && !m_replies.numbers().areEchoed())
         m_doubt = LinkCause::Unasked;
 }
 
@@ -314,24 +291,20 @@ LinkCause Connection::listenUntilQuiet(int quietMs)
 /// Carries out what recovery.h decides.
 void Connection::recoverFrom(LinkCause cause)
 {
-    m_replies.endWait();
+    m_replies.numbers().endWait();
     if (cause == LinkCause::None)
         return;
     const QString rest = m_replies.restText();
     m_trace.comment(rest.isEmpty() ? linkCauseText(cause)
                                    : QStringLiteral("%1: %2").arg(linkCauseText(cause), rest));
-    StreamFacts facts = {m_options.afterTimeout, m_replies.areNumbersEchoed(), m_silentInRow};
+    StreamFacts facts = {m_options.afterTimeout, m_replies.numbers().areEchoed(), m_silentInRow};
     if (m_options.isSilenceUsual)
         facts = {m_options.afterTimeout, numbers() != TransactionNumbers::NotEchoed, 0};
-    switch (recoveryAfter(cause, facts)) {
-    case Recovery::None:
-        return m_link.keptUp();
-    case Recovery::Drain:
+    const Recovery recovery = recoveryAfter(cause, facts);
+    if (recovery == Recovery::Drain)
         m_drainDue = cause;
-        return;
-    case Recovery::Drop:
+    else if (recovery == Recovery::Drop)
         dropConnection(cause);
-    }
 }
 
 void Connection::dropConnection(const LinkCause &cause)

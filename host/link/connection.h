@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The link to the station: sends one request and waits for its reply. Made, used and destroyed on the communication
-/// thread.
+/// The link to the station: sends one request and waits for its reply. Used on the communication thread.
 ///
 /// Each request gets a transaction number in the connection's own copy of the frame; the reply is handed on with 0 as the
 /// driver sent it. So a late reply is thrown away and the connection kept. A station that does not echo numbers is
@@ -39,18 +38,17 @@ public:
     /// when it cannot be opened, or while it is backing off.
     bool open();
     /// For a host with nothing to send.
-    void pause(int ms) const { m_socket.pause(Deadline(ms)); }
+    void pause(const Deadline &until) const { m_socket.pause(until); }
     /// Sends the request, once the link is open and in step, and waits for its reply.
     Exchange exchange(const Protocol &request);
 
     LinkState::State state() { return m_link.at(m_clock.elapsed()); }
     LinkCause cause() const { return m_link.cause(); }
-    TransactionNumbers::Habit numbers() const { return m_replies.habit(); }
+    TransactionNumbers::Habit numbers() { return m_replies.numbers().habit(); }
 
 private:
-    void keepGap() const;
     bool waitForLink();
-    bool isOpen();
+    bool isOpen() { return state() == LinkState::Up; }
 
     void resynchronise();
     LinkCause findUnaskedReplies();
@@ -58,9 +56,9 @@ private:
 
     LinkCause transact(const Protocol &request, Exchange *exchange);
     LinkCause awaitReply(const Protocol &request, Exchange *exchange);
-    LinkCause judge(const Protocol &request, Exchange *exchange);
+    LinkCause judge(const Protocol &request, Exchange *exchange, bool isNumbered);
     LinkCause confirm(const Protocol &request, Exchange *exchange);
-    LinkCause takeWhatFollows(Exchange *exchange, bool *isAnswered);
+    bool takeAnswerBehind(Exchange *exchange, LinkCause *cause);
     LinkCause accept(Exchange *exchange);
     LinkCause holdBack(ReplyFault fault, Exchange *exchange);
     LinkCause causeOfNoReply(LinkCause cause, Exchange *exchange);
@@ -78,7 +76,7 @@ private:
     LinkCause m_drainDue = LinkCause::None; ///< what put the stream in doubt that is to be drained
     LinkCause m_doubt = LinkCause::None;    ///< of an exchange that was answered all the same
     QElapsedTimer m_clock;
-    qint64 m_lastEndMs = -1; ///< of the previous exchange
+    Deadline m_gap{0}; ///< after the previous exchange
     int m_lastUnit = -1;
     int m_timesOpened = 0;
     int m_silentInRow = 0;

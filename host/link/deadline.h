@@ -18,8 +18,6 @@ public:
         return left > 0 ? static_cast<int>(left) : 0;
     }
     bool isOver() const { return left() == 0; }
-    /// The same time again, from now on.
-    void restart() { m_timer.start(); }
 
 private:
     qint64 m_ms;

@@ -4,6 +4,8 @@
 
 #pragma once
 
+#include <initializer_list>
+
 enum ExceptionCode {
     ExceptionIllegalFunction = 1,
     ExceptionIllegalAddress = 2,
@@ -19,15 +21,10 @@ enum ExceptionCode {
 /// Whether a write that was answered by this exception may have been carried out, in part or later.
 inline bool isWriteInDoubt(int exception)
 {
-    switch (exception) {
-    case ExceptionIllegalFunction:
-    case ExceptionIllegalAddress:
-    case ExceptionIllegalValue:
-    case ExceptionBusy:
-    case ExceptionMemoryParity:
-    case ExceptionGatewayPath:
-        return false;
-    default:
-        return true;
+    for (int refusal : {ExceptionIllegalFunction, ExceptionIllegalAddress, ExceptionIllegalValue,
+                        ExceptionBusy, ExceptionMemoryParity, ExceptionGatewayPath}) {
+        if (exception == refusal)
+            return false;
     }
+    return true;
 }

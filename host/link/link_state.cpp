@@ -15,14 +15,8 @@ void LinkState::opened(qint64 nowMs)
     m_openedAtMs = nowMs;
 }
 
-void LinkState::sent()
-{
-    m_state = Waiting;
-}
-
 void LinkState::answered(qint64 nowMs)
 {
-    m_state = Up;
     m_hasAnswered = true;
     if (nowMs - m_openedAtMs < m_times.provenMs)
         return;
@@ -30,35 +24,21 @@ void LinkState::answered(qint64 nowMs)
     m_hasFreeReopening = true;
 }
 
-void LinkState::keptUp()
-{
-    m_state = Up;
-}
-
 void LinkState::lost(LinkCause cause, qint64 nowMs)
 {
     m_cause = cause;
+    const bool wasOpen = m_state == Up;
     const bool tookTimeOut = cause == LinkCause::Silent || cause == LinkCause::CutOff;
-    if (m_state == Connecting)
-        return backOffLonger(nowMs);
-    if (m_hasFreeReopening) {
+    if (wasOpen && m_hasFreeReopening) {
         m_hasFreeReopening = false;
         m_state = Connecting;
         return;
     }
-    if (tookTimeOut || m_hasAnswered)
-        return backOff(m_openedAtMs + m_times.floorMs);
-    backOffLonger(nowMs);
-}
-
-void LinkState::backOff(qint64 untilMs)
-{
     m_state = BackingOff;
-    m_retryAtMs = untilMs;
-}
-
-void LinkState::backOffLonger(qint64 nowMs)
-{
-    backOff(nowMs + m_delayMs);
+    if (wasOpen && (tookTimeOut || m_hasAnswered)) {
+        m_retryAtMs = m_openedAtMs + m_times.floorMs;
+        return;
+    }
+    m_retryAtMs = nowMs + m_delayMs;
     m_delayMs = qMin(2 * m_delayMs, m_times.longestMs);
 }

@@ -6,12 +6,9 @@
 ///     state        event                                    next
 ///     Connecting   opened                                   Up
 ///     Connecting   lost (refused, no route, no answer)      BackingOff, each time twice as long, up to the longest
-///     Up           sent                                     Waiting
-///     Waiting      answered                                 Up
-///     Waiting      keptUp (no reply, but still in step)     Up
-///     Up, Waiting  lost for the first time                  Connecting: a first reopening costs nothing
-///     Up, Waiting  lost after a time-out or an answer       BackingOff until the floor: opened again no more often
-///     Up, Waiting  lost otherwise                           BackingOff, each time twice as long
+///     Up           lost for the first time                  Connecting: a first reopening costs nothing
+///     Up           lost after a time-out or an answer       BackingOff until the floor: opened again no more often
+///     Up           lost otherwise                           BackingOff, each time twice as long
 ///     BackingOff   its delay is over                        Connecting
 ///
 /// An answer on a connection that is open for long enough proves the link: delays and the free reopening start anew.
@@ -31,7 +28,7 @@ struct BackOffTimes
 class LinkState
 {
 public:
-    enum State { Connecting, Up, Waiting, BackingOff };
+    enum State { Connecting, Up, BackingOff };
 
     explicit LinkState(BackOffTimes times = {}) : m_times(times), m_delayMs(times.firstMs) {}
 
@@ -43,15 +40,10 @@ public:
     LinkCause cause() const { return m_cause; }
 
     void opened(qint64 nowMs);
-    void sent();
     void answered(qint64 nowMs);
-    void keptUp();
     void lost(LinkCause cause, qint64 nowMs);
 
 private:
-    void backOff(qint64 untilMs);
-    void backOffLonger(qint64 nowMs);
-
     BackOffTimes m_times;
     State m_state = Connecting;
     LinkCause m_cause = LinkCause::None;

@@ -131,10 +131,3 @@ QString ReplyStream::restText() const
 {
     return QString::fromLatin1(m_framing.rest().left(MostShown).toHex(' '));
 }
-
-QList<int> ReplyStream::takeLateUnits()
-{
-    QList<int> units;
-    units.swap(m_lateUnits);
-    return units;
-}

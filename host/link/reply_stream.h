@@ -15,6 +15,8 @@
 
 #include <QtCore/QList>
 
+#include <utility>
+
 class ReplyStream
 {
 public:
@@ -33,8 +35,6 @@ public:
     void clear();
     /// The bytes to send: the frame with a number of its own. Its reply becomes the one that is waited for.
     QByteArray expectReplyTo(const Protocol &request);
-    /// Nobody waits for the current request's reply any more.
-    void endWait() { m_numbers.endWait(); }
 
     /// Waits for more bytes: Silent without any, Flood when they are too many.
     LinkCause receive(const Deadline &deadline);
@@ -48,9 +48,7 @@ public:
     /// when a reply was among them that its number did not excuse, else Nothing.
     Found discardAll();
 
-    void noteZeroAccepted() { m_numbers.noteZeroAccepted(); }
-    TransactionNumbers::Habit habit() const { return m_numbers.habit(); }
-    bool areNumbersEchoed() const { return m_numbers.areEchoed(); }
+    TransactionNumbers &numbers() { return m_numbers; }
 
     /// The begin of a reply is there.
     bool isCut() const { return !m_framing.isEmpty(); }
@@ -60,7 +58,7 @@ public:
     int bytesReceived() const { return m_bytesReceived; }
     bool hasLate() const { return !m_lateUnits.isEmpty(); }
     /// The units of the replies that were thrown away since the last call; -1 where the frame names none.
-    QList<int> takeLateUnits();
+    QList<int> takeLateUnits() { return std::exchange(m_lateUnits, {}); }
 
 private:
     bool isBroadcastEcho(const QByteArray &reply);

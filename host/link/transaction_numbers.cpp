@@ -20,7 +20,8 @@ TransactionNumbers::Kind TransactionNumbers::take(quint16 number)
 {
     if (number == 0)
         return Zero;
-    if (!isOld(number))
+    const int age = (m_last - number + Numbers) % Numbers; // in requests
+    if (age >= m_given)
         return Foreign;
     if (number != m_last || !m_isWaiting)
         return Old;
@@ -34,11 +35,4 @@ void TransactionNumbers::noteZeroAccepted()
     if (m_habit == Unknown)
         m_habit = NotEchoed;
     m_isWaiting = false;
-}
-
-/// Any number that was given to a request, the last one included.
-bool TransactionNumbers::isOld(quint16 number) const
-{
-    const int age = (m_last - number + Numbers) % Numbers; // in requests
-    return age < m_given;
 }

@@ -37,8 +37,6 @@ public:
     bool areEchoed() const { return m_habit == Echoed; }
 
 private:
-    bool isOld(quint16 number) const;
-
     quint16 m_last;
     int m_given = 0; ///< numbers given so far, at most as many as are remembered
     bool m_isWaiting = false;

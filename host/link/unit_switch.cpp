@@ -7,7 +7,6 @@ bool UnitSwitch::gaveUp(int unit, qint64 nowMs)
     ++record.failures;
     if (m_offAfter < 1 || record.failures < m_offAfter)
         return false;
-    record.isOff = true;
     record.retryAtMs = nowMs + m_retryMs;
     return true;
 }
@@ -16,9 +15,9 @@ QList<int> UnitSwitch::due(qint64 nowMs)
 {
     QList<int> units;
     for (auto &[unit, record] : m_units) {
-        if (!record.isOff || nowMs < record.retryAtMs)
+        if (record.retryAtMs < 0 || nowMs < record.retryAtMs)
             continue;
-        record.isOff = false; // its failures still count: the next one switches it off again
+        record.retryAtMs = -1; // its failures still count: the next one switches it off again
         units << unit;
     }
     return units;

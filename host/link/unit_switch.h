@@ -26,8 +26,7 @@ private:
     struct Record
     {
         int failures = 0;
-        bool isOff = false;
-        qint64 retryAtMs = 0;
+        qint64 retryAtMs = -1; ///< -1: it is on
     };
 
     int m_offAfter;
