@@ -3,6 +3,7 @@
 
 #include <cerrno>
 
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -14,12 +15,16 @@ const int sliceMs = 50; // between two looks at the stop
 
 LinkCause causeOf(int error)
 {
-    if (error == 0)
+    switch (error) {
+    case 0:
         return LinkCause::None;
-    if (error == ECONNREFUSED)
+    case ECONNREFUSED:
         return LinkCause::Refused;
-    const bool hasNoRoute = error == EHOSTUNREACH || error == ENETUNREACH;
-    return hasNoRoute ? LinkCause(LinkCause::NoRoute) : LinkCause(LinkCause::NotOpened, error);
+    case EHOSTUNREACH:
+    case ENETUNREACH:
+        return LinkCause::NoRoute;
+    }
+    return LinkCause(LinkCause::NotOpened, error);
 }
 
 } // namespace
@@ -46,9 +51,10 @@ LinkCause TcpSocket::connectTo(const SocketAddress &address, const Deadline &dea
         return causeOf(errno);
     const int on = 1;
     setsockopt(m_descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    const auto *const peer = reinterpret_cast<const sockaddr *>(&address.bytes);
-    int error = connect(m_descriptor, peer, address.size) == 0 ? 0 : errno;
+    int error = 0;
     LinkCause cause;
+    if (connect(m_descriptor, reinterpret_cast<const sockaddr *>(&address.bytes), address.size) != 0)
+        error = errno;
     if (error == EINPROGRESS) {
         cause = waitFor(POLLOUT, deadline);
         socklen_t size = sizeof error;
@@ -56,9 +62,20 @@ LinkCause TcpSocket::connectTo(const SocketAddress &address, const Deadline &dea
     }
     if (cause == LinkCause::None)
         cause = causeOf(error);
-    if (cause != LinkCause::None)
+    if (cause == LinkCause::None)
+        letCallsWait();
+    else
         close();
     return cause;
+}
+
+/// From now on send and recv wait by themselves, a slice at a time.
+void TcpSocket::letCallsWait() const
+{
+    const timeval slice = {0, sliceMs * 1000};
+    setsockopt(m_descriptor, SOL_SOCKET, SO_RCVTIMEO, &slice, sizeof slice);
+    setsockopt(m_descriptor, SOL_SOCKET, SO_SNDTIMEO, &slice, sizeof slice);
+    fcntl(m_descriptor, F_SETFL, fcntl(m_descriptor, F_GETFL) & ~O_NONBLOCK);
 }
 
 LinkCause TcpSocket::send(const char *bytes, int size, const Deadline &deadline)
@@ -70,24 +87,37 @@ LinkCause TcpSocket::send(const char *bytes, int size, const Deadline &deadline)
             size -= static_cast<int>(sent);
             continue;
         }
-        const LinkCause cause = errno == EAGAIN ? waitFor(POLLOUT, deadline) : LinkCause(LinkCause::Closed);
-        if (cause != LinkCause::None)
-            return cause == LinkCause::Silent ? LinkCause(LinkCause::Congested) : cause;
+        if (errno != EAGAIN && errno != EINTR)
+            return LinkCause::Closed;
+        if (m_stop)
+            return LinkCause::Stopped;
+        if (deadline.isOver())
+            return LinkCause::Congested;
     }
     return LinkCause::None;
 }
 
 LinkCause TcpSocket::receive(char *bytes, int most, int *received, const Deadline &deadline)
 {
-    ssize_t size = 0;
-    do {
-        const LinkCause cause = waitFor(POLLIN, deadline);
-        if (cause != LinkCause::None)
-            return cause;
-        size = recv(m_descriptor, bytes, static_cast<std::size_t>(most), 0);
-    } while (size < 0 && errno == EAGAIN);
-    *received = static_cast<int>(size);
-    return size > 0 ? LinkCause::None : LinkCause::Closed;
+    for (;;) {
+        const int left = deadline.left();
+        const bool isShort = left < sliceMs; // recv would wait too long
+        const LinkCause notReady = isShort && left > 0 ? waitFor(POLLIN, deadline) : LinkCause();
+        if (notReady != LinkCause::None)
+            return notReady;
+        const ssize_t size =
+            recv(m_descriptor, bytes, static_cast<std::size_t>(most), isShort ? MSG_DONTWAIT : 0);
+        if (size > 0) {
+            *received = static_cast<int>(size);
+            return LinkCause::None;
+        }
+        if (size == 0 || (errno != EAGAIN && errno != EINTR))
+            return LinkCause::Closed;
+        if (m_stop)
+            return LinkCause::Stopped;
+        if (left == 0)
+            return LinkCause::Silent;
+    }
 }
 
 LinkCause TcpSocket::pause(const Deadline &deadline) const

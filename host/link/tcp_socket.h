@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// \file
 /// One TCP connection. Every call that may wait has a deadline, and ends within a fraction of a second once the stop is
-/// set. A POSIX socket that is waited for by poll, a slice of time at a time. Used on the communication thread.
+/// set. A POSIX socket whose calls wait a slice of time by themselves: an exchange costs one send and two recv. Used on
+/// the communication thread.
 
 #pragma once
 
@@ -30,6 +31,7 @@ public:
 
 private:
     LinkCause connectTo(const SocketAddress &address, const Deadline &deadline);
+    void letCallsWait() const;
     LinkCause waitFor(short events, const Deadline &deadline) const;
 
     const std::atomic<bool> &m_stop;
