@@ -55,11 +55,12 @@ QStringList functions()
 
 TEST_F(Guide, ListsTheStatusCodes)
 {
-    QList<QStringList> listed = rows("| Status |");
-    ASSERT_EQ(listed.size(), 10);
-    EXPECT_EQ(listed.takeFirst().at(1).toInt(), StatusRetry);
+    const QList<QStringList> listed = rows("| Status |");
+    EXPECT_EQ(listed.size(), 10);
+    EXPECT_EQ(listed.value(0).value(1).toInt(), StatusRetry);
     for (int outcome = 0; outcome < 9; ++outcome) {
-        const QStringList codes = all("\\d+", listed.at(outcome).at(1));
+        const QStringList codes = all("\\d+", listed.value(outcome + 1).value(1));
+        ASSERT_FALSE(codes.isEmpty()) << "outcome " << outcome;
         EXPECT_EQ(codes.first().toInt(), GetDriverReturnValue(outcome));
         EXPECT_EQ(codes.last().toInt() - codes.first().toInt(), outcome % 4 ? StatusCodesOfClass - 1 : 0);
     }
