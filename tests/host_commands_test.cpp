@@ -164,6 +164,8 @@ TEST(Commands, ShowWhatWasAskedFor)
     const Row rows[] = {
         {pollCommand, "--json --passes 1 1/hr:60 2/coil:21", ExitDone,
          R"("station":"simulated station"&"link_code":"up"&"address":"1/hr:60"&"values":[60]&"state_code":"fresh")"},
+        {pollCommand, "--json --passes 2 --every 1 --retries 0 --fault refuse=60@nth=1 hr:60", ExitFailed,
+         R"("link_code":"connecting"&"link_code":"backing_off")"},
         {readCommand, "--csv hr:60*2:hex hr:61", ExitDone,
          "\n20&,simulated station,0,up,up,hr:60*2:hex,1/hr:60*2,0x003C 0x003D,,fresh,fresh,0.&,hr:61,1/hr:61,61,,fresh,fresh,0."},
         {pollCommand, "--passes 1 hr:100*125", ExitDone, "simulated station\npass 1, link up\n&  fresh  100 101 & 223 224\n"},

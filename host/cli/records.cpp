@@ -21,9 +21,9 @@ QString timeText()
     return now.toOffsetFromUtc(now.offsetFromUtc()).toString(Qt::ISODateWithMs);
 }
 
-const char *const linkCodes[] = {"connecting", "up", "up", "backing_off"}; // by LinkState::State
-const char *const stateCodes[] = {"fresh", "old", "never", "failed"};      // by ValueState::State
-const char *const numbersTexts[] = {"unknown", "echoed", "not echoed"};    // by TransactionNumbers::Habit
+const char *const linkCodes[] = {"connecting", "up", "backing_off"};    // by LinkState::State
+const char *const stateCodes[] = {"fresh", "old", "never", "failed"};   // by ValueState::State
+const char *const numbersTexts[] = {"unknown", "echoed", "not echoed"}; // by TransactionNumbers::Habit
 
 double ageSeconds(const ValueState &value, const PanelSnapshot &now)
 {
