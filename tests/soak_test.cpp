@@ -72,7 +72,7 @@ private:
     QByteArray oneOf(const QByteArray &texts)
     {
         const QList<QByteArray> all = texts.split(' ');
-        const QByteArray text = all.at(below(all.size()));
+        const QByteArray &text = all.at(below(all.size()));
         return text + (text.contains('@') ? ",every=" : "@every=") + QByteArray::number(1 + below(9));
     }
 
