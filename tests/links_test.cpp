@@ -186,7 +186,7 @@ TEST_P(ConnectionUnderPolicy, ShowsNoForeignValueAndNoWriteThatWasNotCarriedOut)
     for (const Row &row : rows) {
         for (const bool echoes : {true, false}) {
             if (echoes || row.notEchoed != Untellable)
-                tries.push_back(std::async(std::launch::async, tryHost, row, GetParam(), echoes));
+                tries.push_back(std::async(std::launch::async, &tryHost, row, GetParam(), echoes));
         }
     }
 }
@@ -198,8 +198,8 @@ TEST(ExampleLink, TakesNoReplyForAnother)
 {
     std::vector<std::future<void>> tries;
     for (const Row &row : rows)
-        tries.push_back(std::async(std::launch::async, tryExample, row, row.example, ""));
-    tries.push_back(std::async(std::launch::async, tryExample, rows[0], None, "transaction=0"));
+        tries.push_back(std::async(std::launch::async, &tryExample, row, row.example, ""));
+    tries.push_back(std::async(std::launch::async, &tryExample, rows[0], None, "transaction=0"));
 }
 
 /// What became of exchanges with unit 1 and, each time too late, with unit 2.

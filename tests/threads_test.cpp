@@ -91,8 +91,8 @@ TEST_P(Threads, PanelsAndTheCycleAgreeOnEveryValue)
         while (!panelsDone)
             serve(station, ++exchanges);
     });
-    std::thread panels[] = {std::thread(writeAndReadBack, 0, unitOf[0]), std::thread(writeAndReadBack, 1, unitOf[1]),
-                            std::thread(pollSwitchAndShow)};
+    std::thread panels[] = {std::thread(&writeAndReadBack, 0, unitOf[0]), std::thread(&writeAndReadBack, 1, unitOf[1]),
+                            std::thread(&pollSwitchAndShow)};
     for (std::thread &panel : panels)
         panel.join();
     panelsDone = true;
