@@ -3,30 +3,28 @@
 
 #include "printable.h"
 
-#include "../explain/filled.h"
-
 #include <cstdio>
 
-CommandLine::CommandLine(const QString &command, const QString &synopsis, const QString &description)
-    : m_command(command), m_synopsis(synopsis)
+CommandLine::CommandLine(const char *command, const char *synopsis, const char *description)
+    : m_command(asText(command)), m_synopsis(asText(synopsis))
 {
-    m_parser.setApplicationDescription(description);
-    m_parser.addOption(
-        {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Print this and end.")});
+    describe(description);
+    m_parser.addOption({{asText("h"), asText("help")}, asText("Print this and end.")});
 }
 
-void CommandLine::addOption(const char *name, const QString &description, const char *valueName,
+void CommandLine::describe(const char *more)
+{
+    m_parser.setApplicationDescription(m_parser.applicationDescription() + asText(more));
+}
+
+void CommandLine::addOption(const char *name, const char *description, const char *valueName,
                             const char *defaultValue)
 {
-    QCommandLineOption option(QString::fromLatin1(name), description);
-    if (valueName)
-        option.setValueName(QString::fromLatin1(valueName));
-    if (valueName && *valueName == '[')
-        m_optional << QStringLiteral("--") + QLatin1String(name);
-    if (defaultValue) {
-        option.setDefaultValue(QString::fromLatin1(defaultValue));
+    QCommandLineOption option(asText(name), asText(description), asText(valueName), asText(defaultValue));
+    if (defaultValue)
         option.setDescription(filled("%1 Default: %2.", description, defaultValue));
-    }
+    if (valueName && *valueName == '[')
+        m_optional << asText("--") + asText(name);
     m_parser.addOption(option);
 }
 
@@ -53,19 +51,12 @@ int CommandLine::number(const char *name, int lowest, int highest)
     bool ok = false;
     const int number = value(name).toInt(&ok);
     if (!ok || number < lowest || number > highest)
-        complain(filled("--%1 takes a number from %2 to %3, not \"%4\"", name, lowest, highest, value(name)));
+        complain("--%1 takes a number from %2 to %3, not \"%4\"", name, lowest, highest, value(name));
     return qBound(lowest, number, highest);
 }
 
-void CommandLine::complain(const QString &complaint)
-{
-    if (m_complaint.isEmpty())
-        m_complaint = complaint;
-}
-
-ExitCode CommandLine::fail(ExitCode code, const QString &line) const
+void CommandLine::printError(const QString &line) const
 {
     std::fflush(stdout); // what was printed before stands before
     std::fprintf(stderr, "modbus-panel %s: %s\n", qPrintable(m_command), qPrintable(printable(line)));
-    return code;
 }

@@ -6,6 +6,8 @@
 
 #include "exit_codes.h"
 
+#include "../explain/filled.h"
+
 #include <QtCore/QCommandLineParser>
 
 #include <optional>
@@ -14,11 +16,14 @@ class CommandLine
 {
 public:
     /// `synopsis` is what follows the command in the usage line; `description` ends with an example.
-    CommandLine(const QString &command, const QString &synopsis, const QString &description);
+    CommandLine(const char *command, const char *synopsis, const char *description);
+
+    /// For the end of the description.
+    void describe(const char *more);
 
     /// An option without a value name takes no value. With one such as "[FILE]" it may stand alone; its value, only as
     /// --name=VALUE, is then empty.
-    void addOption(const char *name, const QString &description, const char *valueName = nullptr,
+    void addOption(const char *name, const char *description, const char *valueName = nullptr,
                    const char *defaultValue = nullptr);
 
     /// Reads the words after the command. Returns an exit code when the command must end at once: the help was asked
@@ -32,15 +37,25 @@ public:
     /// The value as a number. An error when it is outside the limits; the nearest limit is then returned.
     int number(const char *name, int lowest, int highest);
 
-    /// Notes an error; only the first is kept.
-    void complain(const QString &complaint);
+    /// Notes an error, a format and its arguments; only the first is kept.
+    template <typename... Texts> void complain(const Texts &...texts)
+    {
+        if (isFine())
+            m_complaint = filled(texts...);
+    }
     bool isFine() const { return m_complaint.isEmpty(); }
     /// Prints the error.
     ExitCode fail() const { return fail(ExitUsage, m_complaint); }
-    /// Prints one line on stderr and returns the code.
-    ExitCode fail(ExitCode code, const QString &line) const;
+    /// Prints one line on stderr, a format and its arguments, and returns the code.
+    template <typename... Texts> ExitCode fail(ExitCode code, const Texts &...texts) const
+    {
+        printError(filled(texts...));
+        return code;
+    }
 
 private:
+    void printError(const QString &line) const;
+
     QString m_command;
     QString m_synopsis;
     QCommandLineParser m_parser;

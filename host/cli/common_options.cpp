@@ -41,7 +41,7 @@ void readPeer(CommandLine *line, ConnectionOptions *connection)
     if (connection->host.startsWith(QLatin1Char('[')) && bracket == connection->host.size() - 1)
         connection->host = connection->host.mid(1, bracket - 1);
     if (!isPort || connection->port == 0 || connection->host.isEmpty())
-        line->complain(filled("--connect takes HOST:PORT, not \"%1\"", text));
+        line->complain("--connect takes HOST:PORT, not \"%1\"", text);
 }
 
 /// The place of the option's value among the choices, such as "a, b or c"; an error, and 0, when it is none.
@@ -50,14 +50,14 @@ int choice(CommandLine *line, const char *option, const char *choices)
     static const QRegularExpression between(QStringLiteral(", | or "));
     const int place = asText(choices).split(between).indexOf(line->value(option));
     if (place < 0)
-        line->complain(filled("--%1 takes %2, not \"%3\"", option, choices, line->value(option)));
+        line->complain("--%1 takes %2, not \"%3\"", option, choices, line->value(option));
     return qMax(0, place);
 }
 
 void readFaults(CommandLine *line, PanelOptions *options)
 {
     if (line->isSet("fault") && line->isSet("connect"))
-        line->complain(QStringLiteral("--fault is for the built-in station, not for one behind --connect"));
+        line->complain("--fault is for the built-in station, not for one behind --connect");
     QString error;
     const std::optional<QList<Fault>> faults = parseFaults(line->values("fault"), &error);
     if (!faults)
@@ -85,46 +85,35 @@ bool suits(ValueType format, const Variable &variable)
 
 } // namespace
 
-QString variablesHelp()
-{
-    return QString::fromLatin1(areasHelp);
-}
-
 void addLinkOptions(CommandLine *line, const char *retries, const char *gap, const char *block)
 {
-    line->addOption("connect", QStringLiteral("The station; port 502 when left out."), "HOST:PORT");
-    line->addOption("simulate", QStringLiteral("A simulated station inside, with every unit that is asked."));
-    line->addOption("timeout", QStringLiteral("Milliseconds to wait for a connection or a reply."), "MS",
-                    "1000");
-    line->addOption("retries", QStringLiteral("How often a request without a good reply is sent again."), "N",
-                    retries);
-    line->addOption(
-        "after-timeout",
-        QStringLiteral("What happens after a time-out. numbers: the connection is kept, since "
-                       "transaction numbers tell late replies; as reconnect when the station echoes "
-                       "no numbers. reconnect: it is opened anew. drain (for serial gateways): read and "
-                       "throw away until nothing comes for --timeout, and reconnect only if the late "
-                       "reply was not among it."),
-        "POLICY", "numbers");
-    line->addOption(
-        "quiet",
-        QStringLiteral("Milliseconds to listen after each reply of a station that echoes no transaction "
-                       "numbers: another reply in this time shows that one of them is late."),
-        "MS", "20");
-    line->addOption("gap", QStringLiteral("Milliseconds between a reply and the next request."), "MS", gap);
+    line->addOption("connect", "The station; port 502 when left out.", "HOST:PORT");
+    line->addOption("simulate", "A simulated station inside, with every unit that is asked.");
+    line->addOption("timeout", "Milliseconds to wait for a connection or a reply.", "MS", "1000");
+    line->addOption("retries", "How often a request without a good reply is sent again.", "N", retries);
+    line->addOption("after-timeout",
+                    "What happens after a time-out. numbers: the connection is kept, since "
+                    "transaction numbers tell late replies; as reconnect when the station echoes "
+                    "no numbers. reconnect: it is opened anew. drain (for serial gateways): read and "
+                    "throw away until nothing comes for --timeout, and reconnect only if the late "
+                    "reply was not among it.",
+                    "POLICY", "numbers");
+    line->addOption("quiet",
+                    "Milliseconds to listen after each reply of a station that echoes no transaction "
+                    "numbers: another reply in this time shows that one of them is late.",
+                    "MS", "20");
+    line->addOption("gap", "Milliseconds between a reply and the next request.", "MS", gap);
     line->addOption("block",
-                    QStringLiteral("Most registers, or bytes of bits, in a request (the protocol: reads "
-                                   "125 registers or 2000 bits, writes 123 registers)."),
+                    "Most registers, or bytes of bits, in a request (the protocol: reads "
+                    "125 registers or 2000 bits, writes 123 registers).",
                     "N", block);
     line->addOption("trace",
-                    QStringLiteral("Print each frame on stderr, or with --trace=FILE into a file, as "
-                                   "Wireshark's text import reads it."),
+                    "Print each frame on stderr, or with --trace=FILE into a file, as "
+                    "Wireshark's text import reads it.",
                     "[FILE]");
-    line->addOption("remote", QStringLiteral("The driver's own compact frames instead of Modbus."));
+    line->addOption("remote", "The driver's own compact frames instead of Modbus.");
     addDriverOption(line);
-    line->addOption("fault",
-                    QStringLiteral("A fault of the simulated station, see modbus-station; repeatable."),
-                    "FAULT");
+    line->addOption("fault", "A fault of the simulated station, see modbus-station; repeatable.", "FAULT");
 }
 
 PanelOptions linkOptions(CommandLine *line)
@@ -134,7 +123,7 @@ PanelOptions linkOptions(CommandLine *line)
     if (line->isSet("connect"))
         readPeer(line, &options.connection);
     if (line->isSet("connect") && line->isSet("simulate"))
-        line->complain(QStringLiteral("--connect and --simulate name two stations"));
+        line->complain("--connect and --simulate name two stations");
     options.connection.timeoutMs = line->number("timeout", 1, longestMs);
     options.connection.gapMs = line->number("gap", 0, longestMs);
     options.connection.quietMs = line->number("quiet", 0, longestQuietMs);
@@ -152,35 +141,34 @@ PanelOptions linkOptions(CommandLine *line)
 void tellOfSimulation(const CommandLine &line)
 {
     if (!line.isSet("connect") && !line.isSet("simulate"))
-        line.fail(ExitDone, QStringLiteral("no --connect: the values are those of a simulated station"));
+        line.fail(ExitDone, "no --connect: the values are those of a simulated station");
 }
 
 void addDriverOption(CommandLine *line)
 {
-    line->addOption(
-        "driver",
-        QStringLiteral("The driver's library. Default: $MODBUS_DRIVER, else beside the program or "
-                       "in ../lib, else where the dynamic linker finds it."),
-        "PATH");
+    line->addOption("driver",
+                    "The driver's library. Default: $MODBUS_DRIVER, else beside the program or "
+                    "in ../lib, else where the dynamic linker finds it.",
+                    "PATH");
 }
 
 void addFileOption(CommandLine *line)
 {
+    line->describe(areasHelp);
     line->addOption("file",
-                    QStringLiteral("Variables from a list: one a line with an optional name, or CSV with the "
-                                   "columns name, variable, type, order, scale, unit (of measure), value."),
+                    "Variables from a list: one a line with an optional name, or CSV with the "
+                    "columns name, variable, type, order, scale, unit (of measure), value.",
                     "LIST");
     line->addOption("base",
-                    QStringLiteral("1: addresses count from 1, and 40001 or 400001 is the first holding "
-                                   "register. A list says so itself by \"base 1\" on its first line."),
+                    "1: addresses count from 1, and 40001 or 400001 is the first holding "
+                    "register. A list says so itself by \"base 1\" on its first line.",
                     "N", "0");
 }
 
 void addReadOptions(CommandLine *line)
 {
     addFileOption(line);
-    line->addOption("format", QStringLiteral("Values as dec, hex, signed or float (32-bit areas)."), "FORMAT",
-                    "dec");
+    line->addOption("format", "Values as dec, hex, signed or float (32-bit areas).", "FORMAT", "dec");
 }
 
 ValueType formatOption(CommandLine *line)
@@ -207,7 +195,7 @@ QList<ListedVariable> namedVariables(CommandLine *line)
             line->complain(error);
     }
     if (variables.isEmpty())
-        line->complain(QStringLiteral("no variable is named; --help shows how they are written"));
+        line->complain("no variable is named; --help shows how they are written");
     return variables;
 }
 
@@ -222,7 +210,7 @@ QList<Variable> variablesToRead(CommandLine *line, bool remote, ValueType format
         if (named.place.isEmpty() && !named.value.isNull())
             why = QStringLiteral("a value is for write");
         if (!why.isEmpty())
-            line->complain(filled("%1%2: %3", named.place, variable.name, why));
+            line->complain("%1%2: %3", named.place, variable.name, why);
         variables << variable;
     }
     return variables;

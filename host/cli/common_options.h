@@ -11,9 +11,6 @@
 #include "../explain/value_text.h"
 #include "../explain/variable_list.h"
 
-/// How variables are written, for the help behind a command's description.
-QString variablesHelp();
-
 /// With the defaults of --retries, --gap and --block.
 void addLinkOptions(CommandLine *line, const char *retries, const char *gap = "0", const char *block = "100");
 /// Reads them; errors go to line->complain().
@@ -23,7 +20,7 @@ PanelOptions linkOptions(CommandLine *line);
 void tellOfSimulation(const CommandLine &line);
 
 void addDriverOption(CommandLine *line);
-/// --file and --base.
+/// --file and --base, and how variables are written at the end of the description.
 void addFileOption(CommandLine *line);
 /// --file, --base and --format.
 void addReadOptions(CommandLine *line);

@@ -151,7 +151,7 @@ ExitCode decode(const CommandLine &line, const QByteArray &bytes, std::optional<
 {
     const bool isFrame = direction || !kindsAskedFor(line).isEmpty();
     if (line.isSet("bytes") && (isFrame || bytes.size() != twoRegisters))
-        return line.fail(ExitUsage, QStringLiteral("--bytes takes four bytes, and no option beside it"));
+        return line.fail(ExitUsage, "--bytes takes four bytes, and no option beside it");
     if (bytes.size() == twoRegisters && !isFrame) {
         printLine(byteOrderTable(bytes, 1).join(QLatin1Char('\n')));
         return ExitDone;
@@ -196,7 +196,7 @@ ExitCode decodeInput(const CommandLine &line)
         if (read.size() >= longestLine)
             error = QStringLiteral("a frame is not that long");
         if (!error.isEmpty())
-            return line.fail(ExitUsage, filled("line %1: %2", number, error));
+            return line.fail(ExitUsage, "line %1: %2", number, error);
         worst = std::max(worst, decode(line, *bytes, direction));
         direction.reset();
         hasFrame = true;
@@ -208,11 +208,10 @@ ExitCode decodeInput(const CommandLine &line)
 
 int decodeCommand(const QStringList &arguments)
 {
-    CommandLine line(QStringLiteral("decode"), QStringLiteral("[OPTION]... [HEX... | -]"),
-                     QString::fromLatin1(description));
+    CommandLine line("decode", "[OPTION]... [HEX... | -]", description);
     for (const Kind &kind : kindTable)
-        line.addOption(kind.option, asText(kind.help));
-    line.addOption("bytes", QStringLiteral("It is two registers: four bytes."));
+        line.addOption(kind.option, kind.help);
+    line.addOption("bytes", "It is two registers: four bytes.");
     if (const std::optional<ExitCode> end = line.parse(arguments))
         return *end;
     const QString text = line.words().join(QLatin1Char(' '));

@@ -44,9 +44,8 @@ QString totals(const QList<PlannedRequest> &requests, const QList<QList<Variable
 
 int planCommand(const QStringList &arguments)
 {
-    CommandLine line(QStringLiteral("plan"), QStringLiteral("[OPTION]... VARIABLE..."),
-                     QString::fromLatin1(description) + variablesHelp());
-    line.addOption("block", QStringLiteral("Most registers, or bytes of bits, in a request."), "N", "100");
+    CommandLine line("plan", "[OPTION]... VARIABLE...", description);
+    line.addOption("block", "Most registers, or bytes of bits, in a request.", "N", "100");
     addFileOption(&line);
     addDriverOption(&line);
     if (const std::optional<ExitCode> end = line.parse(arguments))
@@ -62,8 +61,7 @@ int planCommand(const QStringList &arguments)
         return line.fail(ExitNoLink, error);
     const QList<PlannedRequest> requests = planRequests(*driver, variables, block);
     if (requests.isEmpty())
-        return line.fail(ExitNoLink,
-                         QStringLiteral("the driver does not give the requests that it announced"));
+        return line.fail(ExitNoLink, "the driver does not give the requests that it announced");
     const QList<QList<Variable>> carried = carriedVariables(requests, variables);
     for (int i = 0; i < requests.size(); ++i)
         std::printf("%s\n", qPrintable(planLines(requests.at(i), carried.at(i)).join(QLatin1Char('\n'))));

@@ -38,17 +38,15 @@ void addPollOptions(CommandLine *line)
 {
     addLinkOptions(line, "1");
     addReadOptions(line);
-    line->addOption("every", QStringLiteral("Milliseconds from pass to pass; 0: at once."), "MS", "1000");
-    line->addOption("passes", QStringLiteral("End after so many passes; 0: go on."), "N", "0");
-    line->addOption("wait", QStringLiteral("Wait for a station that is not up yet, instead of ending."));
+    line->addOption("every", "Milliseconds from pass to pass; 0: at once.", "MS", "1000");
+    line->addOption("passes", "End after so many passes; 0: go on.", "N", "0");
+    line->addOption("wait", "Wait for a station that is not up yet, instead of ending.");
     addRecordOptions(line);
-    line->addOption(
-        "off-after",
-        QStringLiteral("Switch a unit off after so many unanswered requests in a row, each given up "
-                       "after its retries; 0: never."),
-        "N", "3");
-    line->addOption("retry-off", QStringLiteral("Seconds after which a unit that is off is tried again."),
-                    "SECONDS", "10");
+    line->addOption("off-after",
+                    "Switch a unit off after so many unanswered requests in a row, each given up "
+                    "after its retries; 0: never.",
+                    "N", "3");
+    line->addOption("retry-off", "Seconds after which a unit that is off is tried again.", "SECONDS", "10");
 }
 
 LoopOptions loopOptions(CommandLine *line)
@@ -114,8 +112,7 @@ bool isGood(const PanelSnapshot &now)
 
 int pollCommand(const QStringList &arguments)
 {
-    CommandLine line(QStringLiteral("poll"), QStringLiteral("[OPTION]... VARIABLE..."),
-                     QString::fromLatin1(description) + variablesHelp());
+    CommandLine line("poll", "[OPTION]... VARIABLE...", description);
     addPollOptions(&line);
     if (const auto code = line.parse(arguments))
         return *code;
@@ -144,7 +141,7 @@ int pollCommand(const QStringList &arguments)
                 : showEachPass(&table, session.state(), {form, session.address(), freshForMs});
     session.stop();
     if (last.passes == 0 && last.isEnded)
-        return line.fail(ExitNoLink, filled("%1: %2", session.peer(), linkCauseText(last.linkCause)));
+        return line.fail(ExitNoLink, "%1: %2", session.peer(), linkCauseText(last.linkCause));
     if (inPlace)
         print(&table, last);
     return isInterrupted() || std::ferror(stdout) || isGood(last) ? ExitDone : ExitFailed;

@@ -38,7 +38,7 @@ bool report(const CommandLine &line, const ValueState &value, RecordForm form)
         return true;
     }
     const QString why = value.failure().isEmpty() ? QStringLiteral("not read") : value.failure();
-    line.fail(ExitFailed, filled("%1: %2", variable.name, why));
+    line.fail(ExitFailed, "%1: %2", variable.name, why);
     return false;
 }
 
@@ -46,12 +46,10 @@ bool report(const CommandLine &line, const ValueState &value, RecordForm form)
 
 int readCommand(const QStringList &arguments)
 {
-    CommandLine line(QStringLiteral("read"), QStringLiteral("[OPTION]... VARIABLE..."),
-                     QString::fromLatin1(description) + variablesHelp());
+    CommandLine line("read", "[OPTION]... VARIABLE...", description);
     addLinkOptions(&line, "1");
     addReadOptions(&line);
-    line.addOption("orders",
-                   QStringLiteral("Show two registers in every byte order, to find the right one."));
+    line.addOption("orders", "Show two registers in every byte order, to find the right one.");
     addRecordOptions(&line);
     if (const auto code = line.parse(arguments))
         return *code;
@@ -61,7 +59,7 @@ int readCommand(const QStringList &arguments)
     const QList<Variable> variables = variablesToRead(&line, options.connection.remote, formatOption(&line));
     for (const Variable &variable : variables) {
         if (line.isSet("orders") && (variable.driverCount() != 2 || variable.width() == 1))
-            line.complain(filled("--orders takes two registers, such as hr:6*2, not %1", variable.name));
+            line.complain("--orders takes two registers, such as hr:6*2, not %1", variable.name);
     }
     if (!line.isFine())
         return line.fail();
@@ -71,7 +69,7 @@ int readCommand(const QStringList &arguments)
     if (const ExitCode code = session.prepare(&error); code != ExitDone)
         return line.fail(code, error);
     if (!session.readVariablesOnce())
-        return line.fail(ExitUsage, asText("too many variables to read at once; poll takes any number"));
+        return line.fail(ExitUsage, "too many variables to read at once; poll takes any number");
     tellOfSimulation(line);
     if (form == RecordForm::None)
         std::printf("%s\n", qPrintable(session.peer()));
@@ -84,7 +82,7 @@ int readCommand(const QStringList &arguments)
     PanelSnapshot last = session.waitForItems(variables.size(), show);
     session.stop();
     if (last.isEnded)
-        return line.fail(ExitNoLink, filled("%1: %2", session.peer(), linkCauseText(last.linkCause)));
+        return line.fail(ExitNoLink, "%1: %2", session.peer(), linkCauseText(last.linkCause));
     for (int i = 0; i < variables.size(); ++i) {
         if (!last.items[i].isEnded)
             show(i, last);

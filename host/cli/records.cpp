@@ -177,14 +177,14 @@ QByteArray csvRows(const PanelSnapshot &now, const RecordOptions &options)
 
 void addRecordOptions(CommandLine *line)
 {
-    line->addOption("json", QStringLiteral("One JSON object a line for each pass, or for the one read."));
-    line->addOption("csv", QStringLiteral("CSV: titles, then a line for each variable and pass."));
+    line->addOption("json", "One JSON object a line for each pass, or for the one read.");
+    line->addOption("csv", "CSV: titles, then a line for each variable and pass.");
 }
 
 RecordForm recordFormOption(CommandLine *line)
 {
     if (line->isSet("json") && line->isSet("csv"))
-        line->complain(QStringLiteral("--json and --csv are two forms; take one"));
+        line->complain("--json and --csv are two forms; take one");
     return line->isSet("json") ? RecordForm::Json : line->isSet("csv") ? RecordForm::Csv : RecordForm::None;
 }
 

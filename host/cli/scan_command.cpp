@@ -48,11 +48,10 @@ void addUnits(CommandLine *line, const QList<Variable> &variables, QList<Target>
     const QString text = line->value("units");
     const auto units = parseUnitNumbers(text);
     if (!units)
-        line->complain(
-            filled("--units takes different numbers from 1 to 255, as in 1-5,7, not \"%1\"", text));
+        line->complain("--units takes different numbers from 1 to 255, as in 1-5,7, not \"%1\"", text);
     Variable asked = variables.value(0);
     if (variables.size() != 1 || asked.count != 1 || asked.name.contains(QLatin1Char('/')))
-        line->complain(QStringLiteral("--units takes one variable, without unit and count"));
+        line->complain("--units takes one variable, without unit and count");
     for (const int unit : units.value_or(QList<int>())) {
         asked.unit = unit;
         *targets << Target{asked, filled("unit %1", unit), filled(": answered, %1 = ", asked.name)};
@@ -63,7 +62,7 @@ void addUnits(CommandLine *line, const QList<Variable> &variables, QList<Target>
 void addParts(CommandLine *line, const Variable &whole, int block, QList<Target> *targets)
 {
     if (isBitOfRegister(whole.area))
-        line->complain(filled("%1: scan asks for whole registers, hr or ir", whole.name));
+        line->complain("%1: scan asks for whole registers, hr or ir", whole.name);
     const int step = isPairArea(whole.area) ? 2 : 1; // addresses of a value
     Variable part = whole;
     for (int left = whole.count; left > 0; left -= part.count) {
@@ -127,7 +126,7 @@ ExitCode Scan::run(const CommandLine &line, const QList<Target> &targets, int re
     if (asked > 0 || isInterrupted())
         printLine(counts());
     if (!hasLink && !isInterrupted())
-        return line.fail(ExitNoLink, filled("%1: %2", m_session.peer(), linkCauseText(m_connection.cause())));
+        return line.fail(ExitNoLink, "%1: %2", m_session.peer(), linkCauseText(m_connection.cause()));
     return m_answered > 0 ? ExitDone : ExitFailed;
 }
 
@@ -173,10 +172,8 @@ QString Scan::answer(const Target &target)
 
 int scanCommand(const QStringList &arguments)
 {
-    CommandLine line(QStringLiteral("scan"),
-                     QStringLiteral("[OPTION]... --units UNITS [VARIABLE] | VARIABLE..."),
-                     QString::fromLatin1(description) + variablesHelp());
-    line.addOption("units", QStringLiteral("Ask each of these units, such as 1-5,7."), "UNITS");
+    CommandLine line("scan", "[OPTION]... --units UNITS [VARIABLE] | VARIABLE...", description);
+    line.addOption("units", "Ask each of these units, such as 1-5,7.", "UNITS");
     addLinkOptions(&line, "0", "100", "1");
     addReadOptions(&line);
     if (const auto code = line.parse(arguments))

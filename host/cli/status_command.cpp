@@ -20,7 +20,7 @@ Example:
 
 int statusCommand(const QStringList &arguments)
 {
-    CommandLine line(QStringLiteral("status"), QStringLiteral("[CODE...]"), QString::fromLatin1(description));
+    CommandLine line("status", "[CODE...]", description);
     if (const std::optional<ExitCode> end = line.parse(arguments))
         return *end;
     if (line.words().isEmpty())
@@ -29,9 +29,8 @@ int statusCommand(const QStringList &arguments)
         bool isNumber = false;
         const QStringList explanation = statusExplanation(word.toInt(&isNumber));
         if (!isNumber || explanation.isEmpty())
-            return line.fail(
-                ExitUsage,
-                filled("\"%1\" is no status code of the driver; without a code, all are listed", word));
+            return line.fail(ExitUsage,
+                             "\"%1\" is no status code of the driver; without a code, all are listed", word);
         printLine(explanation.join(QLatin1Char('\n')));
     }
     return ExitDone;

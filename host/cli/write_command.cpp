@@ -88,8 +88,7 @@ int report(const QList<WriteItem> &items, PanelSnapshot now)
 
 int writeCommand(const QStringList &arguments)
 {
-    CommandLine line(QStringLiteral("write"), QStringLiteral("[OPTION]... VARIABLE=VALUE..."),
-                     QString::fromLatin1(description) + variablesHelp());
+    CommandLine line("write", "[OPTION]... VARIABLE=VALUE...", description);
     addLinkOptions(&line, "0");
     addFileOption(&line);
     if (const auto code = line.parse(arguments))
@@ -98,7 +97,7 @@ int writeCommand(const QStringList &arguments)
     options.connection.patienceMs = options.connection.timeoutMs;
     if (!line.isSet("connect") && !line.isSet("simulate"))
         line.complain(
-            asText("no station is named: --connect HOST:PORT writes to one, --simulate to a simulated one"));
+            "no station is named: --connect HOST:PORT writes to one, --simulate to a simulated one");
     QList<WriteItem> items;
     QList<Variable> variables;
     for (const ListedVariable &named : namedVariables(&line)) {
@@ -122,6 +121,6 @@ int writeCommand(const QStringList &arguments)
     session.stop();
     const PanelSnapshot last = session.state().snapshot();
     if (last.items.empty() && last.linkCause != LinkCause::None)
-        return line.fail(ExitNoLink, filled("%1: %2", session.peer(), linkCauseText(last.linkCause)));
+        return line.fail(ExitNoLink, "%1: %2", session.peer(), linkCauseText(last.linkCause));
     return report(items, last);
 }

@@ -20,7 +20,8 @@ inline QString asText(int number)
 }
 
 /// The format with the arguments in place of %1, %2 and so on, none left out. A % in an argument stays as it is.
-template <typename... Arguments> QString filled(const char *format, const Arguments &...arguments)
+template <typename Format, typename... Arguments>
+QString filled(const Format &format, const Arguments &...arguments)
 {
     const QString text = asText(format);
     if constexpr (sizeof...(arguments) > 0)
