@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "common_options.h"
 
+#include "interrupt.h"
+
 #include "../explain/filled.h"
 
 #include "../../driver/api/codes.h"
@@ -119,7 +121,7 @@ void addLinkOptions(CommandLine *line, const char *retries, const char *gap, con
 PanelOptions linkOptions(CommandLine *line)
 {
     PanelOptions options;
-    options.driverPath = line->isSet("driver") ? line->value("driver") : defaultDriverPath();
+    options.driverPath = line->value("driver");
     if (line->isSet("connect"))
         readPeer(line, &options.connection);
     if (line->isSet("connect") && line->isSet("simulate"))
@@ -138,10 +140,17 @@ PanelOptions linkOptions(CommandLine *line)
     return options;
 }
 
-void tellOfSimulation(const CommandLine &line)
+ExitCode prepare(const CommandLine &line, PanelSession *session)
 {
-    if (!line.isSet("connect") && !line.isSet("simulate"))
-        line.fail(ExitDone, "no --connect: the values are those of a simulated station");
+    if (!line.isFine())
+        return line.fail();
+    QString error;
+    if (const ExitCode code = session->prepare(&error); code != ExitDone)
+        return line.fail(code, error);
+    catchInterrupts();
+    if (!line.isSet("connect") && !line.isSet("simulate")) // lest someone takes the values for real ones
+        return line.fail(ExitDone, "no --connect: the values are those of a simulated station");
+    return ExitDone;
 }
 
 void addDriverOption(CommandLine *line)

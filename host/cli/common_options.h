@@ -16,8 +16,9 @@ void addLinkOptions(CommandLine *line, const char *retries, const char *gap = "0
 /// Reads them; errors go to line->complain().
 PanelOptions linkOptions(CommandLine *line);
 
-/// A line on stderr when neither --connect nor --simulate is given, so that nobody takes simulated values for real ones.
-void tellOfSimulation(const CommandLine &line);
+/// Prepares the session and catches interrupts, once the whole command line is read. Prints what is wrong with that or
+/// with the session; then the code is not ExitDone.
+ExitCode prepare(const CommandLine &line, PanelSession *session);
 
 void addDriverOption(CommandLine *line);
 /// --file and --base, and how variables are written at the end of the description.

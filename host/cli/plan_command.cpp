@@ -56,7 +56,7 @@ int planCommand(const QStringList &arguments)
         return line.fail();
 
     QString error;
-    const auto driver = loadDriver(line.isSet("driver") ? line.value("driver") : defaultDriverPath(), &error);
+    const auto driver = loadDriver(line.value("driver"), &error);
     if (!driver)
         return line.fail(ExitNoLink, error);
     const QList<PlannedRequest> requests = planRequests(*driver, variables, block);

@@ -120,16 +120,10 @@ int pollCommand(const QStringList &arguments)
     options.loop = loopOptions(&line);
     const RecordForm form = recordFormOption(&line);
     const QList<Variable> variables = variablesToRead(&line, options.connection.remote, formatOption(&line));
-    if (!line.isFine())
-        return line.fail();
-
     PanelSession session(options, variables);
-    QString error;
-    if (const ExitCode code = session.prepare(&error); code != ExitDone)
-        return line.fail(code, error);
-    tellOfSimulation(line);
+    if (const ExitCode code = prepare(line, &session); code != ExitDone)
+        return code;
     session.pollVariables();
-    catchInterrupts();
     const bool traceOnScreen = options.trace && options.traceFile.isEmpty();
     const bool inPlace = isatty(STDOUT_FILENO) == 1 && form == RecordForm::None && !traceOnScreen;
     session.state().waitAtPasses(!inPlace);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "commands.h"
 #include "common_options.h"
-#include "interrupt.h"
 #include "panel_text.h"
 #include "records.h"
 
@@ -61,19 +60,13 @@ int readCommand(const QStringList &arguments)
         if (line.isSet("orders") && (variable.driverCount() != 2 || variable.width() == 1))
             line.complain("--orders takes two registers, such as hr:6*2, not %1", variable.name);
     }
-    if (!line.isFine())
-        return line.fail();
-
     PanelSession session(options, variables);
-    QString error;
-    if (const ExitCode code = session.prepare(&error); code != ExitDone)
-        return line.fail(code, error);
+    if (const ExitCode code = prepare(line, &session); code != ExitDone)
+        return code;
     if (!session.readVariablesOnce())
         return line.fail(ExitUsage, "too many variables to read at once; poll takes any number");
-    tellOfSimulation(line);
     if (form == RecordForm::None)
         std::printf("%s\n", qPrintable(session.peer()));
-    catchInterrupts();
     session.start();
     bool isGood = true;
     const auto show = [&](int item, const PanelSnapshot &now) {

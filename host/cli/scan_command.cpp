@@ -189,19 +189,13 @@ int scanCommand(const QStringList &arguments)
         addUnits(&line, variables, &targets);
     for (int i = 0; !line.isSet("units") && i < variables.size(); ++i)
         addParts(&line, variables.at(i), options.block, &targets);
-    if (!line.isFine())
-        return line.fail();
-
     options.block = qMax(2, options.block); // the driver reads a 32-bit value whole
     QList<Variable> asked;
     for (const Target &target : targets)
         asked << target.variable;
     PanelSession session(options, asked);
-    QString error;
-    if (const ExitCode code = session.prepare(&error); code != ExitDone)
-        return line.fail(code, error);
-    tellOfSimulation(line);
-    catchInterrupts();
+    if (const ExitCode code = prepare(line, &session); code != ExitDone)
+        return code;
     printLine(session.peer());
     return Scan(session).run(line, targets, options.retries);
 }

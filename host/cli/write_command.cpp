@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "commands.h"
 #include "common_options.h"
-#include "interrupt.h"
 
 #include "../explain/filled.h"
 #include "../explain/writes.h"
@@ -104,18 +103,13 @@ int writeCommand(const QStringList &arguments)
         items << itemOf(named, options.block, &line);
         variables << named.variable;
     }
-    if (!line.isFine())
-        return line.fail();
-
     PanelSession session(options, variables);
-    QString error;
-    if (const ExitCode code = session.prepare(&error); code != ExitDone)
-        return line.fail(code, error);
+    if (const ExitCode code = prepare(line, &session); code != ExitDone)
+        return code;
     queueWrites(session.driver(), options.block, &items);
     const auto inQueue =
         std::count_if(items.begin(), items.end(), [](const WriteItem &item) { return item.queued > 0; });
     std::printf("%s\n", qPrintable(session.peer()));
-    catchInterrupts();
     session.start();
     session.waitForItems(static_cast<int>(inQueue));
     session.stop();

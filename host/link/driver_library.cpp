@@ -36,9 +36,7 @@ QString resolveAll(QLibrary *library, DriverLibrary *driver)
     return missing;
 }
 
-} // namespace
-
-QString defaultDriverPath()
+QString defaultPath()
 {
     const QString fromEnvironment = qEnvironmentVariable("MODBUS_DRIVER");
     if (!fromEnvironment.isEmpty())
@@ -53,19 +51,23 @@ QString defaultDriverPath()
     return name;
 }
 
+} // namespace
+
 std::optional<DriverLibrary> loadDriver(const QString &path, QString *error)
 {
-    QLibrary library(path);
+    QLibrary library(path.isEmpty() ? defaultPath() : path);
     // All undefined symbols show now, not in the middle of the communication.
     library.setLoadHints(QLibrary::ResolveAllSymbolsHint);
     if (!library.load()) {
-        *error = QStringLiteral("cannot load the driver %1: %2").arg(path, library.errorString());
+        *error =
+            QStringLiteral("cannot load the driver %1: %2").arg(library.fileName(), library.errorString());
         return std::nullopt;
     }
     DriverLibrary driver;
     const QString missing = resolveAll(&library, &driver);
     if (!missing.isEmpty()) {
-        *error = QStringLiteral("%1 is not the driver: it has no function %2").arg(path, missing);
+        *error =
+            QStringLiteral("%1 is not the driver: it has no function %2").arg(library.fileName(), missing);
         return std::nullopt;
     }
     return driver;

@@ -27,10 +27,7 @@ struct DriverLibrary
     decltype(&::SetRegisterData) setRegisterData = nullptr;
 };
 
-/// The default path of the driver: the environment's MODBUS_DRIVER, else beside or in ../lib of the program,
-/// else by its file name for the dynamic linker to find.
-QString defaultDriverPath();
-
-/// Loads the driver with all its symbols resolved. Nothing, with one line in *error that names the file and
-/// the symbol that is missing, when that fails.
+/// Loads the driver with all its symbols resolved. An empty path is that of the environment's MODBUS_DRIVER, else
+/// beside or in ../lib of the program, else the file name for the dynamic linker to find. Nothing, with one line in
+/// *error that names the file and the symbol that is missing, when that fails.
 std::optional<DriverLibrary> loadDriver(const QString &path, QString *error);
