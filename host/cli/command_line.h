@@ -31,6 +31,7 @@ public:
     std::optional<ExitCode> parse(const QStringList &arguments);
 
     bool isSet(const char *name) const { return m_parser.isSet(QLatin1String(name)); }
+    int optionCount() const { return m_parser.optionNames().size(); }
     QString value(const char *name) const { return m_parser.value(QLatin1String(name)); }
     QStringList values(const char *name) const { return m_parser.values(QLatin1String(name)); }
     QStringList words() const { return m_parser.positionalArguments(); }

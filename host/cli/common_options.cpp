@@ -93,25 +93,17 @@ void addLinkOptions(CommandLine *line, const char *retries, const char *gap, con
     line->addOption("simulate", "A simulated station inside, with every unit that is asked.");
     line->addOption("timeout", "Milliseconds to wait for a connection or a reply.", "MS", "1000");
     line->addOption("retries", "How often a request without a good reply is sent again.", "N", retries);
-    line->addOption("after-timeout",
-                    "What happens after a time-out. numbers: the connection is kept, since "
-                    "transaction numbers tell late replies; as reconnect when the station echoes "
-                    "no numbers. reconnect: it is opened anew. drain (for serial gateways): read and "
-                    "throw away until nothing comes for --timeout, and reconnect only if the late "
-                    "reply was not among it.",
-                    "POLICY", "numbers");
-    line->addOption("quiet",
-                    "Milliseconds to listen after each reply of a station that echoes no transaction "
-                    "numbers: another reply in this time shows that one of them is late.",
-                    "MS", "20");
+    line->addOption(
+        "after-timeout",
+        "numbers: the connection is kept, if the station echoes transaction numbers. reconnect: it "
+        "is opened anew. drain (serial gateways): all that comes late is read and thrown away.",
+        "POLICY", "numbers");
+    line->addOption(
+        "quiet", "Milliseconds to listen for late replies of a station that echoes no transaction numbers.",
+        "MS", "20");
     line->addOption("gap", "Milliseconds between a reply and the next request.", "MS", gap);
-    line->addOption("block",
-                    "Most registers, or bytes of bits, in a request (the protocol: reads "
-                    "125 registers or 2000 bits, writes 123 registers).",
-                    "N", block);
-    line->addOption("trace",
-                    "Print each frame on stderr, or with --trace=FILE into a file, as "
-                    "Wireshark's text import reads it.",
+    line->addOption("block", "Most registers, or bytes of bits, in a request.", "N", block);
+    line->addOption("trace", "Print each frame, on stderr or into a file, for Wireshark's text import.",
                     "[FILE]");
     line->addOption("remote", "The driver's own compact frames instead of Modbus.");
     addDriverOption(line);
@@ -155,23 +147,16 @@ ExitCode prepare(const CommandLine &line, PanelSession *session)
 
 void addDriverOption(CommandLine *line)
 {
-    line->addOption("driver",
-                    "The driver's library. Default: $MODBUS_DRIVER, else beside the program or "
-                    "in ../lib, else where the dynamic linker finds it.",
+    line->addOption("driver", "The driver's library. Default: $MODBUS_DRIVER, else the installed one.",
                     "PATH");
 }
 
 void addFileOption(CommandLine *line)
 {
     line->describe(areasHelp);
-    line->addOption("file",
-                    "Variables from a list: one a line with an optional name, or CSV with the "
-                    "columns name, variable, type, order, scale, unit (of measure), value.",
+    line->addOption("file", "Variables from a list, one a line with an optional name, or from a CSV file.",
                     "LIST");
-    line->addOption("base",
-                    "1: addresses count from 1, and 40001 or 400001 is the first holding "
-                    "register. A list says so itself by \"base 1\" on its first line.",
-                    "N", "0");
+    line->addOption("base", "1: addresses count from 1, and 40001 is the first holding register.", "N", "0");
 }
 
 void addReadOptions(CommandLine *line)

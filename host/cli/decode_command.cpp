@@ -20,26 +20,21 @@
 
 namespace {
 
-const char description[] = R"(Explains a frame field by field, and finds its faults: length field,
-counts, byte counts, limits, checksum. The kind of frame is found from its
-bytes, unless an option names it; a frame of a serial line (RTU) is recognised,
-and explained as it would be over TCP. Hexadecimal digits may be
-separated by blanks, colons, commas or 0x. Four bytes alone are two
-registers, and are shown as a number in every word and byte order.
+const char description[] =
+    R"(Explains a frame field by field, and finds its faults. The kind of frame is found
+from its bytes, unless an option names it; a frame of a serial line (RTU) is
+explained as it would be over TCP. Hexadecimal digits may be separated by blanks,
+colons, commas or 0x. Four bytes alone are two registers, and are shown as a
+number in every word and byte order.
 
 With -, or without HEX when standard input is no terminal, frames are read from
-there: one a line, or a trace of poll, read, write, scan or modbus-station, which
-also tells requests from replies. Empty lines and lines with # in front are
-passed over.
-
-Ends with 0 when all frames are correct, 1 when one is faulty, 2 when a text is
-not hexadecimal.
+there: one a line, or a trace of this program or of modbus-station. Ends with 0
+when all frames are correct, 1 when one is faulty, 2 for other text.
 
 Examples:
   modbus-panel decode 00 00 00 00 00 06 01 03 00 64 00 0A
   modbus-panel decode --reply 000000000003018302
-  modbus-panel decode - <trace.txt
-  modbus-panel decode --bytes "12 34 56 78")";
+  modbus-panel decode - <trace.txt)";
 
 const char noBytes[] = "no bytes are given; --help shows how they are written";
 const int twoRegisters = 4;   // bytes
@@ -85,23 +80,13 @@ const Kind kindTable[] = {
     {"remote", FrameKind::Remote, "remote frame", "It is a request in the driver's own compact form."},
 };
 
-QList<FrameKind> kindsAskedFor(const CommandLine &line)
+/// The kinds that the frame may be: the one that an option names or a trace tells, else the likely ones.
+QList<FrameKind> kindsOf(const QByteArray &frame, const CommandLine &line, std::optional<FrameKind> direction)
 {
-    QList<FrameKind> kinds;
     for (const Kind &kind : kindTable) {
         if (line.isSet(kind.option))
-            kinds << kind.kind;
+            return {kind.kind};
     }
-    return kinds;
-}
-
-/// The kinds that the options ask for, else those that the frame may be, of which a trace tells one.
-QList<FrameKind> kindsToShow(const CommandLine &line, const QByteArray &frame,
-                             std::optional<FrameKind> direction)
-{
-    const QList<FrameKind> asked = kindsAskedFor(line);
-    if (!asked.isEmpty())
-        return asked;
     const QList<FrameKind> likely = likelyKinds(frame);
     const bool isTold = direction && (direction == FrameKind::Reply || likely.first() != FrameKind::Remote);
     return isTold ? QList<FrameKind>{*direction} : likely;
@@ -149,22 +134,22 @@ void explain(const QByteArray &frame, const QList<FrameKind> &kinds)
 
 ExitCode decode(const CommandLine &line, const QByteArray &bytes, std::optional<FrameKind> direction)
 {
-    const bool isFrame = direction || !kindsAskedFor(line).isEmpty();
+    const bool isFrame = direction || (line.optionCount() > 0 && !line.isSet("bytes"));
     if (line.isSet("bytes") && (isFrame || bytes.size() != twoRegisters))
-        return line.fail(ExitUsage, "--bytes takes four bytes, and no option beside it");
+        return line.fail(ExitUsage, "--bytes takes four bytes");
     if (bytes.size() == twoRegisters && !isFrame) {
         printLine(byteOrderTable(bytes, 1).join(QLatin1Char('\n')));
         return ExitDone;
     }
-    const QList<FrameKind> kinds = kindsToShow(line, bytes, direction);
+    const QList<FrameKind> kinds = kindsOf(bytes, line, direction);
     const QByteArray tcpFrame = fromSerial(bytes);
     if (isCorrect(bytes, kinds) || tcpFrame.isEmpty()) {
         explain(bytes, kinds);
         return isCorrect(bytes, kinds) ? ExitDone : ExitFailed;
     }
-    printLine(QStringLiteral(
+    printLine(asText(
         "not a Modbus TCP frame, but one of a serial line (RTU): its checksum is right. Over TCP it is"));
-    explain(tcpFrame, kindsToShow(line, tcpFrame, direction));
+    explain(tcpFrame, kindsOf(tcpFrame, line, direction));
     return ExitFailed;
 }
 
@@ -192,7 +177,7 @@ ExitCode decodeInput(const CommandLine &line)
         if (direction && text.startsWith(QLatin1String("000000 ")))
             text.remove(0, 7);
         QString error;
-        const std::optional<QByteArray> bytes = bytesOf(text, &error);
+        const auto bytes = bytesOf(text, &error);
         if (read.size() >= longestLine)
             error = QStringLiteral("a frame is not that long");
         if (!error.isEmpty())
@@ -212,12 +197,16 @@ int decodeCommand(const QStringList &arguments)
     for (const Kind &kind : kindTable)
         line.addOption(kind.option, kind.help);
     line.addOption("bytes", "It is two registers: four bytes.");
-    if (const std::optional<ExitCode> end = line.parse(arguments))
-        return *end;
+    if (const auto code = line.parse(arguments))
+        return *code;
+    if (line.optionCount() > 1)
+        return line.fail(ExitUsage, "one option tells what the bytes are, not %1", line.optionCount());
     const QString text = line.words().join(QLatin1Char(' '));
     if (text == QLatin1String("-") || (text.isEmpty() && isatty(STDIN_FILENO) == 0))
         return decodeInput(line);
     QString error;
-    const std::optional<QByteArray> bytes = bytesOf(text, &error);
+    const auto bytes = bytesOf(text, &error);
+    if (!bytes && QFile::exists(text))
+        return line.fail(ExitUsage, "\"%1\" is a file; write: modbus-panel decode - <%1", text);
     return bytes ? decode(line, *bytes, std::nullopt) : line.fail(ExitUsage, error);
 }

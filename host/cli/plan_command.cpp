@@ -11,12 +11,10 @@
 namespace {
 
 const char description[] = R"(Prints the requests that poll sends for these variables,
-[UNIT/]AREA:ADDRESS[*COUNT], without touching a device: what each request
-reads, its bytes, how long its reply is, which variables it carries, and which
-addresses in the gaps between them are read too, though no variable asks for
-them. A unit that lacks such an address refuses the whole request with
-exception 2. Requests beyond a limit of the protocol are marked, with the block
-to use.
+[UNIT/]AREA:ADDRESS[*COUNT], without touching a device: their bytes, the
+variables that they carry, and the addresses in the gaps between them, which are
+read too: a unit that lacks one refuses the whole request with exception 2.
+Requests beyond a limit of the protocol are marked, with the block to use.
 
 Example: two variables in one request, with a gap of six registers:
   modbus-panel plan hr:0*2 hr:8)";
@@ -48,8 +46,8 @@ int planCommand(const QStringList &arguments)
     line.addOption("block", "Most registers, or bytes of bits, in a request.", "N", "100");
     addFileOption(&line);
     addDriverOption(&line);
-    if (const std::optional<ExitCode> end = line.parse(arguments))
-        return *end;
+    if (const auto code = line.parse(arguments))
+        return *code;
     const int block = line.number("block", 1, 1000);
     const QList<Variable> variables = variablesToRead(&line, false);
     if (!line.isFine())

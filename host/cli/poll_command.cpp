@@ -16,18 +16,15 @@
 namespace {
 
 const char description[] = R"(Polls variables, [UNIT/]AREA:ADDRESS[*COUNT], and shows each value with its age
-and state, and a line of counts for each unit: in place on a terminal, where
-failed variables come first and the arrows, PgUp, PgDn, Home and End show what
-does not fit; otherwise, and with --json or --csv, after every pass. Ctrl-C, or
-q in the table, ends it.
+and state, and a line of counts for each unit: in place on a terminal, where the
+arrows, PgUp, PgDn, Home and End show what does not fit; otherwise, and with
+--json or --csv, after every pass. Ctrl-C, or q in the table, ends it.
 
-A pass is over when the first request comes round again, whether its requests
-were answered or not. A lost link is opened again at once the first time, then
-after 1 s, 2 s, 4 s... up to 60 s; meanwhile all requests fail at once.
+A lost link is opened again at once the first time, then after 1 s, 2 s, 4 s...
+up to 60 s; meanwhile all requests fail at once.
 
-Ends with 0 after Ctrl-C; after --passes with 0 when the last read of every
-variable was good, else with 1; with 3 when the first connection cannot be
-opened.
+Ends with 0 after Ctrl-C, and after --passes when the last read of every variable
+was good, else with 1; with 3 when the first connection cannot be opened.
 
 Example: two units, each pass a second after the one before, ten passes:
   modbus-panel poll --connect 192.0.2.7:502 --passes 10 1/hr:100*4 2/coil:0*8)";

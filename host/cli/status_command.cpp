@@ -21,8 +21,8 @@ Example:
 int statusCommand(const QStringList &arguments)
 {
     CommandLine line("status", "[CODE...]", description);
-    if (const std::optional<ExitCode> end = line.parse(arguments))
-        return *end;
+    if (const auto code = line.parse(arguments))
+        return *code;
     if (line.words().isEmpty())
         printLine(statusTable().join(QLatin1Char('\n')));
     for (const QString &word : line.words()) {

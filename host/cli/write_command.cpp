@@ -17,16 +17,13 @@ namespace {
 const char description[] = R"(Writes VARIABLE=VALUE[,VALUE...] once, in the given order, to coil, hrbit, hr or
 hr32; unit 0 writes to all units (not hrbit). Values follow the type, order and
 scale: decimal, 0x hexadecimal, text; without a type also negative, and for hr32
-a fraction, which is sent as float. Text is filled up with NULs; \xHH is any byte
-in it. A bit of a register is written by reading the register and writing it
-back, so another master's change of its other bits in between is lost.
+a fraction, which is sent as float. A bit of a register is written by reading the
+register and writing it back: another master's change in between is lost.
 
-Prints the station, then one line for each write: acknowledged, refused,
-merged, dropped, or outcome unknown after a time-out or an exception that does
-not tell (4, 5, 11, unknown ones). A write without a reply is not sent again
-unless --retries says so, since it may have been carried out. Ends with 0 when
-all was acknowledged, 1 when anything was refused, dropped or not done, 4 when
-an outcome is unknown, 3 without a connection.
+Prints the station, then the outcome of each write. A write without a reply is
+not sent again unless --retries says so, since it may have been carried out. Ends
+with 0 when all was acknowledged, 1 when anything was refused, dropped or not
+done, 4 when an outcome is unknown, 3 without a connection.
 
 Example: a register, a bit of register 10 and a float, low register first:
   modbus-panel write --connect 192.0.2.7:502 hr:100=-5 hrbit:10.5=1 hr32:20:float:CDAB=21.5)";
