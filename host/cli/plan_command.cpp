@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "commands.h"
-
 #include "common_options.h"
+#include "standard_output.h"
 
 #include "../explain/filled.h"
 #include "../explain/plan.h"
-
-#include <cstdio>
 
 namespace {
 
@@ -19,11 +17,6 @@ Requests beyond a limit of the protocol are marked, with the block to use.
 Example: two variables in one request, with a gap of six registers:
   modbus-panel plan hr:0*2 hr:8)";
 
-QString plural(int count, const char *noun)
-{
-    return filled("%1 %2%3", count, noun, count == 1 ? "" : "s");
-}
-
 QString totals(const QList<PlannedRequest> &requests, const QList<QList<Variable>> &carried)
 {
     int sent = 0;
@@ -34,8 +27,8 @@ QString totals(const QList<PlannedRequest> &requests, const QList<QList<Variable
         received += requests.at(i).replyLength;
         gaps += gapsOf(requests.at(i), carried.at(i)).size();
     }
-    return filled("%1, %2 sent and %3 received in each pass, %4", plural(requests.size(), "request"),
-                  plural(sent, "byte"), plural(received, "byte"), plural(gaps, "gap"));
+    return filled("%1, %2 sent and %3 received in each pass, %4", counted(requests.size(), "request"),
+                  counted(sent, "byte"), counted(received, "byte"), counted(gaps, "gap"));
 }
 
 } // namespace
@@ -62,7 +55,7 @@ int planCommand(const QStringList &arguments)
         return line.fail(ExitNoLink, "the driver does not give the requests that it announced");
     const QList<QList<Variable>> carried = carriedVariables(requests, variables);
     for (int i = 0; i < requests.size(); ++i)
-        std::printf("%s\n", qPrintable(planLines(requests.at(i), carried.at(i)).join(QLatin1Char('\n'))));
-    std::printf("%s\n", qPrintable(totals(requests, carried)));
+        printLine(planLines(requests.at(i), carried.at(i)).join(QLatin1Char('\n')));
+    printLine(totals(requests, carried));
     return ExitDone;
 }

@@ -19,6 +19,19 @@ namespace {
 const int deviceItself = 255;    // unit identifier
 const int countedInTable = 9999; // five digits, the first of them the table's
 
+struct TableFromOne
+{
+    int area;
+    int first;
+    const char *name;
+};
+
+const TableFromOne tablesFromOne[] = {
+    {AreaDiscreteInputs, 10001, "discrete input"},
+    {AreaInputRegisters, 30001, "input register"},
+    {AreaHoldingRegisters, 40001, "holding register"},
+};
+
 /// The usual cause is a device that answers under another unit identifier than the one that was asked.
 QString otherUnitText(const RW_VAR &access, const QByteArray &reply)
 {
@@ -33,19 +46,13 @@ QString otherUnitText(const RW_VAR &access, const QByteArray &reply)
 /// Manuals that count from 1, with the table's digit in front, are the usual cause of an illegal address.
 QString countedFromOneText(const RW_VAR &access)
 {
-    const int area = requestArea(access.area);
-    const int digit = area == AreaDiscreteInputs     ? 1
-                      : area == AreaInputRegisters   ? 3
-                      : area == AreaHoldingRegisters ? 4
-                                                     : 0;
-    const int first = 10000 * digit + 1;
-    const int address = access.startAddress - first;
-    if (digit == 0 || address < 0 || address >= countedInTable)
-        return QString();
-    const char *const name = digit == 1   ? "discrete input"
-                             : digit == 3 ? "input register"
-                                          : "holding register";
-    return filled("; manuals that count %1 as the first %2 mean %3:%4", first, name, areaName(area), address);
+    for (const auto &[area, first, name] : tablesFromOne) {
+        const int address = access.startAddress - first;
+        if (requestArea(access.area) == area && address >= 0 && address < countedInTable)
+            return filled("; manuals that count %1 as the first %2 mean %3:%4", first, name,
+                          areaName(access.area), address);
+    }
+    return QString();
 }
 
 } // namespace

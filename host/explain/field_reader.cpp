@@ -16,11 +16,11 @@ QByteArray FieldReader::takeBytes(const QString &name, int size)
 void FieldReader::note(const QString &name, const QByteArray &bytes)
 {
     const int shown = 4; // bytes
-    const int last = m_position + bytes.size() - 1;
-    const QString offsets = bytes.size() == 1 ? asText(last) : filled("%1-%2", m_position, last);
     const QByteArray hex = bytes.left(shown).toHex(' ').toUpper() + (bytes.size() > shown ? " ..." : "");
-    m_lastField =
-        QStringLiteral("%1 %2 %3 ").arg(offsets, -7).arg(QString::fromLatin1(hex), -15).arg(name, -14);
+    m_lastField = QStringLiteral("%1 %2 %3 ")
+                      .arg(range(m_position, bytes.size()), -7)
+                      .arg(QString::fromLatin1(hex), -15)
+                      .arg(name, -14);
     notes.fields << m_lastField.trimmed();
 }
 

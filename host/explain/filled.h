@@ -28,3 +28,15 @@ QString filled(const Format &format, const Arguments &...arguments)
         return text.arg(asText(arguments)...);
     return text;
 }
+
+/// "1 byte", "2 bytes".
+inline QString counted(int count, const char *noun)
+{
+    return filled(count == 1 ? "%1 %2" : "%1 %2s", count, noun);
+}
+
+/// "5", "5-8".
+inline QString range(int first, int count)
+{
+    return count == 1 ? asText(first) : filled("%1-%2", first, first + count - 1);
+}

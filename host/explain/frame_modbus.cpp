@@ -16,6 +16,7 @@ struct Function
     int most = 0;  ///< bits or registers of one request
 
     bool isOfBits() const { return table < 3; }
+    const char *noun() const { return isOfBits() ? "bit" : "register"; }
 };
 
 const Function functions[] = {
@@ -41,38 +42,18 @@ Function functionOf(int code)
     return {code};
 }
 
-QString range(int first, int count)
-{
-    return count == 1 ? asText(first) : filled("%1-%2", first, first + count - 1);
-}
-
 QString registerText(const QByteArray &bytes)
 {
     const int number = wordAt(bytes, 0);
     return number < 0x8000 ? asText(number) : filled("%1, signed %2", number, number - 0x10000);
 }
 
-/// "0x1234 0x5678", at most the first eight registers of the wire's bytes.
-QString registersText(const QByteArray &data)
+/// "1 0 1 1", the first `count` bits of a byte, lowest first.
+QString bitsText(int byte, int count)
 {
-    const int mostRegisters = 8;
-    QStringList values;
-    for (int i = 0; i + 1 < data.size() && values.size() < mostRegisters; i += 2)
-        values << QStringLiteral("0x") + QString::fromLatin1(data.mid(i, 2).toHex().toUpper());
-    if (data.size() / 2 > mostRegisters)
-        values << QStringLiteral("...");
-    return values.join(QLatin1Char(' '));
-}
-
-/// "1 0 1 1", at most the first 16 of `count` bits, lowest bit of the first byte first.
-QString bitsText(const QByteArray &data, int count)
-{
-    const int mostBits = 16;
     QStringList bits;
-    for (int i = 0; i < count && i < 8 * data.size() && i < mostBits; ++i)
-        bits << asText(data.at(i / 8) >> i % 8 & 1);
-    if (count > mostBits)
-        bits << QStringLiteral("...");
+    for (int i = 0; i < count; ++i)
+        bits << asText(byte >> i & 1);
     return bits.join(QLatin1Char(' '));
 }
 
@@ -162,9 +143,9 @@ private:
         const int first = address();
         const int quantity = take("quantity", 2);
         const int most = m_function.most;
-        means("%1 %2", quantity, noun(quantity));
-        check(quantity >= 1 && quantity <= most, "quantity %1, the protocol allows 1 to %2 %3", quantity,
-              most, noun(most));
+        means("%1", counted(quantity, m_function.noun()));
+        check(quantity >= 1 && quantity <= most, "quantity %1, the protocol allows 1 to %2", quantity,
+              counted(most, m_function.noun()));
         check(first + quantity <= AddressesOfTable, "it passes the last address, 65535");
         m_meaning += QLatin1Char(' ') + (quantity > 0 ? range(first, quantity) : asText("(none)"));
         if (m_isReply || isReadFunction(m_function.code))
@@ -196,15 +177,20 @@ private:
         const bool isOfBits = m_function.isOfBits();
         const int bytesEach = isOfBits ? 1 : 2;
         const int each = isOfBits ? 8 : 1;
-        QByteArray all;
+        const int shown = isOfBits ? 2 : 8; // bytes of bits, or registers, in the meaning
+        QStringList values;
         for (int i = 0; (i + 1) * bytesEach <= size && !isAtEnd(); ++i) {
             const int count = qBound(1, quantity - i * each, each);
             const QString where = range(first + i * each, count);
-            const QByteArray bytes = takeBytes(filled("%1 %2%3", noun(count), sign, where), bytesEach);
-            means("%1", isOfBits ? bitsText(bytes, count) : registerText(bytes));
-            all += bytes;
+            const QByteArray bytes = takeBytes(
+                filled(count == 1 ? "%1 %2%3" : "%1s %2%3", m_function.noun(), sign, where), bytesEach);
+            const QString bits = bitsText(bytes.at(0), count);
+            means("%1", isOfBits ? bits : registerText(bytes));
+            values << (isOfBits ? bits : filled("0x%1", bytes.toHex().toUpper().constData()));
         }
-        m_meaning += QStringLiteral(": ") + (isOfBits ? bitsText(all, quantity) : registersText(all));
+        if (values.size() > shown)
+            values = values.mid(0, shown) << asText("...");
+        m_meaning += asText(": ") + values.join(QLatin1Char(' '));
     }
 
     void unknown()
@@ -223,11 +209,6 @@ private:
         const int count = left();
         takeBytes(asText("unused"), count);
         check(!notes.faults.isEmpty(), "bytes that this function does not use: %1", count);
-    }
-
-    QString noun(int count) const
-    {
-        return asText(m_function.isOfBits() ? "bit" : "register") + asText(count == 1 ? "" : "s");
     }
 
     const bool m_isReply;

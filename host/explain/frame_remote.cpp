@@ -18,11 +18,9 @@ QString accessName(int access)
 /// The unit of the length: bytes of eight bits in bit reads, else bits or registers.
 QString lengthText(int access, int area, int count)
 {
-    const bool isOfBits = isBitArea(area) || isBitOfRegister(area);
-    const char *const format = !isOfBits              ? "%1 register%2"
-                               : access == AccessRead ? "%1 byte%2 of eight bits"
-                                                      : "%1 bit%2";
-    return filled(format, count, count == 1 ? "" : "s");
+    if (isBitArea(area) && access == AccessRead)
+        return counted(count, "byte") + asText(" of eight bits");
+    return counted(count, isBitArea(area) || isBitOfRegister(area) ? "bit" : "register");
 }
 
 /// The sum that closes the frame: of all bytes before it, modulo 256.

@@ -16,13 +16,14 @@ using namespace modbus_driver::wire;
 
 namespace {
 
-// A request of bits may exceed eight times the block by one byte.
-enum { BlockForBits = MostBitsRead / 8 - 1, BlockForRegisters = MostRegistersRead };
+const char *nounOf(const Span &span)
+{
+    return isBitArea(span.area) ? "bit" : "register";
+}
 
 QString rangeText(const Span &span, int first, int end)
 {
-    const char *const noun = isBitArea(span.area) ? "bit" : "register";
-    return end - first == 1 ? filled("%1 %2", noun, first) : filled("%1s %2-%3", noun, first, end - 1);
+    return filled(end - first == 1 ? "%1 %2" : "%1s %2", nounOf(span), range(first, end - first));
 }
 
 /// Warns of requests beyond a limit of the protocol, and of values that are read in two halves.
@@ -31,10 +32,10 @@ QStringList warningsOf(const PlannedRequest &request, const QList<Variable> &var
     QStringList lines;
     const bool isOfBits = isBitArea(request.span.area);
     const int most = isOfBits ? MostBitsRead : MostRegistersRead;
-    if (request.span.count > most)
-        lines << filled("  WARNING   %1 %2 in one request, the protocol allows %3: use --block %4 or less",
-                        request.span.count, isOfBits ? "bits" : "registers", most,
-                        isOfBits ? int(BlockForBits) : int(BlockForRegisters));
+    if (request.span.count > most) // of bits, it may exceed eight times the block by one byte
+        lines << filled("  WARNING   %1 in one request, the protocol allows %2: use --block %3 or less",
+                        counted(request.span.count, nounOf(request.span)), most,
+                        isOfBits ? MostBitsRead / 8 - 1 : MostRegistersRead);
     for (const Variable &variable : variables) {
         const Span span = spanOf(variable);
         const int end = request.span.end();

@@ -59,11 +59,6 @@ const StatusClass *classOf(int code)
     return nullptr;
 }
 
-QString codesOf(const StatusClass &of)
-{
-    return of.codes == 1 ? asText(of.first) : filled("%1-%2", of.first, of.first + of.codes - 1);
-}
-
 } // namespace
 
 QString statusText(int code)
@@ -80,7 +75,7 @@ QStringList statusExplanation(int code)
     QStringList lines{filled("%1: %2", code, of->text)};
     if (of->codes > 1) {
         const int hostId = code - of->first;
-        lines << filled("  class   %1", codesOf(*of));
+        lines << filled("  class   %1", range(of->first, of->codes));
         lines << (hostId == 0 ? filled("  hostId  not 1 to 11: nothing is added to %1", of->first)
                               : filled("  hostId  %1, added to %2", hostId, of->first));
     }
@@ -92,6 +87,6 @@ QStringList statusTable()
 {
     QStringList lines{asText("codes    meaning")};
     for (const StatusClass &row : classes)
-        lines << filled("%1  %2", codesOf(row).leftJustified(7), row.text);
+        lines << filled("%1  %2", range(row.first, row.codes).leftJustified(7), row.text);
     return lines;
 }
