@@ -11,7 +11,7 @@
 #include "../host/explain/writes.h"
 #include "../host/link/communication_loop.h"
 
-#include <thread>
+#include <future>
 
 using namespace modbus_driver::wire;
 
@@ -21,34 +21,6 @@ const int rounds = 200;
 CommSettings settings; // the driver keeps a pointer to it
 
 void itemNotify(QList<RW_VAR> *, int, int) {}
-
-/// A station for one connection, in a thread of its own, until that ends.
-class StationThread
-{
-public:
-    StationThread() : m_thread(&StationThread::serve, this) {}
-    ~StationThread() { m_thread.join(); }
-
-    quint16 port() const { return static_cast<quint16>(m_listener.port()); }
-
-private:
-    void serve()
-    {
-        const int connection = accept(m_listener.descriptor, nullptr, nullptr);
-        char bytes[260];
-        ssize_t size = 0;
-        while ((size = recv(connection, bytes, sizeof bytes, 0)) > 0) {
-            QByteArray reply = m_station.reply(QByteArray(bytes, static_cast<int>(size)));
-            putWord(reply.data() + LengthAt, reply.size() - LengthFieldEnd);
-            send(connection, reply.constData(), static_cast<std::size_t>(reply.size()), MSG_NOSIGNAL);
-        }
-        close(connection);
-    }
-
-    LoopbackListener m_listener;
-    MemoryStation m_station;
-    std::thread m_thread;
-};
 
 void queueWrite(const DriverLibrary &driver, const Variable &written, int value)
 {
@@ -72,10 +44,18 @@ TEST(HostThreads, SnapshotsAndWritesMeetTheCommunication)
     driver->flashLocalRegister(0, 0, 0);
     pollVariables(*driver, polled);
 
-    StationThread station;
+    const LoopbackListener listener;
+    const auto station = std::async(std::launch::async, [&listener] {
+        MemoryStation values;
+        listener.serve([&values](const QByteArray &request) {
+            QByteArray reply = values.reply(request);
+            putWord(reply.data() + LengthAt, reply.size() - LengthFieldEnd);
+            return reply;
+        });
+    });
     ConnectionOptions connection;
     connection.host = QStringLiteral("127.0.0.1");
-    connection.port = station.port();
+    connection.port = listener.port();
     connection.timeoutMs = 60000;
     const LinkTrace trace;
     PanelState state(*driver, polled);
