@@ -34,16 +34,12 @@ const int longestQuietMs = 10000;
 /// HOST:PORT, [IPV6]:PORT or HOST; the port is 502 when it is left out.
 void readPeer(CommandLine *line, ConnectionOptions *connection)
 {
-    const QString text = line->value("connect");
-    const int bracket = text.indexOf(QLatin1Char(']'));
-    const int colon = text.indexOf(QLatin1Char(':'), qMax(bracket, 0));
-    bool isPort = true;
-    connection->port = colon < 0 ? 502 : text.mid(colon + 1).toUShort(&isPort);
-    connection->host = text.left(colon);
-    if (connection->host.startsWith(QLatin1Char('[')) && bracket == connection->host.size() - 1)
-        connection->host = connection->host.mid(1, bracket - 1);
-    if (!isPort || connection->port == 0 || connection->host.isEmpty())
-        line->complain("--connect takes HOST:PORT, not \"%1\"", text);
+    static const QRegularExpression form(QStringLiteral("^(\\[(.+)\\]|([^:]+))(:(\\d+))?$"));
+    const auto peer = form.match(line->value("connect"));
+    connection->host = peer.captured(2) + peer.captured(3);
+    connection->port = peer.captured(5).isNull() ? 502 : peer.captured(5).toUShort();
+    if (!peer.hasMatch() || connection->port == 0)
+        line->complain("--connect takes HOST:PORT, not \"%1\"", line->value("connect"));
 }
 
 /// The place of the option's value among the choices, such as "a, b or c"; an error, and 0, when it is none.
@@ -54,17 +50,6 @@ int choice(CommandLine *line, const char *option, const char *choices)
     if (place < 0)
         line->complain("--%1 takes %2, not \"%3\"", option, choices, line->value(option));
     return qMax(0, place);
-}
-
-void readFaults(CommandLine *line, PanelOptions *options)
-{
-    if (line->isSet("fault") && line->isSet("connect"))
-        line->complain("--fault is for the built-in station, not for one behind --connect");
-    QString error;
-    const std::optional<QList<Fault>> faults = parseFaults(line->values("fault"), &error);
-    if (!faults)
-        line->complain(error);
-    options->faults = faults.value_or(QList<Fault>());
 }
 
 /// Why the variable cannot be read; empty when it can.
@@ -128,7 +113,13 @@ PanelOptions linkOptions(CommandLine *line)
     options.block = line->number("block", 1, 1000);
     options.trace = line->isSet("trace");
     options.traceFile = line->value("trace");
-    readFaults(line, &options);
+    QString error;
+    if (const auto faults = parseFaults(line->values("fault"), &error))
+        options.faults = *faults;
+    else
+        line->complain(error);
+    if (line->isSet("fault") && line->isSet("connect"))
+        line->complain("--fault is for the built-in station, not for one behind --connect");
     return options;
 }
 

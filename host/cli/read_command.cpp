@@ -3,11 +3,10 @@
 #include "common_options.h"
 #include "panel_text.h"
 #include "records.h"
+#include "standard_output.h"
 
 #include "../explain/byte_orders.h"
 #include "../explain/filled.h"
-
-#include <cstdio>
 
 namespace {
 
@@ -31,8 +30,7 @@ bool report(const CommandLine &line, const ValueState &value, RecordForm form)
         const QString text = inOrders
                                  ? byteOrderTable(value.value(), variable.width()).join(QLatin1Char('\n'))
                                  : measuredText(variable, value.value());
-        std::printf("%s%s%s\n", qPrintable(variable.name), inOrders ? ":\n" : " = ", qPrintable(text));
-        std::fflush(stdout);
+        printLine(filled(inOrders ? "%1:\n%2" : "%1 = %2", variable.name, text));
         return true;
     }
     const QString why = value.failure().isEmpty() ? QStringLiteral("not read") : value.failure();
@@ -65,7 +63,7 @@ int readCommand(const QStringList &arguments)
     if (!session.readVariablesOnce())
         return line.fail(ExitUsage, "too many variables to read at once; poll takes any number");
     if (form == RecordForm::None)
-        std::printf("%s\n", qPrintable(session.peer()));
+        printLine(session.peer());
     session.start();
     bool isGood = true;
     const auto show = [&](int item, const PanelSnapshot &now) {
@@ -80,7 +78,7 @@ int readCommand(const QStringList &arguments)
             show(i, last);
     }
     if (form != RecordForm::None)
-        std::printf("%s%s", recordHeading(form).constData(),
-                    record(last, {form, session.address(), std::numeric_limits<qint64>::max()}).constData());
+        print(recordHeading(form) +
+              record(last, {form, session.address(), std::numeric_limits<qint64>::max()}));
     return isGood ? ExitDone : ExitFailed;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "commands.h"
 #include "common_options.h"
+#include "standard_output.h"
 
 #include "../explain/filled.h"
 #include "../explain/writes.h"
@@ -30,35 +31,29 @@ Example: a register, a bit of register 10 and a float, low register first:
 
 const int longestText = 60; // of a word in the report
 
-bool isWritable(int area)
+/// Why the variable cannot be written so; empty when it can.
+QString whyUnwritable(const ListedVariable &named, int block)
 {
-    return area == AreaCoils || area == AreaHoldingRegisterBit || area == AreaHoldingRegisters ||
-           area == AreaHoldingPairs;
-}
-
-/// Why the variable cannot be written; empty when it can.
-QString whyUnwritable(const Variable &variable, int block)
-{
-    if (!isWritable(variable.area))
-        return filled("%1 is read-only", areaName(variable.area));
-    if (variable.unit == StationBroadcast && variable.area == AreaHoldingRegisterBit)
-        return QStringLiteral("a bit of a register cannot be broadcast: the register has to be read first");
-    if (variable.area == AreaHoldingPairs && block < 2)
-        return QStringLiteral("a 32-bit value needs a --block of at least 2");
-    return QString();
+    const int area = named.variable.area;
+    if (area == AreaDiscreteInputs || area == AreaInputRegisterBit || area == AreaInputRegisters ||
+        area == AreaInputPairs)
+        return filled("%1 is read-only", areaName(area));
+    if (named.variable.unit == StationBroadcast && area == AreaHoldingRegisterBit)
+        return asText("a bit of a register cannot be broadcast: the register has to be read first");
+    if (area == AreaHoldingPairs && block < 2)
+        return asText("a 32-bit value needs a --block of at least 2");
+    return asText(named.value.isNull() ? "it names no value; write takes VARIABLE=VALUE" : "");
 }
 
 /// The item to write; errors go to line->complain().
 WriteItem itemOf(const ListedVariable &named, int block, CommandLine *line)
 {
-    QString fault = whyUnwritable(named.variable, block);
-    if (fault.isEmpty() && named.value.isNull())
-        fault = QStringLiteral("it names no value; write takes VARIABLE=VALUE");
-    if (!fault.isEmpty())
-        fault = filled("%1: %2", named.variable.name, fault);
     WriteItem item;
     item.variable = named.variable;
-    if (fault.isEmpty())
+    QString fault = whyUnwritable(named, block);
+    if (!fault.isEmpty())
+        fault = filled("%1: %2", named.variable.name, fault);
+    else
         item.value = parseValues(named.variable, named.value, &fault).value_or(QByteArray());
     if (!fault.isEmpty())
         line->complain(named.place + fault);
@@ -74,7 +69,7 @@ int report(const QList<WriteItem> &items, PanelSnapshot now)
     ExitCode worst = ExitDone;
     for (int i = 0; i < items.size(); ++i) {
         const WriteOutcome outcome = writeOutcome(items.at(i), now.items[i]);
-        std::printf("%s: %s\n", qPrintable(items.at(i).text), qPrintable(outcome.text));
+        printLine(filled("%1: %2", items.at(i).text, outcome.text));
         worst = std::max(worst, codes[outcome.end]);
     }
     return worst;
@@ -106,7 +101,7 @@ int writeCommand(const QStringList &arguments)
     queueWrites(session.driver(), options.block, &items);
     const auto inQueue =
         std::count_if(items.begin(), items.end(), [](const WriteItem &item) { return item.queued > 0; });
-    std::printf("%s\n", qPrintable(session.peer()));
+    std::printf("%s\n", qPrintable(session.peer())); // not flushed: a reader that has stopped delays no write
     session.start();
     session.waitForItems(static_cast<int>(inQueue));
     session.stop();

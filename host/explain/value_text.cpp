@@ -101,8 +101,8 @@ void appendText(QByteArray *text, const Variable &variable, const QByteArray &by
     }
 }
 
-/// What is wrong; empty when *bits holds the value.
-QString readWhole(const Variable &variable, double raw, bool isBits, quint32 *bits)
+/// What is wrong; empty when the value was appended.
+QString readWhole(const Variable &variable, double raw, bool isBits, QByteArray *bytes)
 {
     const bool isSigned = variable.type == ValueType::Signed && !isBits;
     const bool isPlain = variable.type == ValueType::Plain && variable.scale == 1 && variable.width() > 1;
@@ -118,29 +118,27 @@ QString readWhole(const Variable &variable, double raw, bool isBits, quint32 *bi
         const auto [low, high] = std::minmax({least * variable.scale, most * variable.scale});
         return filled("it takes %1 to %2", text(low), text(high));
     }
-    *bits = static_cast<quint32>(static_cast<qint64>(whole));
+    appendBits(bytes, variable, static_cast<quint32>(static_cast<qint64>(whole)));
     return QString();
 }
 
-QString readValue(const Variable &variable, const QString &text, quint32 *bits)
+QString readValue(const Variable &variable, const QString &text, QByteArray *bytes)
 {
     static const QRegularExpression fraction(QStringLiteral("[.EeNn]")); // n of nan and inf
     const bool isBits = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
     const bool mayBeFloat = variable.type == ValueType::Plain && variable.scale == 1 && variable.width() == 4;
     const bool isFloat = variable.type == ValueType::Float || (mayBeFloat && text.contains(fraction));
     bool isNumber = true;
-    double raw = 0;
-    if (isBits)
-        raw = text.mid(2).toUInt(&isNumber, 16);
-    else
-        raw = text.toLower().toDouble(&isNumber);
-    raw /= isBits ? 1 : variable.scale;
+    const double raw =
+        isBits ? text.mid(2).toUInt(&isNumber, 16) : text.toLower().toDouble(&isNumber) / variable.scale;
     const float single = static_cast<float>(raw);
     if (!isNumber || (isFloat && std::isinf(single) != std::isinf(raw)))
         return filled("it is no number that fits %1", typeName(variable));
     if (isBits || !isFloat)
-        return readWhole(variable, raw, isBits, bits);
-    std::memcpy(bits, &single, sizeof single);
+        return readWhole(variable, raw, isBits, bytes);
+    quint32 bits;
+    std::memcpy(&bits, &single, sizeof single);
+    appendBits(bytes, variable, bits);
     return QString();
 }
 
@@ -208,15 +206,12 @@ std::optional<QByteArray> parseValues(const Variable &variable, const QString &t
     }
     QByteArray bytes;
     for (const QString &word : words) {
-        quint32 bits = 0;
         const QString fault =
-            isText ? readText(variable, word, &bytes) : readValue(variable, word.trimmed(), &bits);
+            isText ? readText(variable, word, &bytes) : readValue(variable, word.trimmed(), &bytes);
         if (!fault.isEmpty()) {
             *error = filled("value \"%1\" for %2: %3", word.trimmed(), variable.name, fault);
             return std::nullopt;
         }
-        if (!isText)
-            appendBits(&bytes, variable, bits);
     }
     return bytes;
 }
