@@ -54,7 +54,7 @@ QString readScale(const QString &text, Variable *variable)
     variable->scale = text.toDouble(&isNumber);
     const double size = std::abs(variable->scale);
     if (!isNumber || !(size >= 1 / largestScale && size <= largestScale))
-        return QStringLiteral("the scale \"%1\" is no number from 1e-12 to 1e12").arg(text);
+        return filled("the scale \"%1\" is no number from 1e-12 to 1e12", text);
     return isOfNumber || variable->scale == 1 ? QString() : QStringLiteral("only numbers have a scale");
 }
 
@@ -99,7 +99,7 @@ QString readHeader(const QString &line, List *list)
             return filled("there is no column \"%1\"; the columns are %2", cell, columnNames);
         list->columns << static_cast<Column>(column);
     }
-    return QString();
+    return asText(list->columns.contains(VariableText) ? "" : "no column is called \"variable\"");
 }
 
 /// The line's cells in the list's columns; a plain line has a variable and a name.
@@ -120,24 +120,28 @@ QString readCells(const QString &line, List *list)
         return QStringLiteral("it has more cells than the first line has columns");
     for (int i = 0; i < qMin(cells.size(), list->columns.size()); ++i)
         row[list->columns.at(i)] = cells.at(i);
-    return cells.join(QString()).isEmpty() ? QString() : readRow(row, list);
+    return readRow(row, list);
 }
 
 QString readLine(const QString &line, List *list)
 {
+    static const QRegularExpression nothing(QStringLiteral("^([,;\\s\"]*|#.*)$"));
     static const QRegularExpression base(QStringLiteral("^base[,;\\s]+([01])[,;\\s]*$"));
-    static const QRegularExpression header(QStringLiteral("^([^:]*[,;])?[ \"]*variable\\b[^:]*$"),
+    static const QRegularExpression header(QStringLiteral("^((?!\\d)[^:]*[,;]|[ \"]*variable\\b)[^:]*$"),
                                            QRegularExpression::CaseInsensitiveOption);
-    if (line.isEmpty() || line.startsWith(QLatin1Char('#')))
+    if (nothing.match(line).hasMatch())
         return QString();
+    if (line.contains(QChar::ReplacementCharacter))
+        return QStringLiteral("it is no UTF-8 text; save the list as UTF-8");
     if (!list->variables.isEmpty() || !list->columns.isEmpty())
         return readCells(line, list);
-    if (header.match(line).hasMatch())
-        return readHeader(line, list);
     const auto found = base.match(line);
-    if (!found.hasMatch())
+    if (found.hasMatch())
+        list->base = found.captured(1).toInt();
+    else if (header.match(line).hasMatch())
+        return readHeader(line, list);
+    else
         return readCells(line, list);
-    list->base = found.captured(1).toInt();
     return QString();
 }
 
@@ -156,7 +160,7 @@ std::optional<QList<ListedVariable>> readVariableList(const QString &path, int b
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        *error = QStringLiteral("cannot read %1: %2").arg(path, file.errorString());
+        *error = filled("cannot read %1: %2", path, file.errorString());
         return std::nullopt;
     }
     const QByteArray content = file.read(longestFile + 1);
@@ -165,7 +169,7 @@ std::optional<QList<ListedVariable>> readVariableList(const QString &path, int b
     list.base = base;
     error->clear();
     if (content.size() > longestFile)
-        *error = QStringLiteral("%1 is larger than a list of variables may be (1 MiB)").arg(path);
+        *error = filled("%1 is larger than a list of variables may be (1 MiB)", path);
     for (int i = 0; i < lines.size() && error->isEmpty(); ++i) {
         list.place = filled("%1:%2: ", path, i + 1);
         const QString fault = readLine(lines.at(i).trimmed(), &list);
@@ -173,6 +177,6 @@ std::optional<QList<ListedVariable>> readVariableList(const QString &path, int b
             *error = list.place + fault;
     }
     if (list.variables.isEmpty() && error->isEmpty())
-        *error = QStringLiteral("%1 holds no variable").arg(path);
+        *error = filled("%1 holds no variable", path);
     return error->isEmpty() ? std::optional<QList<ListedVariable>>(list.variables) : std::nullopt;
 }
