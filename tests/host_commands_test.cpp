@@ -127,11 +127,11 @@ TEST(Commands, ReportsAndEndsWithTheWorstOutcome)
          "--fault exception=11@unit=5",
          ExitDone,
          "unit 1: answered, hr:60 = 60\nunit 2: exception 2: illegal data address\nunit 3: silent\n"
-         "unit 5: exception 11: no response behind the gateway\n4 of 4 asked, 2 answered\n",
+         "unit 5: exception 11: no response behind the gateway\n4 of 4 asked, 2 answered, 1 of these with an exception\n",
          ""},
         {scanCommand, "--simulate --gap 0 2/hr:60*2 coil:7*2 hr32:62*2 --fault exception=3@address=61", ExitDone,
          "2/hr:60 = 60\n2/hr:61: exception 3: illegal data value\n1/coil:7 = 0\n1/coil:8 = 0\n1/hr32:62 = 4063295\n"
-         "1/hr32:64 = 4194369\n6 of 6 asked, 6 answered\n",
+         "1/hr32:64 = 4194369\n6 of 6 asked, 6 answered, 1 of these with an exception\n",
          ""},
         {writeCommand, "--simulate hr:60=1 coil:1=1", ExitDone, "hr:60=1: acknowledged\ncoil:1=1: acknowledged\n", ""},
         {writeCommand, "--simulate hr:70=1 hr:71=2 hr:71=3 hr:30=1 --fault exception=6@address=30", ExitFailed,

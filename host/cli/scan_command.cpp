@@ -97,6 +97,7 @@ private:
     Exchange m_exchange;
     int m_status = StatusUnknown;
     int m_answered = 0;
+    int m_refused = 0; ///< of the answered
 };
 
 ExitCode Scan::run(const CommandLine &line, const QList<Target> &targets, int retries)
@@ -104,13 +105,14 @@ ExitCode Scan::run(const CommandLine &line, const QList<Target> &targets, int re
     bool hasLink = m_connection.open();
     int asked = 0;
     const auto counts = [&] {
-        return filled("%1 of %2 asked, %3 answered", asked, targets.size(), m_answered);
+        const QString text = filled("%1 of %2 asked, %3 answered", asked, targets.size(), m_answered);
+        return m_refused > 0 ? filled("%1, %2 of these with an exception", text, m_refused) : text;
     };
     while (hasLink && asked < targets.size() && !std::ferror(stdout)) {
         const Target &target = targets.at(asked);
         showProgress(counts());
-        exchange(target.variable);
-        for (int i = 0; i < retries && m_exchange.end != Exchange::Answered; ++i)
+        m_exchange = Exchange();
+        for (int i = 0; i <= retries && m_exchange.end != Exchange::Answered; ++i)
             exchange(target.variable);
         showProgress(QString());
         hasLink = m_exchange.end != Exchange::NotSent;
@@ -136,7 +138,6 @@ void Scan::exchange(const Variable &variable)
     const Protocol *request = driver.nextRequest();
     if (!request) // a first "nothing to send" may only end a burst
         request = driver.nextRequest();
-    m_exchange = Exchange();
     if (!request)
         return;
     const Protocol asked = *request; // the driver's record ends with handReply
@@ -155,6 +156,7 @@ QString Scan::answer(const Target &target)
     const int exception = exceptionCode(m_exchange.reply);
     const bool isOfGateway = exception == ExceptionGatewayPath || exception == ExceptionGatewayTarget;
     m_answered += m_exchange.end == Exchange::Answered && !isOfGateway;
+    m_refused += exception >= 0 && !isOfGateway;
     if (exception < 0 && (m_status == StatusDone || m_status == StatusRemoteAccepted)) {
         QByteArray value;
         m_session.driver().getRegisterData(0, variable.area, variable.addressText(), variable.unit, value,
