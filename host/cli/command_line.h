@@ -38,7 +38,7 @@ public:
     /// The value as a number. An error when it is outside the limits; the nearest limit is then returned.
     int number(const char *name, int lowest, int highest);
 
-    /// Notes an error, a format and its arguments; only the first is kept.
+    /// Notes an error, a format and its arguments; only the first is kept. None is an empty text.
     template <typename... Texts> void complain(const Texts &...texts)
     {
         if (isFine())

@@ -114,10 +114,8 @@ PanelOptions linkOptions(CommandLine *line)
     options.trace = line->isSet("trace");
     options.traceFile = line->value("trace");
     QString error;
-    if (const auto faults = parseFaults(line->values("fault"), &error))
-        options.faults = *faults;
-    else
-        line->complain(error);
+    options.faults = parseFaults(line->values("fault"), &error).value_or(QList<Fault>());
+    line->complain(error);
     if (line->isSet("fault") && line->isSet("connect"))
         line->complain("--fault is for the built-in station, not for one behind --connect");
     return options;
@@ -170,15 +168,11 @@ QList<ListedVariable> namedVariables(CommandLine *line)
     for (const QString &word : line->words()) {
         if (const auto named = parseAssignment(word, base, &error))
             variables << *named;
-        else
-            line->complain(error);
+        line->complain(error);
     }
-    if (line->isSet("file")) {
-        if (const auto listed = readVariableList(line->value("file"), base, &error))
-            variables << *listed;
-        else
-            line->complain(error);
-    }
+    if (line->isSet("file"))
+        variables << readVariableList(line->value("file"), base, &error).value_or(QList<ListedVariable>());
+    line->complain(error);
     if (variables.isEmpty())
         line->complain("no variable is named; --help shows how they are written");
     return variables;

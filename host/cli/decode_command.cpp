@@ -28,8 +28,7 @@ colons, commas or 0x. Four bytes alone are two registers, and are shown as a
 number in every word and byte order.
 
 With -, or without HEX when standard input is no terminal, frames are read from
-there: one a line, or a trace of this program or of modbus-station. Ends with 0
-when all frames are correct, 1 when one is faulty, 2 for other text.
+there: one a line, or a trace of this program or of modbus-station.
 
 Examples:
   modbus-panel decode 00 00 00 00 00 06 01 03 00 64 00 0A
@@ -42,8 +41,8 @@ const int shortestSerial = 5; // an exception reply
 const int longestLine = 65536;
 const int longestShown = 40; // of a wrong word
 
-/// The bytes of all words; nothing, with one line in *error, when one is not hexadecimal.
-std::optional<QByteArray> bytesOf(const QString &text, QString *error)
+/// The bytes of all words. One line in *error when one is not hexadecimal, or when there is none.
+QByteArray bytesOf(const QString &text, QString *error)
 {
     const QRegularExpression separators(QStringLiteral("[\\s:,;-]+"));
     const QRegularExpression digits(QStringLiteral("^[0-9a-fA-F]+$"));
@@ -58,12 +57,12 @@ std::optional<QByteArray> bytesOf(const QString &text, QString *error)
         else if (word.size() % 2 != 0)
             *error = filled("\"%1\" has an odd number of digits; a byte has two", word.left(longestShown));
         if (!error->isEmpty())
-            return std::nullopt;
+            return bytes;
         bytes += QByteArray::fromHex(word.toLatin1());
     }
     if (bytes.isEmpty())
         *error = QLatin1String(noBytes);
-    return error->isEmpty() ? std::optional<QByteArray>(bytes) : std::nullopt;
+    return bytes;
 }
 
 struct Kind
@@ -177,12 +176,12 @@ ExitCode decodeInput(const CommandLine &line)
         if (direction && text.startsWith(QLatin1String("000000 ")))
             text.remove(0, 7);
         QString error;
-        const auto bytes = bytesOf(text, &error);
+        const QByteArray bytes = bytesOf(text, &error);
         if (read.size() >= longestLine)
             error = QStringLiteral("a frame is not that long");
         if (!error.isEmpty())
             return line.fail(ExitUsage, "line %1: %2", number, error);
-        worst = std::max(worst, decode(line, *bytes, direction));
+        worst = std::max(worst, decode(line, bytes, direction));
         direction.reset();
         hasFrame = true;
     }
@@ -205,8 +204,8 @@ int decodeCommand(const QStringList &arguments)
     if (text == QLatin1String("-") || (text.isEmpty() && isatty(STDIN_FILENO) == 0))
         return decodeInput(line);
     QString error;
-    const auto bytes = bytesOf(text, &error);
-    if (!bytes && QFile::exists(text))
+    const QByteArray bytes = bytesOf(text, &error);
+    if (!error.isEmpty() && QFile::exists(text))
         return line.fail(ExitUsage, "\"%1\" is a file; write: modbus-panel decode - <%1", text);
-    return bytes ? decode(line, *bytes, std::nullopt) : line.fail(ExitUsage, error);
+    return error.isEmpty() ? decode(line, bytes, std::nullopt) : line.fail(ExitUsage, error);
 }

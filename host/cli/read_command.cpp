@@ -14,7 +14,7 @@ const char description[] = R"(Reads variables, [UNIT/]AREA:ADDRESS[*COUNT], once
 own, so a failure affects no other variable.
 
 Prints the station, then VARIABLE = VALUE for each, or a line on stderr with the
-reason. Ends with 0 when all were read, 1 when any was not, 3 without a connection.
+reason.
 
 Example: four registers and a bit of register 10, from unit 2:
   modbus-panel read --connect 192.0.2.7:502 2/hr:100*4 2/hrbit:10.5)";

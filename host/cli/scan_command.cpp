@@ -23,8 +23,7 @@ namespace {
 const char description[] = R"(Asks units or registers one after the other, slowly, and tells which answer.
 With --units each unit is asked for VARIABLE, hr:0 when none is named; an
 exception is an answer too, unless it is that of a gateway. Without --units each
-register (or eight bits) of the variables is asked for by itself. Ends with 0
-when anything answered, 1 when nothing did, 3 without a connection.
+register (or eight bits) of the variables is asked for by itself.
 
 Examples: who is there, and which registers has unit 2:
   modbus-panel scan --connect 192.0.2.7:502 --units 1-20,247

@@ -3,33 +3,20 @@
 
 #include "../link/exception_codes.h"
 
-namespace {
-
-struct Name
-{
-    int code;
-    const char *name;
-};
-
-const Name names[] = {
-    {ExceptionIllegalFunction, "illegal function"},
-    {ExceptionIllegalAddress, "illegal data address"},
-    {ExceptionIllegalValue, "illegal data value"},
-    {ExceptionDeviceFailure, "device failure"},
-    {ExceptionAcknowledged, "acknowledged, still busy"},
-    {ExceptionBusy, "device busy"},
-    {ExceptionMemoryParity, "memory parity error"},
-    {ExceptionGatewayPath, "gateway path unavailable"},
-    {ExceptionGatewayTarget, "no response behind the gateway"},
-};
-
-} // namespace
+#include <QtCore/QMap>
 
 QString exceptionName(int code)
 {
-    for (const Name &of : names) {
-        if (of.code == code)
-            return QString::fromLatin1(of.name);
-    }
-    return QStringLiteral("unknown exception");
+    static const QMap<int, const char *> names = {
+        {ExceptionIllegalFunction, "illegal function"},
+        {ExceptionIllegalAddress, "illegal data address"},
+        {ExceptionIllegalValue, "illegal data value"},
+        {ExceptionDeviceFailure, "device failure"},
+        {ExceptionAcknowledged, "acknowledged, still busy"},
+        {ExceptionBusy, "device busy"},
+        {ExceptionMemoryParity, "memory parity error"},
+        {ExceptionGatewayPath, "gateway path unavailable"},
+        {ExceptionGatewayTarget, "no response behind the gateway"},
+    };
+    return QString::fromLatin1(names.value(code, "unknown exception"));
 }

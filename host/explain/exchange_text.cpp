@@ -64,17 +64,11 @@ QString exchangeText(const Exchange &exchange)
         return filled("exception %1: %2", exception, exceptionName(exception));
     if (exchange.fault != ReplyFault::None)
         return filled("reply held back: %1", replyFaultText(exchange.fault));
-    switch (exchange.end) {
-    case Exchange::Answered:
+    if (exchange.end == Exchange::Answered)
         return QStringLiteral("answered");
-    case Exchange::Sent:
+    if (exchange.end == Exchange::Sent)
         return QStringLiteral("sent to all units, no reply comes");
-    case Exchange::NoReply:
-        return linkCauseText(exchange.cause);
-    case Exchange::NotSent:
-        return filled("no link: %1", linkCauseText(exchange.cause));
-    }
-    return QString();
+    return filled(exchange.end == Exchange::NotSent ? "no link: %1" : "%1", linkCauseText(exchange.cause));
 }
 
 QString failureText(const RW_VAR &access, const Exchange &exchange, int status)
