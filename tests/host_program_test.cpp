@@ -12,12 +12,12 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
-#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -84,17 +84,6 @@ public:
     QByteArray output(const QByteArray &text = QByteArray()) const { return read(outEnd, text); }
     QByteArray errors(const QByteArray &text = QByteArray()) const { return read(errEnd, text); }
 
-    // Until what lies in the pipe grows no more.
-    static void waitUntilFull(int pipeEnd)
-    {
-        int before = -1, held = 0;
-        while (held == 0 || held != before) {
-            before = held;
-            usleep(300000);
-            ioctl(pipeEnd, FIONREAD, &held);
-        }
-    }
-
     // How it ended: the exit code, or minus the signal; 999: it goes on.
     int end()
     {
@@ -153,15 +142,17 @@ TEST(Signals, EndEveryWait)
 
 TEST(Signals, EndAProgramWhoseReaderHasStopped)
 {
-    Program program("poll --every 0 --json hr:60");
-    program.waitUntilFull(program.outEnd);
-    kill(program.pid, SIGINT);
-    EXPECT_EQ(program.end(), 0);
-
-    Program report("write --simulate --trace --timeout 3600000 --fault silence hr:60=1", Program::FullPipe);
-    report.errors(sent);
-    kill(report.pid, SIGINT);
-    EXPECT_EQ(report.end(), 4) << "the report finds no reader";
+    const std::pair<const char *, int> rows[] = {
+        {"poll --every 0 --json --trace hr:60", 0},
+        {"write --simulate --trace --timeout 3600000 --fault silence hr:60=1", 4}, // waits at its report
+    };
+    for (const auto &[words, code] : rows) {
+        Program program(words, Program::FullPipe);
+        EXPECT_TRUE(program.errors(sent).endsWith(sent)) << words;
+        usleep(300000); // it writes
+        kill(program.pid, SIGINT);
+        EXPECT_EQ(program.end(), code) << words;
+    }
 }
 
 TEST(Signals, EndAProgramAtTheSecondOne)
@@ -185,12 +176,20 @@ TEST(Trace, ThatIsNotReadStopsNothing)
 
 TEST(Output, ThatIsLostIsTold)
 {
-    Program full("poll --simulate --passes 1 --trace=/dev/full hr:60");
-    EXPECT_EQ(full.errors(), "modbus-panel: the trace cannot be written\n");
-    EXPECT_EQ(full.end(), 2);
-    Program closed("read --simulate hr:60 >&-");
-    EXPECT_EQ(closed.errors(), "modbus-panel: standard output cannot be written\n");
-    EXPECT_EQ(closed.end(), 2);
+    const std::pair<const char *, const char *> rows[] = {
+        {"poll --simulate --passes 1 --trace=/dev/full hr:60", "modbus-panel: the trace cannot be written\n"},
+        {"poll --simulate --every 1 hr:60 >/dev/full", "modbus-panel: standard output cannot be written\n"},
+        {"read --simulate hr:60 >&-", "modbus-panel: standard output cannot be written\n"},
+    };
+    for (const auto &[words, complaint] : rows) {
+        Program program(words);
+        EXPECT_EQ(program.errors(), complaint) << words;
+        EXPECT_EQ(program.end(), 2) << words;
+    }
+    Program unread("poll --simulate --every 1 hr:60");
+    close(std::exchange(unread.outEnd, -1));
+    EXPECT_EQ(unread.errors(), "") << "the reader has what it wanted";
+    EXPECT_EQ(unread.end(), 0);
 }
 
 // Each key, and what the terminal must then show: the screen left before the shell reports the end, or the stop.

@@ -76,6 +76,14 @@ TEST_F(SessionTest, ABroadcastReachesAllUnitsAndNoBlockCutsAValue)
     EXPECT_EQ(registerOf(1, 73), 0x4444);
 }
 
+TEST_F(SessionTest, AWriteInPartsOrHalvesTellsWhichWasDone)
+{
+    options.block = 2;
+    EXPECT_EQ(write("hr:70*5=1,2,3,4,5 hrbit:80.1=1", "exception=2@address=72 close@function=3"),
+              "1 of 3 requests acknowledged, then refused with exception 2: illegal data address"
+              " | not done: connection closed by the peer");
+}
+
 TEST_F(SessionTest, WhatFindsTheQueueFullIsDropped)
 {
     const QByteArray ones = "coil:0*1030=1" + QByteArray(",1").repeated(1029);
@@ -175,25 +183,20 @@ TEST_F(SpoiltSessionTest, NothingForeignGetsThroughWhicheverReplyIsSpoilt)
 
 TEST_F(SessionTest, AFailedReadSaysWhyAndTakesNoOthersValue)
 {
-    EXPECT_EQ(valuesOf(readOnce("hr:61 hr:60*2", "exception=2@nth=1")), "exception 2: illegal data address | 60 61");
-    EXPECT_EQ(valuesOf(readOnce("1/hr:20", "unit=9")), "unit 9 answered a request to unit 1; try 9/hr:20");
-    EXPECT_EQ(valuesOf(readOnce("1/coil:8", "unit=255")), "unit 255 answered a request to unit 1; try 255/coil:8 "
-                                                          "(unit 255 is the device that has the connection, not one behind it)");
-}
-
-TEST_F(SessionTest, ARetryBelongsToOneRequest)
-{
-    options.retries = 1;
-    EXPECT_EQ(valuesOf(readOnce("hr:60 hr:70 hr:80", "exception=6@every=2")), "60 | 70 | 80");
-    EXPECT_EQ(session->station()->requests().size(), 5);
-}
-
-TEST_F(SessionTest, ARetryThatCannotBeSentHidesNotWhatTheWireShowed)
-{
-    options.retries = 5;
+    const std::tuple<int, const char *, const char *, const char *> rows[] = {
+        {0, "hr:61 hr:60*2", "exception=2@nth=1", "exception 2: illegal data address | 60 61"},
+        {0, "1/hr:20", "unit=9", "unit 9 answered a request to unit 1; try 9/hr:20"},
+        {0, "1/coil:8", "unit=255",
+         "unit 255 answered a request to unit 1; try 255/coil:8 (unit 255 is the device that has the connection, not one behind "
+         "it)"},
+        {1, "hr:60 hr:70 hr:80", "exception=6@every=2", "60 | 70 | 80"}, // a retry for each request
+        {5, "hr:60 hr:70", "refuse=600@nth=1", "connection closed by the peer | no link: connection refused"},
+    };
     options.connection.patienceMs = 0;
-    EXPECT_EQ(valuesOf(readOnce("hr:60 hr:70", "refuse=600@nth=1")),
-              "connection closed by the peer | no link: connection refused");
+    for (const auto &[retries, texts, faults, values] : rows) {
+        options.retries = retries;
+        EXPECT_EQ(valuesOf(readOnce(texts, faults)), values);
+    }
 }
 
 TEST_F(SessionTest, AReadWaitsForALinkThatIsBackingOff)
@@ -231,14 +234,27 @@ TEST_F(SessionTest, ADeadUnitIsSwitchedOffAndFoundAgain)
     options.connection.timeoutMs = 100;
     options.loop.offAfter = 2;
     options.loop.retryOffMs = 200;
-    startPolling("1/hr:60 2/hr:61", "silence@unit=2");
-    const auto waitFor = [this](const char *values, bool isOff) {
-        const auto now = waitUntil([&](const PanelSnapshot &n) { return valuesOf(n) == values && n.units.at(2).isOff == isOff; });
+    startPolling("1/hr:60 2/hr:61", "silence@unit=1");
+    const auto waitFor = [this](const char *values, bool isOff, int passes) {
+        const auto now = waitUntil(
+            [&](const PanelSnapshot &n) { return valuesOf(n) == values && n.units.at(1).isOff == isOff && n.passes >= passes; });
         EXPECT_EQ(valuesOf(now), values);
+        return now.passes;
     };
-    waitFor("60 | no reply", true);
+    const int passes = waitFor("no reply | 61", true, 0);
+    waitFor("no reply | 61", true, passes + 2); // without the request that opened the first pass
     session->station()->setFaults({});
-    waitFor("60 | 61", false);
+    waitFor("60 | 61", false, 0);
+}
+
+TEST_F(SessionTest, APeerThatIsSilentForLongIsConnectedAnew)
+{
+    options.connection.timeoutMs = 100;
+    options.loop.offAfter = 0;
+    startPolling("hr:60");
+    waitUntil([](const PanelSnapshot &n) { return n.values.at(0).readAtMs() >= 0; });
+    session->station()->setFaults(*parseFaults({QStringLiteral("silence")}, nullptr));
+    EXPECT_GE(waitUntil([](const PanelSnapshot &n) { return n.units.at(1).reconnects > 0; }).units.at(1).timeOuts, 10);
 }
 
 TEST_F(SessionTest, WhileTheLinkIsDownWritesEndAndPollsGoOnLater)
@@ -290,7 +306,7 @@ TEST_F(SessionTest, WhileBackingOffNothingIsTried)
 TEST_F(SessionTest, WhatASessionLeavesUnsentStaysUnsent)
 {
     open("hr:70");
-    queue("hr:70=7");
+    EXPECT_EQ(writeOutcome(queue("hr:70=7").at(0), {}).text, QStringLiteral("not done: stopped before it was sent"));
     EXPECT_EQ(valuesOf(poll(3, "hr:60")), "60");
     EXPECT_EQ(session->station()->requests().size(), 3);
     EXPECT_EQ(registerOf(1, 70), 70);

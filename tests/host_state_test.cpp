@@ -3,16 +3,14 @@
 
 #include "../host/cli/poll_table.h"
 #include "../host/cli/records.h"
-#include "../host/explain/writes.h"
 #include "../host/link/link_state.h"
-#include "../host/link/poll_pass.h"
-#include "../host/link/recovery.h"
 #include "../host/link/transaction_numbers.h"
 #include "../host/link/unit_switch.h"
 #include "host_words.h"
 
 #include <QtCore/QSet>
 
+#include <cerrno>
 #include <tuple>
 
 namespace {
@@ -50,41 +48,21 @@ TEST(LinkState, BacksOffLongerAndLongerUntilTheLinkIsProven)
     }
 }
 
-TEST(Recovery, KeepsTheConnectionOnlyWhileNumbersTellLateReplies)
+TEST(LinkCauseText, NamesWhatIsKnownOfAConnectionThatDoesNotOpen)
 {
-    using Row = std::tuple<const char *, LinkCause, StreamFacts, Recovery>;
-    const Row rows[] = {
-        {"a time-out", LinkCause::Silent, {AfterTimeout::Numbers, true, 1}, Recovery::None},
-        {"a time-out without numbers", LinkCause::Silent, {AfterTimeout::Numbers, false, 1}, Recovery::Drop},
-        {"a time-out of a dead peer", LinkCause::Silent, {AfterTimeout::Numbers, true, SilentRequestsOfDeadPeer}, Recovery::Drop},
-        {"a time-out, reconnect asked for", LinkCause::Silent, {AfterTimeout::Reconnect, true, 1}, Recovery::Drop},
-        {"a time-out, drain asked for", LinkCause::Silent, {AfterTimeout::Drain, true, 1}, Recovery::Drain},
-        {"a reply to something else", LinkCause::HeldBack, {AfterTimeout::Numbers, true, 1}, Recovery::None},
-        {"half a reply", LinkCause::CutOff, {AfterTimeout::Numbers, true, 1}, Recovery::Drop},
-        {"a closed connection", LinkCause::Closed, {AfterTimeout::Drain, true, 1}, Recovery::Drop},
-        {"a flood", LinkCause::Flood, {AfterTimeout::Drain, true, 1}, Recovery::Drop},
-        {"nothing wrong", LinkCause::None, {AfterTimeout::Numbers, false, 1}, Recovery::None},
-    };
-    for (const auto &[what, cause, facts, recovery] : rows)
-        EXPECT_EQ(recoveryAfter(cause, facts), recovery) << what;
+    EXPECT_EQ(linkCauseText({LinkCause::NoAnswer, 700}), QStringLiteral("no answer within 700 ms"));
+    EXPECT_EQ(linkCauseText({LinkCause::NotOpened, EMFILE}), QStringLiteral("Too many open files"));
 }
 
-TEST(TransactionNumbers, TellTheCurrentReplyFromOldAndForeignOnes)
+TEST(TransactionNumbers, GoRoundWithoutZero)
 {
-    TransactionNumbers numbers(65533);
-    EXPECT_EQ(numbers.next(), 65534);
-    EXPECT_EQ(numbers.take(65533), TransactionNumbers::Foreign) << "never given";
+    TransactionNumbers numbers(65534);
     EXPECT_EQ(numbers.next(), 65535);
-    EXPECT_EQ(numbers.next(), 1) << "0 is left out";
+    EXPECT_EQ(numbers.next(), 1);
     EXPECT_EQ(numbers.take(65535), TransactionNumbers::Old);
+    EXPECT_EQ(numbers.take(65534), TransactionNumbers::Foreign) << "never given";
     EXPECT_EQ(numbers.take(2), TransactionNumbers::Foreign);
     EXPECT_EQ(numbers.take(1), TransactionNumbers::Current);
-    EXPECT_EQ(numbers.take(1), TransactionNumbers::Old) << "answered already";
-    numbers.next();
-    numbers.endWait();
-    EXPECT_EQ(numbers.take(2), TransactionNumbers::Old) << "given up";
-    numbers.noteZeroAccepted();
-    EXPECT_EQ(numbers.habit(), TransactionNumbers::Echoed) << "what was proven stays";
 }
 
 TEST(UnitSwitch, OffAfterFailuresInARowAndOneProbeLater)
@@ -100,16 +78,6 @@ TEST(UnitSwitch, OffAfterFailuresInARowAndOneProbeLater)
     EXPECT_TRUE(units.gaveUp(7, 1200)) << "one failed probe is enough";
     UnitSwitch never(0, 1000);
     EXPECT_FALSE(never.gaveUp(7, 0));
-}
-
-TEST(PollPass, EndsWhenAnyRequestComesRoundAgain)
-{
-    RW_VAR first, second;
-    second.station = 2;
-    PollPass pass;
-    EXPECT_FALSE(pass.isOverAt(first));
-    EXPECT_FALSE(pass.isOverAt(second));
-    EXPECT_TRUE(pass.isOverAt(second)) << "the first one may be off by now";
 }
 
 TEST(ValueState, AsOldAsItsOldestPart)
@@ -221,28 +189,6 @@ TEST(Records, TakeAnyValueAndAnyName)
         const QByteArray text = record(now, {form, QStringLiteral("station"), 1000});
         for (const QByteArray &part : QByteArray(parts).split('&'))
             EXPECT_TRUE(text.contains(part)) << part.constData() << "\n" << text.constData();
-    }
-}
-
-TEST(WriteOutcome, ClaimsOnlyWhatWasAcknowledged)
-{
-    using Row = std::tuple<int, int, bool, const char *, WriteOutcome::End, const char *>;
-    const Row rows[] = {
-        {1, 0, false, "no reply", WriteOutcome::Failed, "not done: no reply"}, // to the read half of a bit write
-        {1, 0, true, "exception 5: x", WriteOutcome::Unknown,                  // the station may be carrying it out
-         "outcome unknown: exception 5: x; it may or may not have been carried out"},
-        {3, 1, false, "exception 2: x", WriteOutcome::Failed, "1 of 3 requests acknowledged, then refused with exception 2: x"},
-        {1, 0, false, "", WriteOutcome::Failed, "not done: stopped before it was sent"},
-    };
-    for (const auto &[requests, served, mayBeDone, failure, code, text] : rows) {
-        WriteItem item;
-        item.variable = variable(QStringLiteral("hr:1"));
-        item.requests = item.queued = requests;
-        const bool isEnded = *failure;
-        const ItemResult result = {served, isEnded, isEnded, mayBeDone, QString::fromLatin1(failure)};
-        const WriteOutcome outcome = writeOutcome(item, result);
-        EXPECT_EQ(outcome.end, code) << text;
-        EXPECT_EQ(outcome.text.toStdString(), text);
     }
 }
 
