@@ -10,29 +10,26 @@ namespace {
 
 const char fileName[] = "libModbus_TCPIP_RTU_M.so.1";
 
-template <typename Function>
-void resolve(QLibrary *library, const char *symbol, Function **function, QString *missing)
-{
-    *function = reinterpret_cast<Function *>(library->resolve(symbol));
-    if (!*function && missing->isEmpty())
-        *missing = QString::fromLatin1(symbol);
-}
-
 /// Looks every function up. The name of the first that is missing, else an empty text.
 QString resolveAll(QLibrary *library, DriverLibrary *driver)
 {
     QString missing;
-    resolve(library, "SetComInfo", &driver->setComInfo, &missing);
-    resolve(library, "RegistCallBackFuncIntf", &driver->registerCallBacks, &missing);
-    resolve(library, "FlashLocalRegister", &driver->flashLocalRegister, &missing);
-    resolve(library, "ReCreatReadVarList", &driver->recreateReadList, &missing);
-    resolve(library, "AddListOnceReadVar", &driver->addOnceRead, &missing);
-    resolve(library, "AddListWriteVar", &driver->addWrite, &missing);
-    resolve(library, "EnCommStation", &driver->enableStation, &missing);
-    resolve(library, "ComCommunication", &driver->nextRequest, &missing);
-    resolve(library, "DataCom", &driver->handReply, &missing);
-    resolve(library, "GetRegisterData", &driver->getRegisterData, &missing);
-    resolve(library, "SetRegisterData", &driver->setRegisterData, &missing);
+    const auto resolve = [&](const char *symbol, auto *function) {
+        *function = reinterpret_cast<std::decay_t<decltype(*function)>>(library->resolve(symbol));
+        if (!*function && missing.isEmpty())
+            missing = QString::fromLatin1(symbol);
+    };
+    resolve("SetComInfo", &driver->setComInfo);
+    resolve("RegistCallBackFuncIntf", &driver->registerCallBacks);
+    resolve("FlashLocalRegister", &driver->flashLocalRegister);
+    resolve("ReCreatReadVarList", &driver->recreateReadList);
+    resolve("AddListOnceReadVar", &driver->addOnceRead);
+    resolve("AddListWriteVar", &driver->addWrite);
+    resolve("EnCommStation", &driver->enableStation);
+    resolve("ComCommunication", &driver->nextRequest);
+    resolve("DataCom", &driver->handReply);
+    resolve("GetRegisterData", &driver->getRegisterData);
+    resolve("SetRegisterData", &driver->setRegisterData);
     return missing;
 }
 

@@ -40,8 +40,12 @@ LinkCause NameLookup::find(const QString &host, quint16 port, const Deadline &de
     const QByteArray number = QByteArray::number(port);
     Found found = lookUp(name, number, AI_NUMERICHOST);
     if (found.cause != LinkCause::None) {
-        if (!m_found.valid() && !start(name, number))
+        try {
+            if (!m_found.valid())
+                m_found = start(name, number);
+        } catch (const std::system_error &) { // there is no thread to be had
             return LinkCause::NoLookup;
+        }
         while (m_found.wait_for(std::chrono::milliseconds(qMin(deadline.left(), sliceMs))) !=
                std::future_status::ready) {
             if (stop || deadline.isOver())
@@ -53,16 +57,10 @@ LinkCause NameLookup::find(const QString &host, quint16 port, const Deadline &de
     return found.cause;
 }
 
-/// False when there is no thread to be had.
-bool NameLookup::start(const QByteArray &host, const QByteArray &port)
+std::future<NameLookup::Found> NameLookup::start(const QByteArray &host, const QByteArray &port)
 {
     std::packaged_task<Found()> task([=] { return lookUp(host, port, 0); });
     std::future<Found> found = task.get_future();
-    try {
-        std::thread(std::move(task)).detach();
-    } catch (const std::system_error &) {
-        return false;
-    }
-    m_found = std::move(found);
-    return true;
+    std::thread(std::move(task)).detach();
+    return found;
 }

@@ -35,7 +35,7 @@ private:
         std::vector<SocketAddress> addresses;
     };
     static Found lookUp(const QByteArray &host, const QByteArray &port, int flags);
-    bool start(const QByteArray &host, const QByteArray &port);
+    static std::future<Found> start(const QByteArray &host, const QByteArray &port);
 
     std::future<Found> m_found; ///< of the look-up that goes on; its thread may outlive this object
 };
