@@ -43,7 +43,6 @@ TEST(ReplyCheck, OnlyWhatCanAnswerPasses)
         {"sixteen bits in two bytes", bits, "0000 0000 0005 01 01 02 AA 55", ReplyFault::None},
         {"a single write's echo", coil, coil, ReplyFault::None},
         {"a multiple write's address and quantity", many, "0000 0000 0006 01 10 000A 0002", ReplyFault::None},
-        {"another transaction", read, "0001 0000 0009 01 03 06 0005 0006 0007", ReplyFault::OtherTransaction},
         {"another unit's exception", read, "0000 0000 0003 02 83 02", ReplyFault::OtherUnit},
         {"another function", read, "0000 0000 0009 01 04 06 0005 0006 0007", ReplyFault::OtherFunction},
         {"another function's exception", read, "0000 0000 0003 01 84 02", ReplyFault::OtherFunction},

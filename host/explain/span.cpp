@@ -36,9 +36,10 @@ SpanIndex::SpanIndex(const std::vector<Span> &spans)
 
 std::vector<int> SpanIndex::overlapping(const Span &span) const
 {
-    const auto end = m_spans.lower_bound({span.unit, span.area, span.end(), 0});
+    const std::tuple end(span.unit, span.area, span.end(), 0);
     std::vector<int> found;
-    for (auto at = m_spans.lower_bound({span.unit, span.area, span.first - m_longest, 0}); at != end; ++at) {
+    auto at = m_spans.lower_bound({span.unit, span.area, span.first - m_longest, 0});
+    for (; at != m_spans.end() && at->first < end; ++at) {
         if (at->second.overlaps(span))
             found.push_back(std::get<3>(at->first));
     }

@@ -13,11 +13,6 @@ const int pauseMs = 20; // between two looks at a driver with nothing to send
 
 CommunicationLoop *running = nullptr; // for the call-back, which has no other way to find its loop
 
-bool isGood(int status)
-{
-    return status == StatusDone || status == StatusRemoteAccepted;
-}
-
 /// The unit is not there, as its gateway or its silence tells. Any other exception comes from the unit itself.
 bool isUnanswered(const Exchange &exchange)
 {
@@ -132,7 +127,7 @@ int CommunicationLoop::handBack(const Protocol &request, const Exchange &exchang
     QByteArray reply = exchange.reply;
     const int status = m_driver.handReply(&reply, reply.size())->status;
     m_settings.retryLimit = retryLimit;
-    if (isGood(status))
+    if (isGoodStatus(status))
         m_settings.failCount = 0; // the driver counts over successes; a retry belongs to one request
     return status;
 }
@@ -149,7 +144,7 @@ void CommunicationLoop::judgeUnit(int unit, const Exchange &exchange, int status
         return;
     if (!isUnanswered(exchange))
         m_units.answered(unit);
-    else if (!isGood(status) && m_units.gaveUp(unit, m_clock.elapsed()))
+    else if (!isGoodStatus(status) && m_units.gaveUp(unit, m_clock.elapsed()))
         switchUnit(unit, false);
 }
 

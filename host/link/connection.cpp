@@ -5,20 +5,9 @@ namespace {
 
 const int turnaroundMs = 100; // that units need after a broadcast
 
-/// Tells a stream that never gets quiet from late replies, and from a pause of a busy machine, which is no flood.
-class FloodWatch
-{
-public:
-    explicit FloodWatch(int quietMs) : m_longest(longestTimes * quietMs) {}
-
-    /// Bytes were received before the stream was quiet. True when that has happened too often for too long.
-    bool isFloodNow() { return ++m_times > longestTimes && m_longest.isOver(); }
-
-private:
-    static const int longestTimes = 5; // quiet times
-    const Deadline m_longest;
-    int m_times = 0;
-};
+/// A stream gets quiet between late replies. Bytes that come more often than this, for longer than so many quiet times,
+/// are a flood; a pause of a busy machine is none.
+const int mostTimes = 5;
 
 } // namespace
 
@@ -81,6 +70,8 @@ Exchange Connection::exchange(const Protocol &request)
 /// Opens the link, and waits out back-offs that are short enough. False when the request cannot be sent.
 bool Connection::waitForLink()
 {
+    if (isOpen())
+        return true;
     const Deadline limit(qMax(m_options.patienceMs, m_options.backOff.floorMs));
     while (!open()) {
         const int left = static_cast<int>(qMax<qint64>(0, m_link.retryAtMs() - m_clock.elapsed()));
@@ -140,7 +131,8 @@ LinkCause Connection::transact(const Protocol &request, Exchange *exchange)
     exchange->end = Exchange::NoReply;
     const QByteArray frame = m_replies.expectReplyTo(request);
     m_trace.request(frame);
-    const LinkCause cause = m_socket.send(frame.constData(), frame.size(), Deadline(m_options.timeoutMs));
+    const Deadline deadline(m_options.timeoutMs);
+    const LinkCause cause = m_socket.send(frame.constData(), frame.size(), deadline);
     if (cause != LinkCause::None)
         return cause;
     if (request.replyLength == 0) {
@@ -148,12 +140,11 @@ LinkCause Connection::transact(const Protocol &request, Exchange *exchange)
         listenAfterBroadcast();
         return LinkCause::None;
     }
-    return awaitReply(request, exchange);
+    return awaitReply(request, exchange, deadline);
 }
 
-LinkCause Connection::awaitReply(const Protocol &request, Exchange *exchange)
+LinkCause Connection::awaitReply(const Protocol &request, Exchange *exchange, const Deadline &deadline)
 {
-    const Deadline deadline(m_options.timeoutMs);
     for (;;) {
         ReplyFault fault = ReplyFault::None;
         const ReplyStream::Found found = m_replies.take(&exchange->reply, &fault);
@@ -197,7 +188,8 @@ LinkCause Connection::judge(const Protocol &request, Exchange *exchange, bool is
 
 LinkCause Connection::accept(Exchange *exchange)
 {
-    m_trace.reply(m_replies.asReceived(exchange->reply), QString());
+    m_trace.reply(exchange->reply, QString());
+    m_replies.clearNumber(&exchange->reply);
     exchange->end = Exchange::Answered;
     exchange->fault = ReplyFault::None;
     m_link.answered(m_clock.elapsed());
@@ -207,8 +199,7 @@ LinkCause Connection::accept(Exchange *exchange)
 /// Bytes behind a held-back reply show that its length field is wrong.
 LinkCause Connection::holdBack(ReplyFault fault, Exchange *exchange)
 {
-    m_trace.reply(m_replies.asReceived(exchange->reply),
-                  QStringLiteral("held back: ") + replyFaultText(fault));
+    m_trace.reply(exchange->reply, QStringLiteral("held back: ") + replyFaultText(fault));
     exchange->fault = fault;
     exchange->heldBack = exchange->reply;
     exchange->reply.clear();
@@ -219,14 +210,14 @@ LinkCause Connection::holdBack(ReplyFault fault, Exchange *exchange)
 /// reply that is sent twice by its copy.
 LinkCause Connection::confirm(const Protocol &request, Exchange *exchange)
 {
-    FloodWatch flood(m_options.quietMs);
+    const Deadline longest(mostTimes * m_options.quietMs);
     LinkCause cause = LinkCause::None;
-    while (cause == LinkCause::None) {
+    for (int times = 1; cause == LinkCause::None; ++times) {
         if (takeAnswerBehind(exchange, &cause))
             return judge(request, exchange, true);
         if (cause == LinkCause::None)
-            cause = flood.isFloodNow() ? LinkCause(LinkCause::Flood)
-                                       : m_replies.receive(Deadline(m_options.quietMs));
+            cause = times > mostTimes && longest.isOver() ? LinkCause(LinkCause::Flood)
+                                                          : m_replies.receive(Deadline(m_options.quietMs));
     }
     if (cause != LinkCause::Silent && cause != LinkCause::Closed)
         return cause;
@@ -274,8 +265,8 @@ void Connection::listenAfterBroadcast()
 /// Throws away what comes, until nothing has come for so long. Returns why that was not reached.
 LinkCause Connection::listenUntilQuiet(int quietMs)
 {
-    FloodWatch flood(quietMs);
-    for (;;) {
+    const Deadline longest(mostTimes * quietMs);
+    for (int times = 1;; ++times) {
         const LinkCause cause = m_replies.receive(Deadline(quietMs));
         if (cause == LinkCause::Silent)
             return m_replies.isCut() ? LinkCause::CutOff : LinkCause::None;
@@ -283,7 +274,7 @@ LinkCause Connection::listenUntilQuiet(int quietMs)
             return cause;
         if (m_replies.discardAll() == ReplyStream::BadHeader)
             return LinkCause::BadHeader;
-        if (flood.isFloodNow())
+        if (times > mostTimes && longest.isOver())
             return LinkCause::Flood;
     }
 }

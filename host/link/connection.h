@@ -42,20 +42,20 @@ public:
     /// Sends the request, once the link is open and in step, and waits for its reply.
     Exchange exchange(const Protocol &request);
 
-    LinkState::State state() { return m_link.at(m_clock.elapsed()); }
+    LinkState::State state() { return isOpen() ? LinkState::Up : m_link.at(m_clock.elapsed()); }
     LinkCause cause() const { return m_link.cause(); }
     TransactionNumbers::Habit numbers() { return m_replies.numbers().habit(); }
 
 private:
     bool waitForLink();
-    bool isOpen() { return state() == LinkState::Up; }
+    bool isOpen() const { return m_link.isUp(); }
 
     void resynchronise();
     LinkCause findUnaskedReplies();
     void drain(LinkCause cause);
 
     LinkCause transact(const Protocol &request, Exchange *exchange);
-    LinkCause awaitReply(const Protocol &request, Exchange *exchange);
+    LinkCause awaitReply(const Protocol &request, Exchange *exchange, const Deadline &deadline);
     LinkCause judge(const Protocol &request, Exchange *exchange, bool isNumbered);
     LinkCause confirm(const Protocol &request, Exchange *exchange);
     bool takeAnswerBehind(Exchange *exchange, LinkCause *cause);

@@ -34,6 +34,7 @@ public:
 
     /// Ends a back-off whose delay is over, then tells the state.
     State at(qint64 nowMs);
+    bool isUp() const { return m_state == Up; }
     /// The time at which a back-off ends.
     qint64 retryAtMs() const { return m_retryAtMs; }
     /// Why the link was lost last; None while it never was.

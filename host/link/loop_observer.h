@@ -8,7 +8,14 @@
 #include "exchange.h"
 #include "transaction_numbers.h"
 
+#include "../../driver/api/codes.h"
 #include "../../driver/api/records.h"
+
+/// Whether the driver took a reply as one that serves the request.
+inline bool isGoodStatus(int status)
+{
+    return status == modbus_driver::StatusDone || status == modbus_driver::StatusRemoteAccepted;
+}
 
 class LoopObserver
 {

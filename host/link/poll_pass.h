@@ -7,7 +7,7 @@
 
 #include "../../driver/api/records.h"
 
-#include <set>
+#include <map>
 #include <tuple>
 
 class PollPass
@@ -16,17 +16,18 @@ public:
     /// True when this poll request was served in this pass already. It then opens the next one.
     bool isOverAt(const RW_VAR &request)
     {
-        const Place place = {request.station, request.area, request.startAddress};
-        if (m_served.insert(place).second)
-            return false;
-        m_served = {place};
-        return true;
+        qint64 &servedIn = m_served[{request.station, request.area, request.startAddress}];
+        const bool isOver = servedIn == m_pass;
+        m_pass += isOver ? 1 : 0;
+        servedIn = m_pass;
+        return isOver;
     }
     /// The next request opens a pass.
-    void restart() { m_served.clear(); }
+    void restart() { ++m_pass; }
 
 private:
     using Place = std::tuple<int, int, int>; ///< unit, area, first address
 
-    std::set<Place> m_served;
+    std::map<Place, qint64> m_served; ///< the last pass of each request
+    qint64 m_pass = 1;
 };

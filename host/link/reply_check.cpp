@@ -56,8 +56,6 @@ QString replyFaultText(ReplyFault fault)
 
 ReplyFault checkReply(const QByteArray &request, const QByteArray &reply)
 {
-    if (wordAt(reply, TransactionAt) != wordAt(request, TransactionAt))
-        return ReplyFault::OtherTransaction;
     if (byteAt(reply, UnitAt) != byteAt(request, UnitAt))
         return ReplyFault::OtherUnit;
     const int function = byteAt(request, FunctionAt);

@@ -24,7 +24,8 @@ enum class ReplyFault {
 /// In words, such as "other unit".
 QString replyFaultText(ReplyFault fault);
 
-/// Judges a whole Modbus TCP reply against the request as it was sent. An exception reply is an answer.
+/// Judges a whole Modbus TCP reply, whose transaction number was judged before, against the request. An exception reply
+/// is an answer.
 ReplyFault checkReply(const QByteArray &request, const QByteArray &reply);
 
 /// The exception code of a reply, or -1 when it is not an exception reply.

@@ -10,6 +10,7 @@ void ReplyFraming::append(const char *bytes, int size)
 {
     m_bytes.remove(0, m_first);
     m_first = 0;
+    m_bytes.reserve(m_bytes.size() + size); // and keep that memory
     m_bytes.append(bytes, size);
 }
 
@@ -36,7 +37,7 @@ ReplyFraming::Result ReplyFraming::takeLength(int length, QByteArray *reply)
 {
     if (m_bytes.size() - m_first < length)
         return Incomplete;
-    *reply = m_bytes.mid(m_first, length);
+    *reply = QByteArray(m_bytes.constData() + m_first, length);
     m_first += length;
     return Whole;
 }

@@ -75,10 +75,8 @@ ReplyStream::Found ReplyStream::take(QByteArray *reply, ReplyFault *fault)
             m_trace.reply(*reply, QStringLiteral("echo of a broadcast"));
             continue;
         }
-        m_takenNumber = wordAt(*reply, TransactionAt);
-        switch (m_numbers.take(static_cast<quint16>(m_takenNumber))) {
+        switch (m_numbers.take(static_cast<quint16>(wordAt(*reply, TransactionAt)))) {
         case TransactionNumbers::Current:
-            putWord(reply->data() + TransactionAt, 0);
             return Answer;
         case TransactionNumbers::Zero:
             return m_numbers.areEchoed() ? Foreign : Unnumbered;
@@ -100,11 +98,10 @@ bool ReplyStream::isBroadcastEcho(const QByteArray &reply)
     return isDue;
 }
 
-QByteArray ReplyStream::asReceived(QByteArray reply) const
+void ReplyStream::clearNumber(QByteArray *reply) const
 {
     if (!m_remote)
-        putWord(reply.data() + TransactionAt, m_takenNumber);
-    return reply;
+        putWord(reply->data() + TransactionAt, 0);
 }
 
 void ReplyStream::discard(const QByteArray &reply)

@@ -38,10 +38,10 @@ public:
 
     /// Waits for more bytes: Silent without any, Flood when they are too many.
     LinkCause receive(const Deadline &deadline);
-    /// Takes the next reply, with number 0 as the driver sent it. Late replies are thrown away on the way.
+    /// Takes the next reply. Late replies are thrown away on the way.
     Found take(QByteArray *reply, ReplyFault *fault);
-    /// The reply that was taken last, with the number that it had on the wire.
-    QByteArray asReceived(QByteArray reply) const;
+    /// Gives a reply the number 0, as the driver sent it.
+    void clearNumber(QByteArray *reply) const;
     /// Throws a reply away and counts it as late.
     void discard(const QByteArray &reply);
     /// Throws away all whole replies that are there. BadHeader when the stream is out of step, Foreign or Unnumbered
@@ -68,7 +68,6 @@ private:
     const bool m_remote;
     ReplyFraming m_framing;
     TransactionNumbers m_numbers;
-    int m_takenNumber = 0;       ///< on the wire, of the reply taken last
     int m_expectedLength = 0;    ///< of a remote reply
     int m_broadcastFunction = 0; ///< of a broadcast that one echo is due for; 0: none
     int m_bytesReceived = 0;
