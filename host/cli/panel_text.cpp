@@ -4,12 +4,6 @@
 #include "../explain/filled.h"
 #include "../explain/value_text.h"
 
-QString placeText(const Variable &variable)
-{
-    const QString place = filled("%1/%2:%3", variable.unit, areaName(variable.area), variable.addressText());
-    return variable.count == 1 ? place : filled("%1*%2", place, variable.count);
-}
-
 QString measuredText(const Variable &variable, const QByteArray &bytes)
 {
     const QString text = valueText(variable, bytes);

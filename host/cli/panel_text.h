@@ -6,9 +6,6 @@
 
 #include "../explain/panel_state.h"
 
-/// The area and address as the variable names them, with its unit: "2/hr:100*4".
-QString placeText(const Variable &variable);
-
 /// The values, and their unit of measure.
 QString measuredText(const Variable &variable, const QByteArray &bytes);
 

@@ -15,7 +15,7 @@ QStringList valueRow(const ValueState &value, qint64 nowMs, qint64 freshForMs)
     QString text = value.readAtMs() < 0 ? QStringLiteral("-") : measuredText(variable, value.value());
     if (value.hasChanged())
         text += QStringLiteral(" *");
-    return {variable.name, placeText(variable), value.stateText(nowMs, freshForMs), text};
+    return {variable.name, value.place(), value.stateText(nowMs, freshForMs), text};
 }
 
 /// "2 x12, 11 x1": what there was, with how often.

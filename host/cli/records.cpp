@@ -6,6 +6,9 @@
 #include "../explain/value_text.h"
 
 #include <QtCore/QDateTime>
+#include <QtCore/QStringBuilder>
+
+#include <cstring>
 
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
@@ -58,16 +61,19 @@ void put(Json *json, const char *name, const Value &value, const More &...more)
 /// Numbers as they are shown; hexadecimal ones, nan and inf as text. In one piece: there may be thousands.
 QByteArray jsonArray(const Variable &variable, const QByteArray &bytes)
 {
-    QByteArray array = "[";
-    for (int i = 0; i < valueCount(variable, bytes); ++i) {
-        if (i > 0)
-            array += ',';
-        const int from = array.size();
-        appendValue(&array, variable, bytes, i);
-        if (variable.type == ValueType::Hexadecimal || array.endsWith('n') || array.endsWith('f'))
-            array.insert(from, '"').append('"');
+    QByteArray values = valuesText(variable, bytes, ',');
+    const auto isText = [&](const QByteArray &value) {
+        return variable.type == ValueType::Hexadecimal || std::strchr(value.constData(), 'n');
+    };
+    if (!values.isEmpty() && isText(values)) {
+        QByteArrayList words = values.split(',');
+        for (QByteArray &word : words) {
+            if (isText(word))
+                word = '"' + word + '"';
+        }
+        values = words.join(',');
     }
-    return array + ']';
+    return '[' + values + ']';
 }
 
 void putValues(Json *json, const ValueState &value)
@@ -88,7 +94,7 @@ void putVariable(Json *json, const ValueState &value, const PanelSnapshot &now, 
 {
     const Variable &variable = value.variable();
     json->StartObject();
-    put(json, "name", variable.name, "unit", variable.unit, "address", placeText(variable), "type",
+    put(json, "name", variable.name, "unit", variable.unit, "address", value.place(), "type",
         typeName(variable));
     putValues(json, value);
     put(json, "measure", variable.measure);
@@ -147,28 +153,29 @@ QByteArray jsonRecord(const PanelSnapshot &now, const RecordOptions &options)
 }
 
 /// As RFC 4180 quotes it.
-QByteArray quoted(const QString &text)
+QByteArray quoted(QByteArray field)
 {
-    QByteArray field = text.toUtf8();
-    const bool isPlain = std::none_of(field.begin(), field.end(),
-                                      [](char c) { return c == ',' || c == '"' || c == '\r' || c == '\n'; });
+    const bool isPlain = !std::strpbrk(field.constData(), ",\"\r\n");
     return isPlain ? field : '"' + field.replace('"', "\"\"") + '"';
 }
 
 QByteArray csvRows(const PanelSnapshot &now, const RecordOptions &options)
 {
-    const QByteArray start = timeText().toLatin1() + ',' + quoted(options.station) + ',' +
-                             QByteArray::number(now.passes) + ',' + quoted(linkText(now)) + ',' +
+    const QByteArray start = timeText().toLatin1() + ',' + quoted(options.station.toUtf8()) + ',' +
+                             QByteArray::number(now.passes) + ',' + quoted(linkText(now).toUtf8()) + ',' +
                              linkCodes[now.link] + ',';
     QByteArray rows;
     for (const ValueState &value : now.values) {
         const Variable &variable = value.variable();
         const bool isKnown = value.readAtMs() >= 0;
-        rows += start + quoted(variable.name) + ',' + quoted(placeText(variable)) + ',' +
-                (isKnown ? quoted(valueText(variable, value.value())) : QByteArray()) + ',' +
-                quoted(variable.measure) + ',' + quoted(value.stateText(now.nowMs(), options.freshForMs)) +
-                ',' + stateCodes[value.state(now.nowMs(), options.freshForMs)] + ',' +
-                (isKnown ? QByteArray::number(ageSeconds(value, now), 'f', 3) : QByteArray()) + '\n';
+        const QString state = value.stateText(now.nowMs(), options.freshForMs);
+        const QByteArray row = start % quoted(variable.name.toUtf8()) % ',' % value.place().toUtf8() % ',' %
+                               (isKnown ? quoted(valuesText(variable, value.value(), ' ')) : QByteArray()) %
+                               ',' % quoted(variable.measure.toUtf8()) % ',' % quoted(state.toUtf8()) % ',' %
+                               stateCodes[value.state(now.nowMs(), options.freshForMs)] % ',' %
+                               (isKnown ? QByteArray::number(ageSeconds(value, now), 'f', 3) : QByteArray()) %
+                               '\n';
+        rows += row;
     }
     return rows;
 }

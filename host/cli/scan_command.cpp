@@ -2,7 +2,6 @@
 #include "commands.h"
 #include "common_options.h"
 #include "interrupt.h"
-#include "panel_text.h"
 #include "standard_output.h"
 
 #include "../explain/exchange_text.h"

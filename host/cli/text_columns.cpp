@@ -54,8 +54,10 @@ QStringList rowLines(const QStringList &row, const QVector<int> &widths)
         while (lines.size() < cell.size())
             lines << QString();
         for (int y = 0; y < cell.size(); ++y) {
-            if (!cell.at(y).isEmpty())
-                lines[y] = lines.at(y).leftJustified(column) + cell.at(y);
+            if (cell.at(y).isEmpty())
+                continue;
+            lines[y].resize(column, QLatin1Char(' '));
+            lines[y] += cell.at(y);
         }
         column += widths.at(i) + gap;
     }

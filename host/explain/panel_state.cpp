@@ -15,11 +15,6 @@ using Lock = std::unique_lock<std::mutex>;
 
 namespace {
 
-bool isGood(int status)
-{
-    return status == StatusDone || status == StatusRemoteAccepted;
-}
-
 /// Whether a write that ended so may have been carried out, all or in part.
 bool mayBeDone(const Exchange &exchange)
 {
@@ -89,7 +84,7 @@ void PanelState::exchangeEnded(const RW_VAR &access, const Exchange &exchange, i
 {
     count(access.station, exchange);
     if (access.rwFlag == AccessRead && access.subIndex != SubIndexReadHalf) {
-        if (isGood(status))
+        if (isGoodStatus(status))
             noteRead(access);
         else if (exchange.cause != LinkCause::Stopped)
             noteFailedRead(access, reason, status);
@@ -119,12 +114,13 @@ std::vector<int> PanelState::variablesOf(const RW_VAR &read) const
 void PanelState::noteRead(const RW_VAR &read)
 {
     for (const int index : variablesOf(read)) {
-        const Variable &variable = valueAt(index).variable();
+        ValueState &value = valueAt(index);
+        const Variable &variable = value.variable();
         QByteArray bytes;
-        m_driver.getRegisterData(0, variable.area, variable.addressText(), variable.unit, bytes,
+        m_driver.getRegisterData(0, variable.area, value.addressText(), variable.unit, bytes,
                                  variable.driverCount());
         Lock lock(m_mutex);
-        valueAt(index).store(spanOf(read), bytes, elapsedMicroseconds() / 1000);
+        value.store(spanOf(read), bytes, elapsedMicroseconds() / 1000);
     }
 }
 
@@ -142,7 +138,7 @@ void PanelState::noteFailedRead(const RW_VAR &read, const Exchange &reason, int 
 void PanelState::noteItem(const RW_VAR &access, const Exchange &exchange, int status, const Exchange &reason)
 {
     ItemResult &item = m_items[access.hostItem];
-    if (!isGood(status)) {
+    if (!isGoodStatus(status)) {
         item.failure = failureText(access, reason, status);
         item.mayBeDone |= access.rwFlag == AccessWrite && mayBeDone(exchange);
     } else if (access.subIndex != SubIndexReadHalf) {

@@ -5,7 +5,8 @@
 #include <iterator>
 
 ValueState::ValueState(const Variable &variable)
-    : m_variable(variable), m_span(spanOf(variable)), m_parts{{m_span.first, Part()}}
+    : m_variable(variable), m_addressText(variable.addressText()), m_place(placeText(variable)),
+      m_span(spanOf(variable)), m_parts{{m_span.first, Part()}}
 {
 }
 

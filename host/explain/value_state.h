@@ -18,6 +18,8 @@ public:
     explicit ValueState(const Variable &variable);
 
     const Variable &variable() const { return m_variable; }
+    const QString &addressText() const { return m_addressText; }
+    const QString &place() const { return m_place; } ///< as placeText() tells it
     const Span &span() const { return m_span; }
     /// As last stored, in the driver's host-side layout.
     const QByteArray &value() const { return m_value; }
@@ -51,6 +53,8 @@ private:
     std::map<int, Part>::iterator splitAt(int address);
 
     Variable m_variable;
+    QString m_addressText;
+    QString m_place;
     Span m_span;
     std::map<int, Part> m_parts; ///< by first address, the whole span; a long variable takes several requests
     QByteArray m_value;

@@ -17,11 +17,13 @@ namespace {
 const int exactDigits = 15;      // without what a scale adds: 0.3, not 0.30000000000000004
 const double wholeWithin = 1e-4; // of a step of the raw value
 
-template <typename... Number> void appendDigits(QByteArray *text, Number... number)
+enum { LongestNumber = 32 }; // characters
+
+// The functions below write a number to memory with space for the longest, and return its end.
+
+template <typename... Number> char *writeDigits(char *to, Number... number)
 {
-    char digits[32];
-    text->append(digits,
-                 static_cast<int>(std::to_chars(digits, digits + sizeof digits, number...).ptr - digits));
+    return std::to_chars(to, to + LongestNumber, number...).ptr;
 }
 
 /// The bits of a value, between the driver's order and this one; both ways.
@@ -34,13 +36,13 @@ quint32 reordered(quint32 bits, int order)
     return bits;
 }
 
-quint32 bitsAt(const Variable &variable, const QByteArray &bytes, int index)
+/// Of the value that begins at `bytes`.
+quint32 bitsAt(const char *bytes, int width, int order)
 {
-    const int width = variable.width();
     quint32 bits = 0;
     for (int i = width - 1; i >= 0; --i)
-        bits = bits << 8 | static_cast<quint8>(bytes.at(index * width + i));
-    return reordered(bits, variable.order);
+        bits = bits << 8 | static_cast<quint8>(bytes[i]);
+    return reordered(bits, order);
 }
 
 void appendBits(QByteArray *bytes, const Variable &variable, quint32 bits)
@@ -50,44 +52,54 @@ void appendBits(QByteArray *bytes, const Variable &variable, quint32 bits)
         bytes->append(static_cast<char>(bits >> 8 * i & 0xFF));
 }
 
-void appendWhole(QByteArray *text, const Variable &variable, quint32 bits)
+char *writeWhole(char *to, const Variable &variable, quint32 bits)
 {
     const bool isSigned = variable.type == ValueType::Signed;
     const qint64 whole = !isSigned               ? qint64(bits)
                          : variable.width() == 2 ? static_cast<qint16>(bits)
                                                  : static_cast<qint32>(bits);
-    if (variable.scale == 1)
-        appendDigits(text, whole);
-    else
-        appendDigits(text, double(whole) * variable.scale, std::chars_format::general, exactDigits);
+    return variable.scale == 1
+               ? writeDigits(to, whole)
+               : writeDigits(to, double(whole) * variable.scale, std::chars_format::general, exactDigits);
+}
+
+char *writeHexadecimal(char *to, quint32 bits, int digits)
+{
+    const QByteArray text = "0x" + QByteArray::number(bits, 16).toUpper().rightJustified(digits, '0');
+    return std::copy(text.begin(), text.end(), to);
 }
 
 /// The fewest digits that read back to the same bits, always with a point, an exponent, "nan" or "inf".
-void appendFloat(QByteArray *text, float value, double scale)
+char *writeFloat(char *to, quint32 bits, double scale)
 {
-    if (std::isnan(value)) {
-        *text += "nan"; // whatever its sign
-        return;
-    }
-    const int from = text->size();
-    if (scale == 1)
-        appendDigits(text, value);
+    float value;
+    std::memcpy(&value, &bits, sizeof value);
+    if (std::isnan(value))
+        value = std::abs(value); // nan, whatever its sign
+    char *end = writeDigits(to, value);
     for (int precision = 6; scale != 1 && precision <= exactDigits; ++precision) {
-        text->truncate(from);
-        appendDigits(text, value * scale, std::chars_format::general, precision);
-        if (static_cast<float>(text->mid(from).toDouble() / scale) == value)
+        end = writeDigits(to, value * scale, std::chars_format::general, precision);
+        if (static_cast<float>(QByteArray(to, static_cast<int>(end - to)).toDouble() / scale) == value)
             break;
     }
-    if (std::all_of(text->cbegin() + from, text->cend(), [](char c) { return c == '-' || std::isdigit(c); }))
-        *text += ".0";
+    const bool isWhole = std::all_of(to, end, [](char c) { return c == '-' || std::isdigit(c); });
+    return isWhole ? std::copy_n(".0", 2, end) : end;
+}
+
+char *writeNumber(char *to, const Variable &variable, quint32 bits)
+{
+    if (variable.type == ValueType::Float)
+        return writeFloat(to, bits, variable.scale);
+    return variable.type == ValueType::Hexadecimal ? writeHexadecimal(to, bits, 2 * variable.width())
+                                                   : writeWhole(to, variable, bits);
 }
 
 /// Without the NULs at the end.
-void appendText(QByteArray *text, const Variable &variable, const QByteArray &bytes)
+QByteArray escaped(const Variable &variable, const QByteArray &bytes)
 {
-    QByteArray characters;
+    QByteArray text, characters;
     for (int i = 0; i < qMin(variable.count, bytes.size() / 2); ++i) {
-        const quint32 bits = bitsAt(variable, bytes, i);
+        const quint32 bits = bitsAt(bytes.constData() + 2 * i, 2, variable.order);
         characters += static_cast<char>(bits >> 8);
         characters += static_cast<char>(bits & 0xFF);
     }
@@ -95,10 +107,11 @@ void appendText(QByteArray *text, const Variable &variable, const QByteArray &by
         characters.chop(1);
     for (const char character : characters) {
         if (character < ' ' || character > '~')
-            *text += "\\x" + QByteArray(1, character).toHex();
+            text += "\\x" + QByteArray(1, character).toHex();
         else
-            *text += character == '\\' ? QByteArrayLiteral("\\\\") : QByteArray(1, character);
+            text += character == '\\' ? QByteArrayLiteral("\\\\") : QByteArray(1, character);
     }
+    return text;
 }
 
 /// What is wrong; empty when the value was appended.
@@ -162,35 +175,27 @@ QString readText(const Variable &variable, const QString &text, QByteArray *byte
 
 } // namespace
 
-int valueCount(const Variable &variable, const QByteArray &bytes)
-{
-    return variable.type == ValueType::Text ? 1 : qMin(variable.count, bytes.size() / variable.width());
-}
-
-void appendValue(QByteArray *text, const Variable &variable, const QByteArray &bytes, int index)
+QByteArray valuesText(const Variable &variable, const QByteArray &bytes, char separator)
 {
     if (variable.type == ValueType::Text)
-        return appendText(text, variable, bytes);
-    const quint32 bits = bitsAt(variable, bytes, index);
-    float single;
-    std::memcpy(&single, &bits, sizeof single);
-    if (variable.type == ValueType::Float)
-        appendFloat(text, single, variable.scale);
-    else if (variable.type == ValueType::Hexadecimal)
-        *text += "0x" + QByteArray::number(bits, 16).toUpper().rightJustified(2 * variable.width(), '0');
-    else
-        appendWhole(text, variable, bits);
+        return escaped(variable, bytes);
+    const int width = variable.width();
+    const int count = qMin(variable.count, bytes.size() / width);
+    QByteArray text(count * (LongestNumber + 1), Qt::Uninitialized);
+    char *end = text.data();
+    for (int i = 0; i < count; ++i) {
+        end = writeNumber(end, variable, bitsAt(bytes.constData() + i * width, width, variable.order));
+        *end++ = separator;
+    }
+    text.truncate(static_cast<int>(end - text.constData()));
+    text.chop(1);
+    return text;
 }
 
 QString valueText(const Variable &variable, const QByteArray &bytes)
 {
-    QByteArray text;
-    for (int i = 0; i < valueCount(variable, bytes); ++i) {
-        if (i > 0)
-            text += ' ';
-        appendValue(&text, variable, bytes, i);
-    }
-    return QString::fromLatin1(text);
+    const QByteArray text = valuesText(variable, bytes, ' ');
+    return QString::fromLatin1(text.constData(), text.size());
 }
 
 std::optional<QByteArray> parseValues(const Variable &variable, const QString &text, QString *error)

@@ -12,14 +12,11 @@
 
 #include <optional>
 
-/// How many values `bytes` (the driver's host-side layout) holds whole. Text is one value, whatever its length.
-int valueCount(const Variable &variable, const QByteArray &bytes);
-
-/// Appends the value at `index` < valueCount(), in ASCII. Numbers are written as in JSON, but for "nan", "inf" and
-/// "-inf"; hexadecimal ones begin with 0x, and floats have a point, an exponent or a name. In text, bytes that cannot be printed are \xHH.
-void appendValue(QByteArray *text, const Variable &variable, const QByteArray &bytes, int index);
-
-/// All values, separated by one space.
+/// All values that `bytes` (the driver's host-side layout) holds whole, in ASCII, with a separator between them. Numbers
+/// are written as in JSON, but for "nan", "inf" and "-inf"; hexadecimal ones begin with 0x, and floats have a point, an
+/// exponent or a name. A text is one value; in it, bytes that cannot be printed are \xHH.
+QByteArray valuesText(const Variable &variable, const QByteArray &bytes, char separator);
+/// The same, separated by one space.
 QString valueText(const Variable &variable, const QByteArray &bytes);
 
 /// Reads exactly variable.count values, with commas or blanks between them: decimal, or 0x hexadecimal for the

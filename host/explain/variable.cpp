@@ -175,6 +175,12 @@ QString Variable::addressText() const
                                  : QString::number(address);
 }
 
+QString placeText(const Variable &variable)
+{
+    const QString place = filled("%1/%2:%3", variable.unit, areaName(variable.area), variable.addressText());
+    return variable.count == 1 ? place : filled("%1*%2", place, variable.count);
+}
+
 QString areaName(int area)
 {
     const QString name = nameOf(areas, area);

@@ -44,6 +44,8 @@ struct Variable
     int width() const { return isPairArea(area) ? 4 : area < modbus_driver::AreaInputRegisters ? 1 : 2; }
 };
 
+/// The area and address as the variable names them, with its unit: "2/hr:100*4".
+QString placeText(const Variable &variable);
 /// The area's name in variables, such as "hr32".
 QString areaName(int area);
 /// The type's name in variables, such as "u16"; "bit" for all bits.
