@@ -43,8 +43,7 @@ void expectEnd(const Ended &ended, int code, const char *parts, const char *what
 
 TEST(Commands, WhatIsWrongIsOneLineAndACode)
 {
-    using Row = std::tuple<const char *, Command, const char *, int, const char *>;
-    const Row rows[] = {
+    const std::tuple<const char *, Command, const char *, int, const char *> rows[] = {
         {"no variable", pollCommand, "", ExitUsage, "no variable is named"},
         {"unknown option", readCommand, "--foo hr:1", ExitUsage, "foo"},
         {"bad number", pollCommand, "--timeout 1s hr:1", ExitUsage, "--timeout takes a number"},
@@ -89,8 +88,7 @@ TEST(Commands, WhatIsWrongIsOneLineAndACode)
 
 TEST(Commands, ReportsAndEndsWithTheWorstOutcome)
 {
-    using Row = std::tuple<Command, const char *, int, const char *, const char *>;
-    const Row rows[] = {
+    const std::tuple<Command, const char *, int, const char *, const char *> rows[] = {
         {readCommand, "--fault exception=2@address=62 hr:60*2 hr:62 --format hex", ExitFailed, "hr:60*2 = 0x003C 0x003D\n",
          "modbus-panel read: no --connect: the values are those of a simulated station\n"
          "modbus-panel read: hr:62: exception 2: illegal data address\n"},
@@ -136,8 +134,7 @@ TEST(Commands, ScanKeepsTheConnectionThroughSilentUnits)
 
 TEST(Commands, ShowWhatWasAskedFor)
 {
-    using Row = std::tuple<Command, const char *, int, const char *>;
-    const Row rows[] = {
+    const std::tuple<Command, const char *, int, const char *> rows[] = {
         {pollCommand, "--json --passes 1 1/hr:60 2/coil:21", ExitDone,
          R"("station":"simulated station"&"link_code":"up"&"address":"1/hr:60"&"values":[60]&"state_code":"fresh")"},
         {pollCommand, "--json --passes 2 --every 1 --retries 0 --fault refuse=60@nth=1 hr:60", ExitFailed,
@@ -200,12 +197,6 @@ TEST(Commands, ReadFramesTracesAndListsFromStandardInput)
     }
     dup2(own, STDIN_FILENO);
     close(own);
-}
-
-TEST(Commands, RecordEveryPassHoweverFast)
-{
-    const Ended ended = run(pollCommand, "--csv --every 0 --passes 500 hr:60");
-    EXPECT_EQ(std::count(ended.out.begin(), ended.out.end(), '\n'), 1 + 500);
 }
 
 } // namespace

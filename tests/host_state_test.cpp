@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-// What the host decides and counts without a socket: the link, units, passes, ages, figures.
+// What the host decides and counts without a socket: the link, replies, units, ages, figures.
 
 #include "../host/cli/poll_table.h"
 #include "../host/cli/records.h"
 #include "../host/link/link_state.h"
+#include "../host/link/reply_framing.h"
 #include "../host/link/transaction_numbers.h"
 #include "../host/link/unit_switch.h"
 #include "host_words.h"
@@ -63,6 +64,49 @@ TEST(TransactionNumbers, GoRoundWithoutZero)
     EXPECT_EQ(numbers.take(65534), TransactionNumbers::Foreign) << "never given";
     EXPECT_EQ(numbers.take(2), TransactionNumbers::Foreign);
     EXPECT_EQ(numbers.take(1), TransactionNumbers::Current);
+}
+
+// Cuts of the stream are the fuzzer's.
+TEST(ReplyFraming, Headers)
+{
+    const std::tuple<const char *, const char *, ReplyFraming::Result, ReplyFault> rows[] = {
+        {"length 1, too short for a PDU", "0000 0000 0001 01", ReplyFraming::BadHeader, ReplyFault::BadLength},
+        {"length 2, a lone function code", "0000 0000 0002 01 83", ReplyFraming::Whole, ReplyFault::None},
+        {"length 254, the longest", "0000 0000 00FE 01 03", ReplyFraming::Incomplete, ReplyFault::None},
+        {"length 255, too long", "0000 0000 00FF", ReplyFraming::BadHeader, ReplyFault::BadLength},
+        {"length 0x0103, by its high byte too", "0000 0000 0103", ReplyFraming::BadHeader, ReplyFault::BadLength},
+        {"protocol 1, known before the length", "0000 0001", ReplyFraming::BadHeader, ReplyFault::OtherProtocol},
+        {"any transaction", "BEEF 0000 0003 01 83 02", ReplyFraming::Whole, ReplyFault::None},
+    };
+    for (const auto &[what, hex, result, fault] : rows) {
+        ReplyFraming framing;
+        framing.append(bytes(hex));
+        QByteArray reply;
+        ReplyFault found = ReplyFault::None;
+        EXPECT_EQ(framing.take(&reply, &found), result) << what;
+        EXPECT_EQ(found, fault) << what;
+    }
+}
+
+TEST(ReplyCheck, OnlyWhatCanAnswerPasses)
+{
+    const char read[] = "0000 0000 0006 01 03 0064 0003";
+    const char coil[] = "0000 0000 0006 01 05 0007 FF00";
+    const char many[] = "0000 0000 000B 01 10 000A 0002 04 1234 5678";
+    const std::tuple<const char *, const char *, const char *, ReplyFault> rows[] = {
+        {"an exception", read, "0000 0000 0003 01 83 02", ReplyFault::None},
+        {"another function's exception", read, "0000 0000 0003 01 84 02", ReplyFault::OtherFunction},
+        {"an exception and a byte", read, "0000 0000 0004 01 83 02 00", ReplyFault::WrongByteCount},
+        {"of a longer read", read, "0000 0000 000B 01 03 08 0005 0006 0007 0008", ReplyFault::WrongByteCount},
+        {"a byte count unlike its bytes", read, "0000 0000 0009 01 03 04 0005 0006 0007", ReplyFault::WrongByteCount},
+        {"no byte count", read, "0000 0000 0002 01 03", ReplyFault::WrongByteCount},
+        {"the echo of another coil", coil, "0000 0000 0006 01 05 0008 FF00", ReplyFault::WrongEcho},
+        {"the echo of another value", coil, "0000 0000 0006 01 05 0007 0000", ReplyFault::WrongEcho},
+        {"another quantity", many, "0000 0000 0006 01 10 000A 0003", ReplyFault::WrongEcho},
+        {"an echo cut short", many, "0000 0000 0004 01 10 000A", ReplyFault::WrongByteCount},
+    };
+    for (const auto &[what, request, reply, fault] : rows)
+        EXPECT_EQ(checkReply(bytes(request), bytes(reply)), fault) << what;
 }
 
 TEST(UnitSwitch, OffAfterFailuresInARowAndOneProbeLater)

@@ -6,6 +6,7 @@
 #include "../driver/base/modbus_wire.h"
 #include "../examples/host/link.h"
 #include "../host/link/connection.h"
+#include "../station/modbus_frames.h"
 #include "../station/station_thread.h"
 #include "host_words.h"
 #include "loopback_listener.h"
@@ -62,11 +63,7 @@ int exchangesOfEach()
 Protocol request(int unit, int function, int address, int value)
 {
     Protocol protocol;
-    protocol.frame = bytes("0000 0000 0006 00 00 0000 0000");
-    protocol.frame[UnitAt] = static_cast<char>(unit);
-    protocol.frame[FunctionAt] = static_cast<char>(function);
-    putWord(protocol.frame.data() + AddressAt, address);
-    putWord(protocol.frame.data() + ValueAt, value);
+    protocol.frame = modbus::request(unit, function, address, value);
     protocol.frameLength = protocol.frame.size();
     const bool isRead = isReadFunction(function);
     protocol.replyLength = unit == 0 ? 0 : isRead ? ReadReplyHeader + 2 * value : WriteEchoLength;
@@ -75,23 +72,18 @@ Protocol request(int unit, int function, int address, int value)
     return protocol;
 }
 
-class Station : public StationThread
+struct Station : StationThread
 {
-public:
-    explicit Station(const QString &faults) : StationThread(optionsWith(faults))
+    explicit Station(const QString &faults)
+        : StationThread({QStringLiteral("127.0.0.1"),
+                         0,
+                         {1},
+                         true,
+                         false,
+                         *parseFaults(faults.split(QLatin1Char(' '), Qt::SkipEmptyParts), nullptr)})
     {
         QString error;
         EXPECT_TRUE(start(&error)) << qPrintable(error);
-    }
-
-private:
-    static StationOptions optionsWith(const QString &faults)
-    {
-        StationOptions options;
-        options.units = {1, 2};
-        options.still = true;
-        options.faults = *parseFaults(faults.split(QLatin1Char(' '), Qt::SkipEmptyParts), nullptr);
-        return options;
     }
 };
 
