@@ -17,6 +17,7 @@
 
 #include <array>
 #include <memory>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -102,13 +103,6 @@ public:
     int outEnd = -1, errEnd = -1, terminal = -1;
 };
 
-struct Wait
-{
-    const char *words;
-    const char *traced; // what it traces before it waits
-    int code;           // with which the signal ends it
-};
-
 const char sent[] = "\nI ", received[] = "\nO ";
 
 TEST(Signals, EndEveryWait)
@@ -116,7 +110,8 @@ TEST(Signals, EndEveryWait)
     LoopbackListener full;
     full.fill();
     const QByteArray connecting = "read --timeout 3600000 --connect 127.0.0.1:" + QByteArray::number(full.port()) + " hr:60";
-    const Wait waits[] = {
+    // Words, what is traced before the wait, and the code with which the signal ends it.
+    const std::tuple<QByteArray, const char *, int> waits[] = {
         {"poll --every 3600000 hr:60", received, 0},
         {"poll --gap 3600000 --every 0 hr:60", received, 0},
         {"poll --every 0 --fault flood=3600 hr:60", "thrown away", 0},
@@ -124,20 +119,22 @@ TEST(Signals, EndEveryWait)
         {"read --timeout 3600000 --fault silence hr:60", sent, 1},
         {"write --simulate --timeout 3600000 --fault silence hr:60=1", sent, 4},
         {"scan --units 1-3 --timeout 3600000 --fault silence", sent, 1},
-        {connecting.constData(), "text2pcap", 1},
+        {connecting, "text2pcap", 1},
     };
-    std::vector<std::pair<const Wait *, std::unique_ptr<Program>>> started;
-    for (const Wait &wait : waits) {
-        for (int i = 0; i < 3; ++i)
-            started.emplace_back(&wait, std::make_unique<Program>(QByteArray(wait.words) + " --trace"));
+    const std::array<int, 3> signals = {SIGINT, SIGTERM, SIGHUP};
+    std::vector<std::unique_ptr<Program>> programs;
+    for (const auto &[words, traced, code] : waits) {
+        for (std::size_t i = 0; i < signals.size(); ++i)
+            programs.push_back(std::make_unique<Program>(words + " --trace"));
     }
-    int signal = 0;
-    for (const auto &[wait, program] : started) {
-        EXPECT_TRUE(program->errors(wait->traced).contains(wait->traced)) << wait->words;
-        kill(program->pid, std::array<int, 3>{SIGINT, SIGTERM, SIGHUP}[signal++ % 3]);
+    for (std::size_t i = 0; i < programs.size(); ++i) {
+        const auto &[words, traced, code] = waits[i / signals.size()];
+        EXPECT_TRUE(programs[i]->errors(traced).endsWith(traced)) << words.constData();
+        kill(programs[i]->pid, signals[i % signals.size()]);
     }
-    for (const auto &[wait, program] : started)
-        EXPECT_EQ(program->end(), wait->code) << wait->words;
+    for (std::size_t i = 0; i < programs.size(); ++i)
+        EXPECT_EQ(programs[i]->end(), std::get<int>(waits[i / signals.size()]))
+            << std::get<QByteArray>(waits[i / signals.size()]).constData();
 }
 
 TEST(Signals, EndAProgramWhoseReaderHasStopped)

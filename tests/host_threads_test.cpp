@@ -22,15 +22,6 @@ CommSettings settings; // the driver keeps a pointer to it
 
 void itemNotify(QList<RW_VAR> *, int, int) {}
 
-void queueWrite(const DriverLibrary &driver, const Variable &written, int value)
-{
-    WriteItem item;
-    item.variable = written;
-    item.value = QByteArray(1, static_cast<char>(value)).append('\0');
-    QList<WriteItem> items = {item};
-    queueWrites(driver, settings.writeBlockSize, &items);
-}
-
 TEST(HostThreads, SnapshotsAndWritesMeetTheCommunication)
 {
     QString error;
@@ -63,7 +54,10 @@ TEST(HostThreads, SnapshotsAndWritesMeetTheCommunication)
     loop.start();
     PanelSnapshot now = state.snapshot();
     for (int round = 1; round <= rounds && !now.isEnded; ++round) {
-        queueWrite(*driver, polled.at(0), round);
+        QList<WriteItem> items = {WriteItem()};
+        items[0].variable = polled.at(0);
+        items[0].value = QByteArray(1, static_cast<char>(round)).append('\0');
+        queueWrites(*driver, settings.writeBlockSize, &items);
         const int passes = now.passes;
         state.waitForNews(passes, now.itemsEnded(), 1000);
         now = state.snapshot();
