@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <map>
 #include <random>
 #include <sstream>
 
@@ -26,12 +25,6 @@ typedef std::vector<quint32> Script;
 const int addresses = 40; ///< of each table that are written, read and polled; requests may reach a little further
 const int units = 3;
 
-/// Writes of the host. Two either have the same place or none in common, so a later one replaces all of an earlier one.
-const struct Shape
-{
-    int area, first, places, count;
-} shapes[] = {{Coils, 0, 12, 1}, {Coils, 12, 4, 3}, {Registers, 0, 2, 5}, {Pairs, 10, 2, 4}, {RegisterBit, 20 * 16, 48, 1}};
-
 /// Bits or registers of one unit, an even number of them for pairs.
 struct Range
 {
@@ -42,7 +35,6 @@ struct Range
     {
         return std::to_string(first / scale()) + (scale() > 1 ? '.' + std::to_string(first % BitsOfRegister) : "");
     }
-    bool isSamePlace(const Range &other) const { return unit == other.unit && area == other.area && first == other.first; }
 };
 
 /// As poll() reads items.
@@ -51,30 +43,34 @@ std::ostream &operator<<(std::ostream &out, const Range &range)
     return out << range.unit << '/' << range.area << ':' << range.address() << '*' << range.count;
 }
 
-/// A write or one-shot read that the host has asked for and that is not reported yet.
-struct Job
+/// Bytes that the host has for a bit or register.
+int bytesOf(int area)
 {
-    Range range;
-    std::vector<int> values; ///< of a write
-};
-
-/// As the host has values: bits, or registers of which pairs have the high word first.
-std::string hostBytes(int area, const std::vector<int> &values)
-{
-    QByteArray bytes;
-    for (std::size_t k = 0; k < values.size(); ++k) {
-        const int value = values[area == InputPairs || area == Pairs ? k ^ 1 : k];
-        bytes.append(static_cast<char>(value));
-        if (area >= InputRegisters)
-            bytes.append(static_cast<char>(value >> 8));
-    }
-    return hex(bytes);
+    return area < InputRegisters ? 1 : 2;
 }
 
-bool isQueued(int item)
+/// Bit or register k of the host's bytes; pairs have the low word first.
+int hostValue(int area, const QByteArray &data, int k)
 {
-    const QList<RW_VAR> &queue = PLC_driver.writeList;
-    return std::any_of(queue.begin(), queue.end(), [=](const RW_VAR &entry) { return entry.hostItem == item; });
+    if (area < InputRegisters)
+        return data.at(k);
+    const int at = 2 * (area == InputPairs || area == Pairs ? k ^ 1 : k);
+    return static_cast<quint8>(data.at(at)) | static_cast<quint8>(data.at(at + 1)) << 8;
+}
+
+bool samePlace(const RW_VAR &a, const RW_VAR &b)
+{
+    return a.station == b.station && a.area == b.area && a.startAddress == b.startAddress && a.dataLength == b.dataLength;
+}
+
+bool sameItem(const RW_VAR &a, const RW_VAR &b)
+{
+    return a.hostId == b.hostId && a.hostItem == b.hostItem;
+}
+
+bool sameEntry(const RW_VAR &a, const RW_VAR &b)
+{
+    return samePlace(a, b) && sameItem(a, b) && a.data == b.data;
 }
 
 class Sequence
@@ -93,26 +89,39 @@ public:
         const Range range = pickRange();
         switch (pick(16)) {
         case 0:
+            return enter(range);
         case 1:
-            return queueWrite();
-        case 2:
             return queueRead(range);
-        case 3:
+        case 2:
             return compare(range);
-        case 4:
+        case 3:
             return pick(4) ? EnCommStation(1 + pick(units), pick(4) != 0) : rebuild();
-        case 5: // the station changes by itself
-            return m_station.put(range.unit, range.area, range.first, pickValue(range.area));
+        case 4: // the station changes by itself
+            return m_station.put(range.unit, range.area, range.first, pick(range.area < InputRegisters ? 2 : 65536));
+        case 5: // the host has seen the pass, or changes links
+            m_pass = m_settings.cycleDone = 0;
+            m_settings.linkId = 2 + !pick(4);
+            return;
         default:
             return exchange(pick(4) ? Good : static_cast<Reply>(Lost + pick(3)));
         }
     }
 
+    /// The image, the queues and the counters against those that are kept here.
     void compareAll()
     {
         for (int unit = 1; unit <= (m_settings.multiStation ? units : 1); ++unit) {
             for (int area : {Coils, Inputs, InputRegisters, Registers})
                 compare({unit, area, 0, addresses});
+        }
+        const auto &d = PLC_driver;
+        check(m_settings.cycleDone == m_pass && d.cyclicDone == m_done, "a pass is counted otherwise");
+        check(m_settings.failCount == m_failures, "failures are counted otherwise");
+        for (int kind : {OriginPoll, OriginWrite, OriginOnceRead}) {
+            const QList<RW_VAR> &is = kind == OriginPoll ? d.readList : kind == OriginWrite ? d.writeList : d.onceReadList;
+            const QList<RW_VAR> &wanted = m_queues[kind];
+            if (!std::equal(is.begin(), is.end(), wanted.begin(), wanted.end(), sameEntry) && failure.empty())
+                failure = "queued is " + listed(is) + " instead of " + listed(wanted);
         }
     }
 
@@ -120,12 +129,13 @@ public:
     void finish()
     {
         EnCommStation(-1, 0);
-        const auto &d = PLC_driver;
-        for (int i = 0; i < 3000 && d.writeList.size() + d.onceReadList.size() + d.pendingList.size() > 0; ++i)
+        m_settings.linkId = 2;
+        rebuild();
+        for (int i = 0; i < 3000 && (queued() > 0 || !m_next.isEmpty()); ++i)
             exchange(Good);
-        check(m_jobs.empty(), "an item was not reported");
-        for (int i = 0; i <= 2 * d.readList.size(); ++i)
+        for (int i = 0; i <= 2 * m_queues[OriginPoll].size(); ++i)
             exchange(Good);
+        check(queued() == 0, "an entry stays in its queue");
         check(m_settings.cycleDone == 1, "a whole pass is not complete");
         for (const Range &range : m_polled) {
             for (int k = range.first; k < range.first + range.count; ++k)
@@ -142,11 +152,9 @@ private:
     enum Reply { Good, Lost, WrongLength, Foreign };
 
     int pick(int below) { return static_cast<int>(m_random() / 64 % static_cast<unsigned>(below)); }
-    int pickUnit() { return m_settings.multiStation ? 1 + pick(units) : 1; }
-    int pickValue(int area) { return pick(area < InputRegisters ? 2 : 65536); }
     Range pickRange()
     {
-        Range range = {pickUnit(), pick(8), 0, 2 + 2 * pick(10)};
+        Range range = {m_settings.multiStation ? 1 + pick(units) : 1, pick(8), 0, 2 + 2 * pick(10)};
         range.first = pick((addresses - 20) * range.scale());
         return range;
     }
@@ -159,13 +167,13 @@ private:
 
     void compare(const Range &range)
     {
-        std::vector<int> values;
-        for (int k = 0; k < range.count; ++k)
-            values.push_back(m_image.at(range.unit, range.area, range.first + k));
-        const std::string wanted = hostBytes(range.area, values);
-        const std::string shown = value(range.area, range.address(), range.count, range.unit);
-        if (shown != wanted && failure.empty())
-            failure = (Line() << range << ": " << shown << " instead of " << wanted).GetString();
+        const QByteArray shown = bytes(value(range.area, range.address(), range.count, range.unit).c_str());
+        check(shown.size() == range.count * bytesOf(range.area), "another number of bytes is shown");
+        for (int k = 0; k < range.count && failure.empty(); ++k) {
+            const int is = hostValue(range.area, shown, k), wanted = m_image.at(range.unit, range.area, range.first + k);
+            if (is != wanted)
+                failure = (Line() << range << ", element " << k << ": " << is << " instead of " << wanted).GetString();
+        }
     }
 
     void rebuild()
@@ -178,48 +186,103 @@ private:
         }
         const int requests = poll(items.GetString());
         m_trace << "polls " << items << "in " << requests << " requests\n";
+        m_queues[OriginPoll] = PLC_driver.readList;
+        m_done = m_pass = 0;
     }
 
-    void queueWrite()
+    RW_VAR access(const Range &range, int rwFlag)
     {
-        const Shape &shape = shapes[pick(5)];
-        const Range range = {pickUnit(), shape.area, shape.first + shape.count * pick(shape.places), shape.count};
-        const auto isOfPlace = [&](const Job &job) { return !job.values.empty() && job.range.isSamePlace(range); };
-        Job made = {range, {}};
-        for (int k = 0; k < range.count; ++k) {
-            made.values.push_back(pickValue(range.area));
-            if (m_failed) // what was entered is shown at once
-                m_image.put(range.unit, range.area, range.first + k, made.values.back());
+        RW_VAR made = by(3 * pick(5), ::access(range.area, range.first, range.count, "", range.unit), rwFlag, m_settings.linkId);
+        made.hostItem = pick(3);
+        made.addressText = QString::fromStdString(range.address());
+        return made;
+    }
+
+    /// What the host enters is sent, or kept in the image only.
+    void enter(Range range)
+    {
+        m_settings.writeMode = pick(4) ? int(WriteModeToStation) : 0;
+        const bool isSent = m_settings.writeMode == WriteModeToStation;
+        range.area = range.area < InputBit ? Coils : range.area | 1;
+        range.count = range.area == RegisterBit && !isSent ? 1 : 2 + 2 * pick(3);
+        const int size = bytesOf(range.area), block = !isSent ? range.count : size == 1 ? 1 : m_settings.writeBlockSize;
+        RW_VAR made = access(range, AccessWrite);
+        QByteArray data;
+        while (data.size() < size * range.count)
+            data.append(static_cast<char>(pick(size == 1 ? 2 : 256)));
+        m_trace << "enters " << range << ": " << hex(data) << (isSent ? "\n" : ", not sent\n");
+        write(range.area, range.address(), range.count, hex(data), made.hostId, made.hostItem, range.unit);
+        for (int k = 0; k < range.count; k += block) {
+            made.startAddress = range.first + k;
+            made.dataLength = qMin(block, range.count - k);
+            made.data = data.mid(size * k, size * made.dataLength);
+            if (isSent)
+                merge(made);
+            if (!isSent || m_failed)
+                show(made);
         }
-        for (const auto &job : m_jobs)
-            check(!isOfPlace(job.second) || isQueued(job.first), "a write is gone and was not reported");
-        const std::string bytes = hostBytes(range.area, made.values);
-        m_trace << "item " << ++m_items << " writes " << range << ": " << bytes << '\n';
-        write(range.area, range.address(), range.count, bytes, m_items % 14, m_items, range.unit);
-        for (auto job = m_jobs.begin(); job != m_jobs.end();) // overwritten
-            job = isOfPlace(job->second) && !isQueued(job->first) ? m_jobs.erase(job) : std::next(job);
-        m_jobs[m_items] = made;
+    }
+
+    void merge(const RW_VAR &made)
+    {
+        QList<RW_VAR> &queue = m_queues[OriginWrite];
+        for (int i = 1; i < queue.size(); ++i) { // never the head
+            if (!samePlace(queue.at(i), made))
+                continue;
+            queue[i] = made;
+            return;
+        }
+        queue.append(made);
+    }
+
+    void show(const RW_VAR &made)
+    {
+        for (int k = 0; k < made.dataLength; ++k)
+            m_image.put(made.station, made.area, made.startAddress + k, hostValue(made.area, made.data, k));
     }
 
     void queueRead(const Range &range)
     {
-        RW_VAR read = access(range.area, 0, range.count, "", range.unit);
-        read.hostItem = ++m_items;
-        read.hostId = m_items % 14;
-        read.linkId = m_settings.linkId;
-        read.addressText = QString::fromStdString(range.address());
-        m_jobs[m_items].range = range;
-        m_trace << "item " << m_items << " reads " << range << '\n';
-        AddListOnceReadVar(&read, QueueMerged);
+        RW_VAR asked = access(range, AccessRead), block = asked;
+        m_trace << "reads " << range << '\n';
+        AddListOnceReadVar(&asked, QueueMerged);
+        const int size = isBitArea(range.area) ? 8 : range.scale(), end = (range.first + range.count - 1) / size + 1;
+        block.area = requestArea(range.area);
+        for (int at = range.first / size; at < end; at += m_settings.writeBlockSize) {
+            block.startAddress = isBitArea(range.area) ? 8 * at : at;
+            block.dataLength = qMin(m_settings.writeBlockSize, end - at);
+            QList<RW_VAR> &queue = m_queues[OriginOnceRead];
+            if (std::none_of(queue.begin(), queue.end(), [&](const RW_VAR &other) { return sameEntry(other, block); }))
+                queue.append(block);
+        }
+    }
+
+    /// Of the writes, the one-shot reads and the poll list, the first entry whose station is switched on becomes the
+    /// head. A queue that was looked at five times waits until the poll list was.
+    bool choose()
+    {
+        for (int kind : {OriginWrite, OriginOnceRead, OriginPoll}) {
+            QList<RW_VAR> &queue = m_queues[m_kind = kind];
+            if (kind == OriginPoll)
+                m_bursts[OriginWrite] = m_bursts[OriginOnceRead] = 0;
+            else if (queue.isEmpty() || ++m_bursts[kind] > 5)
+                continue;
+            for (int n = queue.size(); n > 0; --n) {
+                if (!Ethernetcontains(queue.at(0).station))
+                    return true;
+                queue.append(queue.takeFirst());
+            }
+        }
+        m_pass = 1;
+        return false;
     }
 
     /// The frame that must follow the read half of a bit write: other bits stay as they were read.
     QByteArray writeHalf(QByteArray frame, const QByteArray &reply)
     {
-        const Job &job = m_jobs.at(PLC_driver.writeList.at(0).hostItem);
-        const int mask = 1 << job.range.first % 16, was = valueIn(reply, Registers, 0);
+        const int mask = 1 << m_entry.startAddress % 16, was = valueIn(reply, Registers, 0);
         frame[int(wire::FunctionAt)] = wire::WriteSingleRegister;
-        wire::putWord(frame.data() + wire::ValueAt, job.values[0] ? was | mask : was & ~mask);
+        wire::putWord(frame.data() + wire::ValueAt, m_entry.data.at(0) ? was | mask : was & ~mask);
         return frame;
     }
 
@@ -234,79 +297,89 @@ private:
 
     void exchange(Reply kind)
     {
+        const bool isNew = m_next.isEmpty(), isAny = !isNew || choose();
         const Protocol *request = ComCommunication();
-        check(request || m_next.isEmpty(), "the request in flight is gone");
+        check((request != nullptr) == isAny, "there is a request although none must be sent, or none although one must be");
         if (!request)
+            return check(DataCom(nullptr, 0)->status == StatusDone, "a reply to nothing is not harmless");
+        if (!failure.empty())
             return;
         ++exchanges;
+        if (isNew)
+            m_entry = m_queues[m_kind].at(0);
         const QByteArray frame = request->frame;
         const Asked asked(frame);
-        const int built = PLC_driver.pendingList.size(), id = PLC_driver.pendingList.last().var.hostId;
-        const bool isNew = m_next.isEmpty(), isNewWrite = isNew && PLC_driver.currentKind == OriginWrite;
+        const bool isWrite = m_kind == OriginWrite, isHalf = isWrite && asked.reads, isBit = m_entry.area == RegisterBit;
         check(isNew || frame == m_next, "another frame than the retry or the write half");
-        check(!isNew || !Ethernetcontains(asked.unit), "the station is switched off");
-        check(takeCalls() == (isNewWrite ? notified(id, built, queued()) : ""), "itemNotify follows each write that is built");
-        for (std::size_t k = 0; isNewWrite && !m_failed && k < asked.written.size(); ++k)
-            m_image.put(asked.unit, asked.area, asked.first + int(k), asked.written[k]);
+        check(asked.unit == m_entry.station && asked.area == requestArea(m_entry.area) &&
+                  asked.first == m_entry.startAddress / (isBit ? 16 : 1) &&
+                  asked.count == m_entry.dataLength * (asked.reads && isBitArea(m_entry.area) ? 8 : 1),
+              "something else is asked for than the entry whose turn it is");
+        check(takeCalls() == (isNew && isWrite ? notified(m_entry, PLC_driver.pendingList.size()) : ""),
+              "itemNotify follows each write that is built");
+        if (isNew && isWrite && !isBit && !m_failed)
+            show(m_entry);
         const QByteArray right = m_station.reply(frame);
         check(right.size() == request->replyLength, "the station's reply has another length than is expected");
         QByteArray reply = spoilt(right, kind);
         m_trace << hex(frame) << " -> " << hex(reply) << '\n';
-        const int queuedBefore = queued(), status = DataCom(&reply, reply.size())->status;
+        const int status = DataCom(&reply, reply.size())->status;
         m_failed = reply.size() != right.size();
-        m_next = m_failed ? frame : built == 2 ? writeHalf(frame, reply) : QByteArray();
-        if (m_failed)
-            return judgeFailure(status, reply.isEmpty() ? StatusLocalNoReply : StatusLocalWrongLength, queuedBefore);
-        check(status == StatusDone, "a reply of the right length is not accepted");
+        const bool isRemote = m_entry.linkId != m_settings.linkId;
         // Also a foreign reply is stored: the driver judges replies by their length alone, the rest is the host's part.
-        for (int k = 0; asked.reads && k < asked.count; ++k)
+        for (int k = 0; !m_failed && asked.reads && (isHalf || !isRemote) && k < asked.count; ++k)
             m_image.put(asked.unit, asked.area, asked.first + k, valueIn(reply, asked.area, k));
-        const std::string calls = takeCalls();
-        if (calls.empty())
+        if (m_failed)
+            m_pass = m_done = 0;
+        if (m_failed ? ++m_failures <= m_settings.retryLimit : isHalf) {
+            m_next = m_failed ? frame : writeHalf(frame, reply);
+            check(status == (m_failed ? StatusRetry : StatusDone) && takeCalls().empty(), "the access does not go on");
             return;
-        check(calls == reported(WriteDoneServed, queuedBefore), "another report than done");
-        judgeReport(asked);
-    }
-
-    static int queued() { return PLC_driver.writeList.size() + PLC_driver.onceReadList.size(); }
-    static std::string notified(int id, int pending, int queued)
-    {
-        return (Line() << "notify(" << id << " 1) " << pending << ' ' << queued).GetString();
-    }
-    /// Of the entry that the exchange ended.
-    static std::string reported(int outcome, int queued)
-    {
-        const RW_VAR &entry = PLC_driver.result;
-        return (Line() << "done(9 " << entry.hostId << ' ' << entry.hostItem << ' ' << outcome << ") 0 " << queued).GetString();
-    }
-
-    void judgeFailure(int status, int givenUp, int queuedBefore)
-    {
-        const std::string calls = takeCalls();
-        if (++m_failures <= m_settings.retryLimit)
-            return check(status == StatusRetry && calls.empty(), "not to be tried again");
-        m_failures = 0;
+        }
         m_next.clear();
-        const int id = PLC_driver.result.hostId, isPoll = PLC_driver.currentKind == OriginPoll;
-        check(status == givenUp + (id < StatusCodesOfClass ? id : 0), "another status than given up");
-        check(calls == (isPoll ? notified(id, 0, queuedBefore)
-                               : reported(WriteDoneGivenUp, queuedBefore) + ' ' + notified(id, 0, queuedBefore - 1)),
-              "another report than given up, ahead of dropping the rest of the item");
-        m_jobs.erase(PLC_driver.result.hostItem);
+        const int shift = m_entry.hostId < StatusCodesOfClass ? m_entry.hostId : 0;
+        const int failed = (reply.isEmpty() ? StatusLocalNoReply : StatusLocalWrongLength) + shift;
+        check(status == (m_failed   ? failed + (isRemote ? 100 : 0)
+                         : isRemote ? StatusRemoteAccepted
+                                    : StatusDone),
+              "another status than the exchange has");
+        end(isRemote);
     }
 
-    /// What is reported as done is known, and was written as it was asked for.
-    void judgeReport(const Asked &asked)
+    int queued() const { return m_queues[OriginWrite].size() + m_queues[OriginOnceRead].size(); }
+    std::string notified(const RW_VAR &entry, int pending)
     {
-        const auto found = m_jobs.find(PLC_driver.result.hostItem);
-        if (found == m_jobs.end())
-            return check(false, "something unknown is reported");
-        const Job job = found->second;
-        m_jobs.erase(found);
-        const int first = isBitOfRegister(job.range.area) ? job.range.first : asked.first; // the last frame's block
-        for (int k = 0; !job.values.empty() && k < asked.count; ++k)
-            check(m_station.at(asked.unit, job.range.area, first + k) ==
-                      job.values.at(static_cast<std::size_t>(first + k - job.range.first)),
+        return (Line() << "notify(" << entry.hostId << " 1) " << pending << ' ' << queued()).GetString();
+    }
+
+    /// The head of the queue is done or given up.
+    void end(bool isRemote)
+    {
+        QList<RW_VAR> &queue = m_queues[m_kind];
+        const bool isPoll = m_kind == OriginPoll, isReported = !isPoll && !(isRemote && m_kind == OriginOnceRead);
+        Line calls;
+        const RW_VAR head = queue.first();
+        const auto isOfItem = [&](const RW_VAR &other) { return sameItem(head, other); };
+        if (isReported && (m_failed || std::none_of(queue.begin() + 1, queue.end(), isOfItem)))
+            calls << "done(9 " << head.hostId << ' ' << head.hostItem << (m_failed ? " 2) 0 " : " 1) 0 ") << queued();
+        queue.removeFirst();
+        if (isPoll)
+            queue.append(head);
+        if (m_failed) {
+            m_failures = 0;
+            calls << (isReported ? " " : "") << notified(head, 0);
+            const auto isDropped = [&](const RW_VAR &other) {
+                return !isPoll && isOfItem(other) && (!m_settings.multiStation || other.station == head.station);
+            };
+            queue.erase(std::remove_if(queue.begin(), queue.end(), isDropped), queue.end());
+        } else if (m_pass == 0 && !isRemote && ++m_done > m_queues[OriginPoll].size()) {
+            m_done = 0;
+            m_pass = 1;
+        }
+        check(takeCalls() == calls.GetString(), "other call-backs than the access has, or in another order");
+        check(samePlace(PLC_driver.result, head) && sameItem(PLC_driver.result, head), "another access is returned");
+        for (int k = 0; k < m_entry.dataLength && m_kind == OriginWrite && !m_failed; ++k)
+            check(m_station.at(head.station, head.area, head.startAddress + k) == hostValue(head.area, head.data, k),
                   "a write is done, but the station has another value");
     }
 
@@ -314,11 +387,13 @@ private:
     CommSettings m_settings;
     MemoryStation m_station;
     Tables m_image;
+    QList<RW_VAR> m_queues[3]; ///< as the driver's must be; this and the next by RequestOrigin
+    int m_bursts[3] = {};
     std::minstd_rand m_random;
-    std::map<int, Job> m_jobs; ///< by item
     std::vector<Range> m_polled;
+    RW_VAR m_entry;    ///< that is in flight
     QByteArray m_next; ///< the frame that must come next; empty for any
-    int m_items = 0, m_failures = 0;
+    int m_kind = OriginNone, m_failures = 0, m_done = 0, m_pass = 0;
     bool m_failed = false;
 };
 
@@ -326,11 +401,12 @@ private:
 std::string play(const Script &script, bool perStation, std::ostream *trace = nullptr)
 {
     Sequence sequence(perStation, trace);
-    for (quint32 number : script) {
-        sequence.step(number);
+    for (auto number = script.begin(); number != script.end() && sequence.failure.empty(); ++number) {
+        sequence.step(*number);
         sequence.compareAll();
     }
-    sequence.finish();
+    if (sequence.failure.empty())
+        sequence.finish();
     return sequence.failure;
 }
 
