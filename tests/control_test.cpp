@@ -6,8 +6,17 @@
 
 typedef DriverFixture Control;
 
+namespace {
+
+const QByteArray numbersAsLoaded = driverNumbers();
+const int areasAsLoaded[] = {LB, LW, RWI};
+
+} // namespace
+
 TEST_F(Control, CallsThatOnlyHostsUse)
 {
+    EXPECT_TRUE(driverNumbers() == numbersAsLoaded) << "loading and construction differ";
+    EXPECT_EQ(areasAsLoaded[0] | areasAsLoaded[1] | areasAsLoaded[2], 0);
     FlashLocalRegister(1, 2, 3);
     EXPECT_EQ(LB * 100 + LW * 10 + RWI, 123);
     EXPECT_EQ(QueryFinishFlag(), 1);
@@ -39,35 +48,30 @@ TEST_F(Control, StationSwitches)
 
 TEST_F(Control, StatusCodesShiftByUsualItemsOnly)
 {
+    EXPECT_EQ(GetDriverReturnValue(2), 41) << "nothing is in flight";
     PLC_driver.pendingList.append(Protocol());
-    for (const auto &[hostId, status] : Rows<int, int>{{-1, 41}, {0, 41}, {11, 52}, {12, 41}}) {
+    const Rows<int, int, int> rows = {{2, -1, 41}, {2, 0, 41}, {2, 11, 52}, {2, 12, 41}, {-1, 1, 200}, {8, 1, 200}};
+    for (const auto &[outcome, hostId, status] : rows) {
         PLC_driver.pendingList[0].var.hostId = hostId;
-        EXPECT_EQ(GetDriverReturnValue(2), status) << hostId;
+        EXPECT_EQ(GetDriverReturnValue(outcome), status) << hostId;
     }
 }
 
-TEST_F(Control, Checksums)
+TEST_F(Control, ChecksumsAndDigits)
 {
-    const QByteArray request = bytes("01030000000A"), many(300, '\xFF'), sum256 = bytes("8080");
-    const auto raw = [](const QByteArray &b) { return reinterpret_cast<const unsigned char *>(b.constData()); };
-    EXPECT_EQ(CalCRC(raw(request), 6), 0xCDC5);
-    EXPECT_EQ(CalCRC(raw(request), 0), 0xFFFF);
-    EXPECT_EQ(CalSUM(raw(many), 300), 0x2AD4);
-    EXPECT_EQ(CalLRC(raw(request), 6), 0xF2);
-    EXPECT_EQ(CalLRC(raw(sum256), 2), 256);
-    EXPECT_EQ(CalXOR(raw(request), 6), 0x08);
-    EXPECT_EQ(CalXOR(raw(request), 0), 0x01) << "the first byte counts always";
-}
-
-TEST_F(Control, DigitsBeyondTheUsualOnesToo)
-{
-    const Rows<int (*)(int), int, int> rows = {
-        {&DigitalToASCII, 0, '0'},  {&DigitalToASCII, 9, '9'},  {&DigitalToASCII, 10, 'A'}, {&DigitalToASCII, 16, 'G'},
-        {&DigitalToASCII, -1, '/'}, {&ASCIIToDigital, '/', 0},  {&ASCIIToDigital, '9', 9},  {&ASCIIToDigital, '?', 15},
-        {&ASCIIToDigital, '@', 0},  {&ASCIIToDigital, 'A', 10}, {&ASCIIToDigital, 'a', 42},
-    };
-    for (const auto &[convert, from, to] : rows)
-        EXPECT_EQ(convert(from), to) << from;
+    const unsigned char request[] = {1, 3, 0, 0, 0, 10, 255}, sum256[] = {128, 128, 255};
+    const std::vector<unsigned char> many(301, 255);
+    EXPECT_EQ(CalCRC(request, 6), 0xCDC5);
+    EXPECT_EQ(CalCRC(request, 0), 0xFFFF);
+    EXPECT_EQ(CalSUM(many.data(), 300), 0x2AD4);
+    EXPECT_EQ(CalLRC(request, 6), 0xF2);
+    EXPECT_EQ(CalLRC(sum256, 2), 256);
+    EXPECT_EQ(CalXOR(request, 6), 0x08);
+    EXPECT_EQ(CalXOR(request, 0), 0x01) << "the first byte counts always";
+    for (const auto &[value, digit] : Rows<int, int>{{0, '0'}, {9, '9'}, {10, 'A'}, {16, 'G'}, {-1, '/'}})
+        EXPECT_EQ(DigitalToASCII(value), digit);
+    for (const auto &[digit, value] : Rows<int, int>{{'/', 0}, {'9', 9}, {'?', 15}, {'@', 0}, {'A', 10}, {'a', 42}})
+        EXPECT_EQ(ASCIIToDigital(digit), value);
 }
 
 TEST_F(Control, AddressTextToNumber)
@@ -85,9 +89,11 @@ TEST_F(Control, AddressTextToNumber)
         {InputPairs, "3.4", 0},       {RegisterBit, "x.9", 9},
         {Registers, "65536", 65536},  {RegisterBit, "2147483647.1", -15},
     };
+    QByteArray out;
     for (const auto &[area, written, address] : rows) {
         const QString text = QString::fromLatin1(written);
         EXPECT_EQ(StringAddressToInt(area, text), address) << area << " " << written;
         EXPECT_EQ(PLCAddressChangeIntef(area, text), address) << area << " " << written;
+        EXPECT_EQ(GetRegisterData(0, area, text, 1, out, 1), address >= 0) << area << " " << written;
     }
 }

@@ -100,11 +100,7 @@ TEST_F(Guide, StartsAnewAsShown)
     code.remove(0, code.indexOf(QLatin1String("// `settings`")));
     EXPECT_TRUE(text("/docs/host-guide.md").contains(code));
 
-    const auto numbers = [] {
-        const char *from = reinterpret_cast<const char *>(&PLC_driver.currentKind);
-        return QByteArray(from, int(reinterpret_cast<const char *>(&PLC_driver + 1) - from));
-    };
-    const QByteArray fresh = numbers();
+    const QByteArray fresh = driverNumbers();
     settings.multiStation = settings.retryLimit = 1;
     poll("5:1*1 2/0:1*1");
     write(AreaHoldingRegisterBit, "1.3", 1, "01");
@@ -118,7 +114,7 @@ TEST_F(Guide, StartsAnewAsShown)
     for (quint16 *registers : {PLC_driver.inputRegisters, PLC_driver.holdingRegisters})
         registers[ImageRegisters - 1] = registers[0] = 1;
     startAnew(PLC_driver, settings);
-    EXPECT_TRUE(numbers() == fresh) << "a number or an image differs";
+    EXPECT_TRUE(driverNumbers() == fresh) << "a number or an image differs";
     EXPECT_EQ(ComCommunication(), nullptr);
     EXPECT_TRUE(PLC_driver.extendList.isEmpty() && PLC_driver.disabledStations.isEmpty());
     EXPECT_EQ(settings.failCount + settings.repliesExpected + settings.repliesReceived, 0);

@@ -36,6 +36,12 @@ void itemNotify(QList<RW_VAR> *list, int id, int flag)
 
 } // namespace
 
+QByteArray driverNumbers()
+{
+    const char *from = reinterpret_cast<const char *>(&PLC_driver.currentKind);
+    return QByteArray(from, int(reinterpret_cast<const char *>(&PLC_driver + 1) - from));
+}
+
 void reloadDriver(CommSettings *settings, int multiStation)
 {
     PLC_driver.~Modbus_TCPIP_RTU_M();
@@ -62,6 +68,7 @@ int poll(const std::string &items)
         VAR_ITEM item;
         item.count = parts.takeLast().toInt();
         item.addressText = parts.takeLast();
+        item.tagText = QString::fromLatin1("tag");
         item.area = static_cast<quint8>(parts.takeLast().toInt());
         item.station = parts.isEmpty() ? 1 : static_cast<quint8>(parts.at(0).toInt());
         list << item;

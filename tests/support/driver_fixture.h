@@ -36,6 +36,8 @@ inline std::string hex(const char *text)
     return hex(bytes(text));
 }
 
+/// The numbers and image arrays of the driver object, as they lie in memory.
+QByteArray driverNumbers();
 /// The driver as it is after loading, with this record handed over and call-backs that takeCalls() tells of.
 void reloadDriver(CommSettings *settings, int multiStation);
 
