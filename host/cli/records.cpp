@@ -73,7 +73,7 @@ QByteArray jsonArray(const Variable &variable, const QByteArray &bytes)
         }
         values = words.join(',');
     }
-    return '[' + values + ']';
+    return values.prepend('[').append(']');
 }
 
 void putValues(Json *json, const ValueState &value)

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace {
 
@@ -44,20 +45,29 @@ QVector<int> fitted(QVector<int> widths, const QList<QStringList> &rows, int roo
     return widths;
 }
 
+/// Takes the words that fit a line, or a part of a longer word.
+QStringRef takeLine(QStringRef *rest, int room)
+{
+    if (rest->size() <= room)
+        return std::exchange(*rest, QStringRef());
+    const int blank = rest->lastIndexOf(QLatin1Char(' '), room);
+    const QStringRef line = rest->left(blank > 0 ? blank : room);
+    *rest = rest->mid(line.size() + (blank > 0 ? 1 : 0));
+    return line;
+}
+
 /// The row's cells side by side, in as many lines as the longest cell takes.
 QStringList rowLines(const QStringList &row, const QVector<int> &widths)
 {
-    QStringList lines;
+    QStringList lines{QString()};
     int column = 0;
     for (int i = 0; i < row.size(); ++i) {
-        const QStringList cell = wrapped(row.at(i), widths.at(i));
-        while (lines.size() < cell.size())
-            lines << QString();
-        for (int y = 0; y < cell.size(); ++y) {
-            if (cell.at(y).isEmpty())
-                continue;
+        QStringRef rest(&row.at(i));
+        for (int y = 0; !rest.isEmpty(); ++y) {
+            if (y == lines.size())
+                lines << QString();
             lines[y].resize(column, QLatin1Char(' '));
-            lines[y] += cell.at(y);
+            lines[y] += takeLine(&rest, widths.at(i));
         }
         column += widths.at(i) + gap;
     }
@@ -77,17 +87,12 @@ QString listed(const QStringList &titles, const QStringList &row)
 
 QStringList wrapped(const QString &text, int room)
 {
-    if (text.size() <= room)
-        return {text};
+    QStringRef rest(&text);
     QStringList lines;
-    int from = 0;
-    while (text.size() - from > room) {
-        const int blank = text.lastIndexOf(QLatin1Char(' '), from + room);
-        const int end = blank > from ? blank : from + room;
-        lines << text.mid(from, end - from);
-        from = end + (blank > from ? 1 : 0);
-    }
-    return lines << text.mid(from);
+    do
+        lines << takeLine(&rest, room).toString();
+    while (!rest.isEmpty());
+    return lines;
 }
 
 TextColumns::TextColumns(const char *titles)

@@ -67,7 +67,7 @@ bool CommunicationLoop::openLink()
 {
     for (;;) {
         const bool isOpen = m_connection.open();
-        reportLink();
+        m_observer.linkIs(m_connection.state(), m_connection.cause(), m_connection.numbers());
         if (isOpen || m_stop || !m_options.waitsForLink)
             return isOpen;
         m_connection.pause(Deadline(pauseMs));
@@ -76,11 +76,6 @@ bool CommunicationLoop::openLink()
             m_observer.passEnded();
         }
     }
-}
-
-void CommunicationLoop::reportLink()
-{
-    m_observer.linkIs(m_connection.state(), m_connection.cause(), m_connection.numbers());
 }
 
 /// One call of the driver's cycle, with the exchange that it asks for.
@@ -107,7 +102,7 @@ void CommunicationLoop::serve(const Protocol &request)
     const int status = handBack(asked, exchange);
     m_isRetry = status == StatusRetry;
     m_hasPolled = m_hasPolled || asked.var.hostItem == HostItemOfPoll;
-    reportLink();
+    m_observer.linkIs(m_connection.state(), m_connection.cause(), m_connection.numbers());
     m_observer.exchangeEnded(asked.var, exchange, status, isUnsentRetry ? m_lastSent : exchange);
     judgeUnit(asked.var.station, exchange, status);
     if (m_isRetry)

@@ -44,7 +44,6 @@ public:
 private:
     void run();
     bool openLink();
-    void reportLink();
     void communicate();
     void serve(const Protocol &request);
     int handBack(const Protocol &request, const Exchange &exchange);
