@@ -25,22 +25,20 @@ typedef std::vector<quint32> Script;
 const int addresses = 40; ///< of each table that are written, read and polled; requests may reach a little further
 const int units = 3;
 
-/// Bits or registers of one unit, an even number of them for pairs.
-struct Range
+/// Bits or registers of one unit, as a host names them.
+RW_VAR place(int unit, int area, int first, int count)
 {
-    int unit, area, first, count;
+    RW_VAR var = access(area, first, count, "", unit);
+    const bool isBit = isBitOfRegister(area);
+    var.addressText = QString::number(isBit ? first / BitsOfRegister : first);
+    if (isBit)
+        var.addressText += QString::fromLatin1(".%1").arg(first % BitsOfRegister);
+    return var;
+}
 
-    int scale() const { return isBitOfRegister(area) ? BitsOfRegister : 1; }
-    std::string address() const
-    {
-        return std::to_string(first / scale()) + (scale() > 1 ? '.' + std::to_string(first % BitsOfRegister) : "");
-    }
-};
-
-/// As poll() reads items.
-std::ostream &operator<<(std::ostream &out, const Range &range)
+std::string text(const RW_VAR &var)
 {
-    return out << range.unit << '/' << range.area << ':' << range.address() << '*' << range.count;
+    return listed(QList<RW_VAR>() << var);
 }
 
 /// Bytes that the host has for a bit or register.
@@ -86,18 +84,18 @@ public:
     void step(quint32 number)
     {
         m_random.seed(number);
-        const Range range = pickRange();
+        const RW_VAR var = pickVar();
         switch (pick(16)) {
         case 0:
-            return enter(range);
+            return enter(var);
         case 1:
-            return queueRead(range);
+            return queueRead(var);
         case 2:
-            return compare(range);
+            return compare(var);
         case 3:
             return pick(4) ? EnCommStation(1 + pick(units), pick(4) != 0) : rebuild();
         case 4: // the station changes by itself
-            return m_station.put(range.unit, range.area, range.first, pick(range.area < InputRegisters ? 2 : 65536));
+            return m_station.put(var.station, var.area, var.startAddress, pick(var.area < InputRegisters ? 2 : 65536));
         case 5: // the host has seen the pass, or changes links
             m_pass = m_settings.cycleDone = 0;
             m_settings.linkId = 2 + !pick(4);
@@ -112,7 +110,7 @@ public:
     {
         for (int unit = 1; unit <= (m_settings.multiStation ? units : 1); ++unit) {
             for (int area : {Coils, Inputs, InputRegisters, Registers})
-                compare({unit, area, 0, addresses});
+                compare(place(unit, area, 0, addresses));
         }
         const auto &d = PLC_driver;
         check(m_settings.cycleDone == m_pass && d.cyclicDone == m_done, "a pass is counted otherwise");
@@ -137,9 +135,9 @@ public:
             exchange(Good);
         check(queued() == 0, "an entry stays in its queue");
         check(m_settings.cycleDone == 1, "a whole pass is not complete");
-        for (const Range &range : m_polled) {
-            for (int k = range.first; k < range.first + range.count; ++k)
-                check(m_image.at(range.unit, range.area, k) == m_station.at(range.unit, range.area, k),
+        for (const RW_VAR &var : m_polled) {
+            for (int k = var.startAddress; k < var.startAddress + var.dataLength; ++k)
+                check(m_image.at(var.station, var.area, k) == m_station.at(var.station, var.area, k),
                       "a polled value is not the station's");
         }
         compareAll();
@@ -152,11 +150,14 @@ private:
     enum Reply { Good, Lost, WrongLength, Foreign };
 
     int pick(int below) { return static_cast<int>(m_random() / 64 % static_cast<unsigned>(below)); }
-    Range pickRange()
+    /// As the host asks for it; an even number of registers, for pairs.
+    RW_VAR pickVar()
     {
-        Range range = {m_settings.multiStation ? 1 + pick(units) : 1, pick(8), 0, 2 + 2 * pick(10)};
-        range.first = pick((addresses - 20) * range.scale());
-        return range;
+        const int area = pick(8), unit = m_settings.multiStation ? 1 + pick(units) : 1;
+        const int first = pick((addresses - 20) * (isBitOfRegister(area) ? BitsOfRegister : 1));
+        RW_VAR var = by(3 * pick(5), place(unit, area, first, 2 + 2 * pick(10)), AccessRead, m_settings.linkId);
+        var.hostItem = pick(3);
+        return var;
     }
 
     void check(bool holds, const char *what)
@@ -165,61 +166,58 @@ private:
             failure = what;
     }
 
-    void compare(const Range &range)
+    void compare(const RW_VAR &var)
     {
-        const QByteArray shown = bytes(value(range.area, range.address(), range.count, range.unit).c_str());
-        check(shown.size() == range.count * bytesOf(range.area), "another number of bytes is shown");
-        for (int k = 0; k < range.count && failure.empty(); ++k) {
-            const int is = hostValue(range.area, shown, k), wanted = m_image.at(range.unit, range.area, range.first + k);
+        const QByteArray shown = bytes(value(var.area, qPrintable(var.addressText), var.dataLength, var.station).c_str());
+        check(shown.size() == var.dataLength * bytesOf(var.area), "another number of bytes is shown");
+        for (int k = 0; k < var.dataLength && failure.empty(); ++k) {
+            const int is = hostValue(var.area, shown, k), wanted = m_image.at(var.station, var.area, var.startAddress + k);
             if (is != wanted)
-                failure = (Line() << range << ", element " << k << ": " << is << " instead of " << wanted).GetString();
+                failure = (Line() << text(var) << ", element " << k << ": " << is << " instead of " << wanted).GetString();
         }
     }
 
     void rebuild()
     {
+        QList<VAR_ITEM> items;
         m_polled.clear();
-        Line items;
         for (int n = 1 + pick(6); n > 0; --n) {
-            m_polled.push_back(pickRange());
-            items << m_polled.back() << ' ';
+            const RW_VAR var = pickVar();
+            VAR_ITEM item;
+            item.area = static_cast<quint8>(var.area);
+            item.station = static_cast<quint8>(var.station);
+            item.addressText = var.addressText;
+            item.count = var.dataLength;
+            items << item;
+            m_polled << var;
         }
-        const int requests = poll(items.GetString());
-        m_trace << "polls " << items << "in " << requests << " requests\n";
+        const int requests = ReCreatReadVarList(&items);
+        m_trace << "polls " << listed(m_polled) << " in " << requests << " requests\n";
         m_queues[OriginPoll] = PLC_driver.readList;
         m_done = m_pass = 0;
     }
 
-    RW_VAR access(const Range &range, int rwFlag)
-    {
-        RW_VAR made = by(3 * pick(5), ::access(range.area, range.first, range.count, "", range.unit), rwFlag, m_settings.linkId);
-        made.hostItem = pick(3);
-        made.addressText = QString::fromStdString(range.address());
-        return made;
-    }
-
     /// What the host enters is sent, or kept in the image only.
-    void enter(Range range)
+    void enter(RW_VAR var)
     {
-        m_settings.writeMode = pick(4) ? int(WriteModeToStation) : 0;
-        const bool isSent = m_settings.writeMode == WriteModeToStation;
-        range.area = range.area < InputBit ? Coils : range.area | 1;
-        range.count = range.area == RegisterBit && !isSent ? 1 : 2 + 2 * pick(3);
-        const int size = bytesOf(range.area), block = !isSent ? range.count : size == 1 ? 1 : m_settings.writeBlockSize;
-        RW_VAR made = access(range, AccessWrite);
+        var.area = var.area < InputBit ? Coils : var.area | 1;
+        const bool isSent = pick(4) != 0;
+        const int count = var.area == RegisterBit && !isSent ? 1 : 2 + 2 * pick(3);
+        const int size = bytesOf(var.area), block = !isSent ? count : size == 1 ? 1 : m_settings.writeBlockSize;
         QByteArray data;
-        while (data.size() < size * range.count)
+        while (data.size() < size * count)
             data.append(static_cast<char>(pick(size == 1 ? 2 : 256)));
-        m_trace << "enters " << range << ": " << hex(data) << (isSent ? "\n" : ", not sent\n");
-        write(range.area, range.address(), range.count, hex(data), made.hostId, made.hostItem, range.unit);
-        for (int k = 0; k < range.count; k += block) {
-            made.startAddress = range.first + k;
-            made.dataLength = qMin(block, range.count - k);
-            made.data = data.mid(size * k, size * made.dataLength);
+        m_settings.writeMode = isSent ? int(WriteModeToStation) : 0;
+        m_trace << "enters " << text(var) << ": " << hex(data) << (isSent ? "\n" : ", not sent\n");
+        write(var.area, qPrintable(var.addressText), count, hex(data), var.hostId, var.hostItem, var.station);
+        for (; !data.isEmpty(); var.startAddress += block) {
+            var.data = data.left(size * block);
+            data.remove(0, var.data.size());
+            var.dataLength = var.data.size() / size;
             if (isSent)
-                merge(made);
+                merge(var);
             if (!isSent || m_failed)
-                show(made);
+                show(var);
         }
     }
 
@@ -241,19 +239,20 @@ private:
             m_image.put(made.station, made.area, made.startAddress + k, hostValue(made.area, made.data, k));
     }
 
-    void queueRead(const Range &range)
+    void queueRead(RW_VAR var)
     {
-        RW_VAR asked = access(range, AccessRead), block = asked;
-        m_trace << "reads " << range << '\n';
+        RW_VAR asked = var;
         AddListOnceReadVar(&asked, QueueMerged);
-        const int size = isBitArea(range.area) ? 8 : range.scale(), end = (range.first + range.count - 1) / size + 1;
-        block.area = requestArea(range.area);
-        for (int at = range.first / size; at < end; at += m_settings.writeBlockSize) {
-            block.startAddress = isBitArea(range.area) ? 8 * at : at;
-            block.dataLength = qMin(m_settings.writeBlockSize, end - at);
-            QList<RW_VAR> &queue = m_queues[OriginOnceRead];
-            if (std::none_of(queue.begin(), queue.end(), [&](const RW_VAR &other) { return sameEntry(other, block); }))
-                queue.append(block);
+        m_trace << "reads " << text(var) << '\n';
+        const int step = isBitArea(var.area) ? 8 : 1, size = isBitOfRegister(var.area) ? BitsOfRegister : step;
+        const int end = (var.startAddress + var.dataLength - 1) / size + 1;
+        QList<RW_VAR> &queue = m_queues[OriginOnceRead];
+        var.area = requestArea(var.area);
+        for (int at = var.startAddress / size; at < end; at += m_settings.writeBlockSize) {
+            var.startAddress = step * at;
+            var.dataLength = qMin(m_settings.writeBlockSize, end - at);
+            if (std::none_of(queue.begin(), queue.end(), [&](const RW_VAR &other) { return sameEntry(other, var); }))
+                queue.append(var);
         }
     }
 
@@ -390,7 +389,7 @@ private:
     QList<RW_VAR> m_queues[3]; ///< as the driver's must be; this and the next by RequestOrigin
     int m_bursts[3] = {};
     std::minstd_rand m_random;
-    std::vector<Range> m_polled;
+    QList<RW_VAR> m_polled;
     RW_VAR m_entry;    ///< that is in flight
     QByteArray m_next; ///< the frame that must come next; empty for any
     int m_kind = OriginNone, m_failures = 0, m_done = 0, m_pass = 0;
@@ -458,11 +457,10 @@ TEST_P(Sequences, NothingGrows)
     const int warmUp = 10000, total = asked ? qMax(2 * warmUp, std::atoi(asked)) : 50000;
     Sequence sequence(GetParam());
     std::minstd_rand random(7);
-    int longest = 0, values = 0;
+    int values = 0;
     long pages = 0;
     while (sequence.exchanges < total && sequence.failure.empty()) {
         sequence.step(static_cast<quint32>(random()));
-        longest = qMax(longest, PLC_driver.writeList.size() + PLC_driver.onceReadList.size());
         if (sequence.exchanges == warmUp) {
             sequence.compareAll(); // so that every record is made
             values = PLC_driver.extendList.size();
@@ -473,7 +471,6 @@ TEST_P(Sequences, NothingGrows)
     const long now = residentPages();
     std::printf("%d exchanges, %ld resident pages, %ld after the first %d\n", sequence.exchanges, now, pages, warmUp);
     EXPECT_EQ(sequence.failure, "");
-    EXPECT_LE(longest, 800) << "places that are written and read, not times";
     EXPECT_EQ(PLC_driver.extendList.size(), values);
     // 100 pages: the heap's fragments, at most 60 in ten million exchanges.
     EXPECT_TRUE(!MEASURES_MEMORY || now <= pages + 100) << now << " pages instead of " << pages;
