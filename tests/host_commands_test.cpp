@@ -155,6 +155,22 @@ TEST(Commands, ShowWhatWasAskedFor)
         {decodeCommand, "43 6A 91 F4", ExitDone,
          "ABCD   43 6A 91 F4  1131057652   1131057652       234.57013  high&CDAB   91 F4 43 6A  2448704362  -1846262934&"
          "BADC   6A 43 F4 91  1782838417   1782838417&DCBA   F4 91 6A 43  4103170627   -191796669"},
+        {planCommand, "--block 100 hr:8 hr:0*2 hr32:3", ExitDone,
+         "0, count 9, reply 27&gap       register 2,&registers 5-7,&\n1 request,"},
+        {planCommand, "--block 8 ir:5*12", ExitDone,
+         "4, first 5, count 8, reply 25&4, first 13, count 4, reply 17&\n2 requests,&, 0 gaps"},
+        {planCommand, "--block 10 coil:3*4 coil:10", ExitDone,
+         "1, first 0, count 16, reply 11&bits 0-2,&bits 7-9,&bits 11-15,&3 gaps"},
+        {planCommand, "--block 10 hrbit:10.0*16 hr:12", ExitDone, "first 10, count 3, reply 15&gap       register 11,&, 1 gap\n"},
+        {planCommand, "--block 10 1/hr:0 2/hr:0 1/hr:3", ExitDone,
+         "first 0, count 4, reply 17&registers 1-2,&unit 2: &, 1 gap\n"},
+        {planCommand, "hr:0*10 hr:2 hr:12", ExitDone, "first 0, count 13, reply 35&gap       registers 10-11,&, 1 gap\n"},
+        {planCommand, "--block 125 hr:0*200", ExitDone, "\n  carries   hr:0*200: registers 0-124, a part of it\nunit 1"},
+        {planCommand, "--block 126 hr:0*200", ExitDone, "\n  WARNING   126 registers&--block 125 or less\n"},
+        {planCommand, "--block 249 coil:3*4000", ExitDone, "\n  gap       bits 0-2, not asked for\nunit 1"},
+        {planCommand, "--block 250 coil:3*4000", ExitDone, "\n  WARNING   2008 bits in&--block 249 or less\n"},
+        {planCommand, "--block 98 hr32:0*60", ExitDone, "\n  carries   hr32:0*60: registers 0-97, a part of it\nunit 1"},
+        {planCommand, "--block 99 hr32:0*60", ExitDone, "\n  WARNING   hr32:0*60 is cut&an even --block\n"},
         {statusCommand, "44", ExitDone, "44: no reply\n&hostId  3, added to 41\n"},
         {statusCommand, "171", ExitDone, "171: remote: reply of a wrong length\n&hostId  not 1 to 11"},
     };
@@ -176,6 +192,21 @@ TEST(Commands, ReadFramesTracesAndListsFromStandardInput)
         {decodeCommand, "", std::string("\0\x1b", 2), ExitUsage, "line 1: \"??\" is not"},
         {decodeCommand, "", "# no frame\n", ExitUsage, "no bytes are given"},
         {decodeCommand, "", std::string(200000, '0'), ExitUsage, "line 1: a frame is not that long"},
+        {planCommand, "--block 10 --file /dev/stdin", "2/hr:0*12 tank %1\n2/hrbit:3.1\n2/hr:10\n2/hr:14", ExitDone,
+         R"(unit 2: read holding registers 0-9
+  request   function 3, first 0, count 10, reply 29 bytes
+  bytes     00 00 00 00 00 06 02 03 00 00 00 0A
+  carries   tank %1: registers 0-9, a part of it
+  carries   2/hrbit:3.1: register 3
+unit 2: read holding registers 10-14
+  request   function 3, first 10, count 5, reply 19 bytes
+  bytes     00 00 00 00 00 06 02 03 00 0A 00 05
+  carries   tank %1: registers 10-11, a part of it
+  carries   2/hr:10: register 10
+  carries   2/hr:14: register 14
+  gap       registers 12-13, not asked for
+2 requests, 24 bytes sent and 48 bytes received in each pass, 1 gap
+)"},
         {planCommand, list, std::string("hr:1\0\nhr:2", 10), ExitUsage, ":1: variable \"hr:1?\""},
         {planCommand, list, std::string("hr:1\nhr:2 a\0b", 13), ExitUsage, ":2: the name or unit holds a control character"},
         {planCommand, list, "hr:1 level \x1b[2J", ExitUsage, ":1: the name or unit holds a control character"},

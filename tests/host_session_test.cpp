@@ -26,19 +26,14 @@ std::string valuesOf(const PanelSnapshot &now)
 std::string troubleOf(const PanelSnapshot &now)
 {
     QStringList trouble;
-    const auto note = [&trouble](int times, const QString &what) {
-        for (; times > 0; --times)
-            trouble << what;
-    };
+    const auto times = [](int count, const QString &what) { return QVector<QString>(count, what).toList(); };
     for (const auto &[number, unit] : now.units) {
-        note(unit.timeOuts, QStringLiteral("timed out"));
-        note(unit.closed, QStringLiteral("closed"));
-        for (const auto &[fault, times] : unit.heldBack)
-            note(times, replyFaultText(fault));
-        for (const auto &[code, times] : unit.exceptions)
-            note(times, exceptionName(code));
-        note(unit.late, QStringLiteral("late"));
-        note(unit.reconnects, QStringLiteral("reconnected"));
+        trouble << times(unit.timeOuts, QStringLiteral("timed out")) << times(unit.closed, QStringLiteral("closed"));
+        for (const auto &[fault, count] : unit.heldBack)
+            trouble << times(count, replyFaultText(fault));
+        for (const auto &[code, count] : unit.exceptions)
+            trouble << times(count, exceptionName(code));
+        trouble << times(unit.late, QStringLiteral("late")) << times(unit.reconnects, QStringLiteral("reconnected"));
     }
     return trouble.join(QLatin1String(", ")).toStdString();
 }
