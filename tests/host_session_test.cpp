@@ -67,18 +67,14 @@ TEST_F(SessionTest, ABroadcastReachesAllUnitsAndNoBlockCutsAValue)
     EXPECT_EQ(registerOf(1, 73), 0x4444);
 }
 
-TEST_F(SessionTest, AWriteInPartsOrHalvesTellsWhichWasDone)
+TEST_F(SessionTest, AWriteTellsHowMuchOfItWasDone)
 {
+    const QByteArray ones = "coil:0*1030=1" + QByteArray(",1").repeated(1029);
+    EXPECT_EQ(write(ones), "1024 of 1030 requests acknowledged; 6 of 1030 requests dropped, the queue is full");
     options.block = 2;
     EXPECT_EQ(write("hr:70*5=1,2,3,4,5 hrbit:80.1=1", "exception=2@address=72 close@function=3"),
               "1 of 3 requests acknowledged, then refused with exception 2: illegal data address"
               " | not done: connection closed by the peer");
-}
-
-TEST_F(SessionTest, WhatFindsTheQueueFullIsDropped)
-{
-    const QByteArray ones = "coil:0*1030=1" + QByteArray(",1").repeated(1029);
-    EXPECT_EQ(write(ones), "1024 of 1030 requests acknowledged; 6 of 1030 requests dropped, the queue is full");
 }
 
 struct SpoiltReply
@@ -167,30 +163,25 @@ TEST_F(SpoiltSessionTest, NothingForeignGetsThroughWhicheverReplyIsSpoilt)
     }
 }
 
-TEST_F(SessionTest, AFailedReadSaysWhyAndTakesNoOthersValue)
+TEST_F(SessionTest, AReadIsRetriedWaitsForTheLinkOrSaysWhyItFailed)
 {
-    const std::tuple<int, const char *, const char *, const char *> rows[] = {
-        {0, "hr:61 hr:60*2", "exception=2@nth=1", "exception 2: illegal data address | 60 61"},
-        {0, "1/hr:20", "unit=9", "unit 9 answered a request to unit 1; try 9/hr:20"},
-        {0, "1/coil:8", "unit=255",
+    // Retries, patience with a link that is backing off, variables, faults, what is shown.
+    const std::tuple<int, int, const char *, const char *, const char *> rows[] = {
+        {0, 0, "hr:61 hr:60*2", "exception=2@nth=1", "exception 2: illegal data address | 60 61"},
+        {0, 0, "1/hr:20", "unit=9", "unit 9 answered a request to unit 1; try 9/hr:20"},
+        {0, 0, "1/coil:8", "unit=255",
          "unit 255 answered a request to unit 1; try 255/coil:8 (unit 255 is the device that has the connection, not one behind "
          "it)"},
-        {1, "hr:60 hr:70 hr:80", "exception=6@every=2", "60 | 70 | 80"}, // a retry for each request
-        {5, "hr:60 hr:70", "refuse=600@nth=1", "connection closed by the peer | no link: connection refused"},
+        {1, 0, "hr:60 hr:70 hr:80", "exception=6@every=2", "60 | 70 | 80"}, // each request has a retry of its own
+        {5, 0, "hr:60 hr:70", "refuse=600@nth=1", "connection closed by the peer | no link: connection refused"},
+        {1, tooLongMs, "hr:60 hr:70", "refuse=1@nth=1", "60 | 70"},
     };
-    options.connection.patienceMs = 0;
-    for (const auto &[retries, texts, faults, values] : rows) {
+    options.connection.backOff = {100, 100, 0, tooLongMs};
+    for (const auto &[retries, patienceMs, texts, faults, values] : rows) {
         options.retries = retries;
+        options.connection.patienceMs = patienceMs;
         EXPECT_EQ(valuesOf(readOnce(texts, faults)), values);
     }
-}
-
-TEST_F(SessionTest, AReadWaitsForALinkThatIsBackingOff)
-{
-    options.retries = 1;
-    options.connection.backOff = {100, 100, 0, tooLongMs};
-    options.connection.patienceMs = tooLongMs;
-    EXPECT_EQ(valuesOf(readOnce("hr:60 hr:70", "refuse=1@nth=1")), "60 | 70");
 }
 
 TEST_F(SessionTest, AVariableIsGoodOnlyWhenAllItsPartsAre)
@@ -299,7 +290,7 @@ TEST_F(SessionTest, RemoteFramesReadBitsAndWrite)
     EXPECT_EQ(valuesOf(readOnce("coil:21*5 input:29*3")), "1 0 0 1 0 | 0 1 0");
     EXPECT_EQ(write("hr:70=513 coil:21=0"), "acknowledged | acknowledged");
     EXPECT_EQ(registerOf(1, 70), 513);
-    EXPECT_EQ(coilOf(1, 21), 0);
+    EXPECT_EQ(session->station()->value(1, Table::Coils, 21), 0);
 }
 
 } // namespace

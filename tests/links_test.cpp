@@ -145,16 +145,12 @@ void tryHost(const Row &row, AfterTimeout policy, bool echoes)
     ConnectionOptions options = optionsFor(station.port(), drains ? qMin(100, row.timeoutMs) : row.timeoutMs);
     options.afterTimeout = policy;
     Connection connection(options, noTrace, never);
-    bool hasReconnected = false;
     expectShare(echoes ? row.echoed : row.notEchoed, row, station, [&](const Protocol &asked) {
         const Exchange exchange = connection.exchange(asked);
-        hasReconnected = hasReconnected || exchange.before.reconnected;
         return exchange.end == Exchange::Answered ? exchange.reply : QByteArray();
     });
-    if (*row.faults != '\0')
-        return;
-    EXPECT_EQ(connection.numbers(), echoes ? TransactionNumbers::Echoed : TransactionNumbers::NotEchoed);
-    EXPECT_EQ(hasReconnected, row.closes);
+    EXPECT_TRUE(*row.faults != '\0' ||
+                connection.numbers() == (echoes ? TransactionNumbers::Echoed : TransactionNumbers::NotEchoed));
 }
 
 void tryExample(const Row &row, Share share, const char *moreFaults)

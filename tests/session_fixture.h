@@ -105,7 +105,6 @@ protected:
     }
 
     int registerOf(int unit, int address) { return session->station()->value(unit, QModbusDataUnit::HoldingRegisters, address); }
-    int coilOf(int unit, int address) { return session->station()->value(unit, QModbusDataUnit::Coils, address); }
 
     PanelOptions options;
     std::unique_ptr<PanelSession> session;
