@@ -162,7 +162,8 @@ QString Scan::answer(const Target &target)
         return target.answered + valueText(variable, value);
     }
     const bool isSilent = m_exchange.cause == LinkCause::Silent;
-    return filled(": %1", isSilent ? asText("silent") : failureText(m_access, m_exchange, m_status));
+    return filled(": %1",
+                  isSilent ? asText("silent") : failureText(m_access, m_exchange, m_status, variable.base));
 }
 
 } // namespace

@@ -12,5 +12,5 @@
 QString exchangeText(const Exchange &exchange);
 
 /// Why an exchange was no success: as above, with advice where there is some, and with the driver's status when the
-/// driver refused a reply that this host accepts.
-QString failureText(const RW_VAR &access, const Exchange &exchange, int status);
+/// driver refused a reply that this host accepts. Addresses in it count from `base`.
+QString failureText(const RW_VAR &access, const Exchange &exchange, int status, int base);

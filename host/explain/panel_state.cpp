@@ -129,7 +129,7 @@ void PanelState::noteFailedRead(const RW_VAR &read, const Exchange &reason, int 
     RW_VAR own = read; // what the request asks for this variable, so that advice names its address
     for (const int index : variablesOf(read)) {
         own.startAddress = std::max(read.startAddress, valueAt(index).span().first);
-        const QString why = failureText(own, reason, status);
+        const QString why = failureText(own, reason, status, valueAt(index).variable().base);
         Lock lock(m_mutex);
         valueAt(index).fail(spanOf(read), why);
     }
@@ -139,7 +139,9 @@ void PanelState::noteItem(const RW_VAR &access, const Exchange &exchange, int st
 {
     ItemResult &item = m_items[access.hostItem];
     if (!isGoodStatus(status)) {
-        item.failure = failureText(access, reason, status);
+        const auto index = static_cast<std::size_t>(access.hostItem);
+        const int base = index < m_now.values.size() ? m_now.values[index].variable().base : 0;
+        item.failure = failureText(access, reason, status, base);
         item.mayBeDone |= access.rwFlag == AccessWrite && mayBeDone(exchange);
     } else if (access.subIndex != SubIndexReadHalf) {
         item.mayBeDone = false;

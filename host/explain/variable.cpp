@@ -203,6 +203,7 @@ std::optional<Variable> parseVariable(const QString &text, QString *error, int b
 {
     Variable variable;
     variable.name = text;
+    variable.base = base;
     const QString fault = readVariable(text, base, &variable);
     if (fault.isEmpty())
         return variable;

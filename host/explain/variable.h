@@ -30,6 +30,7 @@ struct Variable
     int unit = 1;    ///< 0 to 255; 0 is broadcast
     int area = 0;    ///< an AreaCode of the driver
     int address = 0; ///< counted from 0: bit, register, or register * 16 + bit
+    int base = 0;    ///< from which the user counts addresses, 0 or 1
     int count = 1;   ///< bits, registers or 32-bit values, as the area holds
     ValueType type = ValueType::Plain;
     int order = HighFirst; ///< of ByteOrder's flags
