@@ -140,16 +140,14 @@ ExitCode decode(const CommandLine &line, const QByteArray &bytes, std::optional<
         printLine(byteOrderTable(bytes, 1).join(QLatin1Char('\n')));
         return ExitDone;
     }
-    const QList<FrameKind> kinds = kindsOf(bytes, line, direction);
-    const QByteArray tcpFrame = fromSerial(bytes);
-    if (isCorrect(bytes, kinds) || tcpFrame.isEmpty()) {
-        explain(bytes, kinds);
-        return isCorrect(bytes, kinds) ? ExitDone : ExitFailed;
-    }
-    printLine(asText(
-        "not a Modbus TCP frame, but one of a serial line (RTU): its checksum is right. Over TCP it is"));
-    explain(tcpFrame, kindsOf(tcpFrame, line, direction));
-    return ExitFailed;
+    const bool isCorrectTcp = isCorrect(bytes, kindsOf(bytes, line, direction));
+    const QByteArray fromLine = isCorrectTcp ? QByteArray() : fromSerial(bytes);
+    if (!fromLine.isEmpty())
+        printLine(asText("not a Modbus TCP frame, but one of a serial line (RTU): its checksum is right. "
+                         "Over TCP it is"));
+    const QByteArray &frame = fromLine.isEmpty() ? bytes : fromLine;
+    explain(frame, kindsOf(frame, line, direction));
+    return isCorrectTcp ? ExitDone : ExitFailed;
 }
 
 /// Standard input: a frame a line, or a trace, where a line with direction and time stands before each frame.

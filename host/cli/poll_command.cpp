@@ -23,9 +23,6 @@ arrows, PgUp, PgDn, Home and End show what does not fit; otherwise, and with
 A lost link is opened again at once the first time, then after 1 s, 2 s, 4 s...
 up to 60 s; meanwhile all requests fail at once.
 
-Ends with 0 after Ctrl-C, and after --passes when the last read of every variable
-was good, else with 1; with 3 when the first connection cannot be opened.
-
 Example: two units, each pass a second after the one before, ten passes:
   modbus-panel poll --connect 192.0.2.7:502 --passes 10 1/hr:100*4 2/coil:0*8)";
 

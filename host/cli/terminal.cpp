@@ -30,20 +30,6 @@ const Key keyTable[] = {
 
 bool hasKeys = isatty(STDIN_FILENO) == 1; // stdin is a terminal, too
 
-QList<Scroll> scrollsOf(const QByteArray &typed)
-{
-    QList<Scroll> scrolls;
-    for (int i = 0; i < typed.size(); ++i) {
-        for (const Key &key : keyTable) {
-            if (typed.mid(i).startsWith(key.bytes))
-                scrolls << key.scroll;
-        }
-        if (typed.at(i) == 'q')
-            std::raise(SIGINT);
-    }
-    return scrolls;
-}
-
 } // namespace
 
 ScreenSize screenSize()
@@ -73,5 +59,15 @@ QList<Scroll> screenKeys(int ms)
     char bytes[256];
     const ssize_t size = read(STDIN_FILENO, bytes, sizeof bytes);
     hasKeys = size > 0 || errno == EINTR; // else the terminal has gone
-    return scrollsOf(QByteArray(bytes, static_cast<int>(qMax<ssize_t>(size, 0))));
+    const QByteArray typed(bytes, static_cast<int>(qMax<ssize_t>(size, 0)));
+    QList<Scroll> scrolls;
+    for (int i = 0; i < typed.size(); ++i) {
+        for (const Key &key : keyTable) {
+            if (typed.mid(i).startsWith(key.bytes))
+                scrolls << key.scroll;
+        }
+        if (typed.at(i) == 'q')
+            std::raise(SIGINT);
+    }
+    return scrolls;
 }

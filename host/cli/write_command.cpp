@@ -22,9 +22,7 @@ a fraction, which is sent as float. A bit of a register is written by reading th
 register and writing it back: another master's change in between is lost.
 
 Prints the station, then the outcome of each write. A write without a reply is
-not sent again unless --retries says so, since it may have been carried out. Ends
-with 0 when all was acknowledged, 1 when anything was refused, dropped or not
-done, 4 when an outcome is unknown, 3 without a connection.
+not sent again unless --retries says so, since it may have been carried out.
 
 Example: a register, a bit of register 10 and a float, low register first:
   modbus-panel write --connect 192.0.2.7:502 hr:100=-5 hrbit:10.5=1 hr32:20:float:CDAB=21.5)";

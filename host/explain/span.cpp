@@ -5,11 +5,6 @@
 
 using namespace modbus_driver;
 
-bool Span::overlaps(const Span &other) const
-{
-    return unit == other.unit && area == other.area && first < other.end() && other.first < end();
-}
-
 Span spanOf(const Variable &variable)
 {
     const int area = requestArea(variable.area);
@@ -40,7 +35,7 @@ std::vector<int> SpanIndex::overlapping(const Span &span) const
     std::vector<int> found;
     auto at = m_spans.lower_bound({span.unit, span.area, span.first - m_longest, 0});
     for (; at != m_spans.end() && at->first < end; ++at) {
-        if (at->second.overlaps(span))
+        if (at->second.end() > span.first)
             found.push_back(std::get<3>(at->first));
     }
     return found;

@@ -21,7 +21,6 @@ struct Span
     int count = 0;
 
     int end() const { return first + count; }
-    bool overlaps(const Span &other) const;
 };
 
 /// The run that a variable lies in.
