@@ -79,19 +79,23 @@ PanelSnapshot showInPlace(PollTable *table, const PanelState &state)
     return now;
 }
 
+/// After a signal in the first pass, what was read so far. The last snapshot.
 PanelSnapshot showEachPass(PollTable *table, const PanelState &state, const RecordOptions &options)
 {
+    const auto show = [&](const PanelSnapshot &now) {
+        options.form == RecordForm::None ? print(table, now) : print(record(now, options));
+    };
     print(recordHeading(options.form));
     PanelSnapshot now = state.snapshot();
     while (!mustEnd(now)) {
         const int passes = now.passes;
         state.waitForNews(passes, 0, redrawMs);
         now = state.snapshot();
-        if (now.passes > passes && options.form == RecordForm::None)
-            print(table, now);
-        else if (now.passes > passes)
-            print(record(now, options));
+        if (now.passes > passes)
+            show(now);
     }
+    if (now.passes == 0 && isInterrupted())
+        show(now);
     return now;
 }
 
@@ -128,8 +132,11 @@ int pollCommand(const QStringList &arguments)
         inPlace ? showInPlace(&table, session.state())
                 : showEachPass(&table, session.state(), {form, session.address(), freshForMs});
     session.stop();
-    if (last.passes == 0 && last.isEnded)
+    if (last.passes == 0 && last.isEnded) {
+        if (form == RecordForm::None)
+            printLine(session.peer());
         return line.fail(ExitNoLink, "%1: %2", session.peer(), linkCauseText(last.linkCause));
+    }
     if (inPlace)
         print(&table, last);
     return isInterrupted() || std::ferror(stdout) || isGood(last) ? ExitDone : ExitFailed;
