@@ -162,7 +162,7 @@ TEST(Value, BecomesBytesAndIsShownSoThatItCanBeTypedOrIsRefusedWithAReason)
         {"foreign character", "hr:0*2:text", "\xe9", "", "text is ASCII"},
         {"no value", "hr:0", "", "", "value \"\" for hr:0"},
         {"too few values", "hr:0*3", "1,2", "", "takes 3 values with commas or blanks between them, not 2"},
-        {"too many values", "hr:0", "1 2", "", "takes 1 values with commas or blanks between them, not 2"},
+        {"too many values", "hr:0", "1 2", "", "takes 1 value with commas or blanks between them, not 2"},
     };
 
     for (const Row &row : rows) {

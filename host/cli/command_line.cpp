@@ -34,7 +34,7 @@ std::optional<ExitCode> CommandLine::parse(const QStringList &arguments)
     for (const QString &word : arguments)
         words << (m_optional.contains(word) ? word + QLatin1Char('=') : word);
     if (!m_parser.parse(words))
-        return fail(ExitUsage, m_parser.errorText());
+        return fail(ExitUsage, "%1 --help lists the options.", m_parser.errorText());
     if (!isSet("help"))
         return std::nullopt;
     // The parser's help names only the program in its first line, and shows no optional values.

@@ -205,8 +205,9 @@ std::optional<QByteArray> parseValues(const Variable &variable, const QString &t
                               : text.contains(QLatin1Char(',')) ? text.split(QLatin1Char(','))
                                                                 : text.simplified().split(QLatin1Char(' '));
     if (!isText && words.size() != variable.count) {
-        *error = filled("%1 takes %2 values with commas or blanks between them, not %3", variable.name,
-                        variable.count, words.size());
+        *error = filled("%1 takes %2 with commas or blanks between them, not %3%4", variable.name,
+                        counted(variable.count, "value"), words.size(),
+                        variable.count == 1 && words.size() == 2 ? "; decimals follow a point" : "");
         return std::nullopt;
     }
     QByteArray bytes;
