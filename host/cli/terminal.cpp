@@ -21,11 +21,11 @@ struct Key
     Scroll scroll;
 };
 
+/// Some terminals send O instead of [.
 const Key keyTable[] = {
-    {"\x1b[A", {-1, 0}},       {"\x1bOA", {-1, 0}},       {"\x1b[B", {1, 0}},
-    {"\x1bOB", {1, 0}},        {"\x1b[5~", {0, -1}},      {"\x1b[6~", {0, 1}},
-    {"\x1b[H", {-farAway, 0}}, {"\x1bOH", {-farAway, 0}}, {"\x1b[1~", {-farAway, 0}},
-    {"\x1b[F", {farAway, 0}},  {"\x1bOF", {farAway, 0}},  {"\x1b[4~", {farAway, 0}},
+    {"\x1b[A", {-1, 0}},      {"\x1b[B", {1, 0}},        {"\x1b[5~", {0, -1}},
+    {"\x1b[6~", {0, 1}},      {"\x1b[H", {-farAway, 0}}, {"\x1b[1~", {-farAway, 0}},
+    {"\x1b[F", {farAway, 0}}, {"\x1b[4~", {farAway, 0}},
 };
 
 bool hasKeys = isatty(STDIN_FILENO) == 1; // stdin is a terminal, too
@@ -59,7 +59,8 @@ QList<Scroll> screenKeys(int ms)
     char bytes[256];
     const ssize_t size = read(STDIN_FILENO, bytes, sizeof bytes);
     hasKeys = size > 0 || errno == EINTR; // else the terminal has gone
-    const QByteArray typed(bytes, static_cast<int>(qMax<ssize_t>(size, 0)));
+    QByteArray typed(bytes, static_cast<int>(qMax<ssize_t>(size, 0)));
+    typed.replace("\x1bO", "\x1b[");
     QList<Scroll> scrolls;
     for (int i = 0; i < typed.size(); ++i) {
         for (const Key &key : keyTable) {

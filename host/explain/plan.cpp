@@ -79,12 +79,12 @@ QList<QList<Variable>> carriedVariables(const QList<PlannedRequest> &requests,
     for (const PlannedRequest &request : requests)
         spans.push_back(request.span);
     const SpanIndex index(spans);
-    std::vector<QList<Variable>> carried(spans.size());
+    QVector<QList<Variable>> carried(requests.size());
     for (const Variable &variable : variables) {
         for (const int at : index.overlapping(spanOf(variable)))
-            carried[static_cast<std::size_t>(at)] << variable;
+            carried[at] << variable;
     }
-    return QList<QList<Variable>>(carried.begin(), carried.end());
+    return carried.toList();
 }
 
 QList<Gap> gapsOf(const PlannedRequest &request, const QList<Variable> &variables)

@@ -20,15 +20,11 @@ struct StatusClass
 
 const char badKindCause[] = "the host queued a record whose rwFlag is neither 0 (read) nor 1 (write)";
 const char badKindCure[] = "set rwFlag before AddListOnceReadVar, AddListWriteVar or AddListReadVar";
-const char silenceCause[] = "unit switched off, unit number that nobody has, a gateway's line down, or a "
-                            "time-out shorter than the reply takes";
-const char silenceCure[] =
-    "check unit number and wiring; ask the unit alone (modbus-panel read); raise --timeout";
-const char lengthCause[] =
-    "an exception reply, which is 9 bytes long; a late reply to another request; a reply cut off";
-const char lengthCure[] =
-    "look at the frame with --trace; exception 2 names an address that the unit lacks, often in "
-    "a gap that a grouped read bridges (modbus-panel plan)";
+const char silenceCause[] = "a unit that is off or not there, a gateway's line down, a time-out too short";
+const char silenceCure[] = "check unit number and wiring; read from the unit alone; raise --timeout";
+const char lengthCause[] = "an exception reply (9 bytes); a late reply to another request; a reply cut off";
+const char lengthCure[] = "look at the frame with --trace; exception 2 names an address that the unit lacks, "
+                          "often in a gap that a grouped read bridges (modbus-panel plan)";
 
 const StatusClass classes[] = {
     {StatusRetry, 1, "failed, and will be sent again", "any failure while retries are left",

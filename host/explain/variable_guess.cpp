@@ -49,12 +49,10 @@ QString fromTableNumber(const QString &text, int base)
         return QString();
     const int table = found.captured(2).toInt();
     const char *const areas[] = {"coil", "input", "", "ir", "hr"};
-    const bool isBit = table > 2 && !found.captured(4).isEmpty();
-    const bool isPair = table > 2 && !found.captured(8).isEmpty();
-    return filled("%1%2%3:%4%5%6", found.captured(1), areas[table],
-                  isBit    ? "bit"
-                  : isPair ? "32"
-                           : "",
+    const bool isBit = !found.captured(4).isEmpty();
+    const bool isPair = !found.captured(8).isEmpty();
+    const char *const suffix = table < 3 ? "" : isBit ? "bit" : isPair ? "32" : "";
+    return filled("%1%2%3:%4%5%6", found.captured(1), areas[table], suffix,
                   found.captured(3).toInt() - 1 + base, found.captured(4), found.captured(5));
 }
 
