@@ -73,6 +73,7 @@ TEST(Commands, WhatIsWrongIsOneLineAndACode)
         {"no driver", readCommand, "--driver /nowhere/driver.so hr:1", ExitNoLink, "/nowhere/driver.so"},
         {"no driver's functions", readCommand, "--driver libm.so.6 hr:1", ExitNoLink, "SetComInfo"},
         {"no hexadecimal", decodeCommand, "0x", ExitUsage, "not hexadecimal"},
+        {"two kinds of frame", decodeCommand, "--request --reply 00", ExitUsage, "one option"},
         {"a status above a class", statusCommand, "53", ExitUsage, "no status code"},
         {"nobody listens", readCommand, "--connect 127.0.0.1:1 hr:1", ExitNoLink, "connection refused"},
         {"nobody listens to a poll", pollCommand, "--connect 127.0.0.1:1 hr:1", ExitNoLink, "connection refused"},

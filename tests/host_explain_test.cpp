@@ -88,10 +88,12 @@ TEST(VariableList, IsPlainOrCsvAndTellsItsFirstMistake)
         {"\xEF\xBB\xBF"
          "base;1;;\r\nname;order;variable;type;unit;scale;value;\r\nt;BA;40002;s16;bar;0,1;2,5;\r\n",
          "1/hr:1*1:s16:BA, t, 0.1, bar, 2.5; "},
-        {"variable;value\nhr:0*2:text;1,5", "1/hr:0*2:text:AB, hr:0*2:text, 1, , 1,5; "},
+        {";;\nvariable;value\n;;\nhr:0*2:text;1,5", "1/hr:0*2:text:AB, hr:0*2:text, 1, , 1,5; "},
         {"hr:0\n# fine so far\nhr:12.5 level\nhr:x\n", ":3: variable \"hr:12.5\""},
         {"variable,type\nhr:0,float\n", ":2: variable \"hr:0:float\""},
         {"variable,colour\n", ":1: there is no column \"colour\""},
+        {"unit;name\n1;level", ":1: no column is called \"variable\""},
+        {"hr:1 K\xfchlung", ":1: it is no UTF-8 text"},
         {"variable,scale\nhr:0,0,1\n", ":2: it has more cells"},
         {"variable,scale\nhr:0,0\n", ":2: the scale \"0\""},
         {"variable,scale\nhr:0:hex,2\n", ":2: only numbers have a scale"},
