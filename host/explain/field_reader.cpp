@@ -4,24 +4,19 @@
 QByteArray FieldReader::takeBytes(const QString &name, int size)
 {
     const QByteArray bytes = m_frame.mid(m_position, size);
-    if (!bytes.isEmpty())
-        note(name, bytes);
+    if (!bytes.isEmpty()) { // "4-5    00 06        length"
+        const int shown = 4;
+        const QByteArray hex = bytes.left(shown).toHex(' ').toUpper() + (bytes.size() > shown ? " ..." : "");
+        m_lastField = QStringLiteral("%1 %2 %3 ")
+                          .arg(range(m_position, bytes.size()), -7)
+                          .arg(QString::fromLatin1(hex), -15)
+                          .arg(name, -14);
+        notes.fields << m_lastField.trimmed();
+    }
     m_position += bytes.size();
     check(bytes.size() == size, "the frame ends in \"%1\", bytes missing: %2", name, size - bytes.size());
     m_isShort |= bytes.size() < size; // one fault is enough: all later fields are missing too
     return bytes;
-}
-
-/// "4-5    00 06        length"
-void FieldReader::note(const QString &name, const QByteArray &bytes)
-{
-    const int shown = 4; // bytes
-    const QByteArray hex = bytes.left(shown).toHex(' ').toUpper() + (bytes.size() > shown ? " ..." : "");
-    m_lastField = QStringLiteral("%1 %2 %3 ")
-                      .arg(range(m_position, bytes.size()), -7)
-                      .arg(QString::fromLatin1(hex), -15)
-                      .arg(name, -14);
-    notes.fields << m_lastField.trimmed();
 }
 
 int FieldReader::take(const char *name, int size)

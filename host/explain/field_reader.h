@@ -37,8 +37,6 @@ public:
     bool isAtEnd() const { return left() <= 0; }
 
 private:
-    void note(const QString &name, const QByteArray &bytes);
-
     const QByteArray m_frame;
     int m_position = 0;
     bool m_isShort = false;

@@ -199,8 +199,7 @@ private:
         m_meaning = filled("function %1", code);
         check(code < ExceptionFlag, "function %1 is that of an exception reply, not of a request", code);
         check(code != 0, "there is no function 0");
-        if (!isAtEnd())
-            takeBytes(asText("data"), left());
+        takeBytes(asText("data"), left());
     }
 
     /// Bytes after the last field are a fault of their own only when no other fault explains them.

@@ -30,23 +30,17 @@ void UnitStatistics::add(const Exchange &exchange)
     if (exchange.end == Exchange::NotSent || exchange.cause == LinkCause::Stopped)
         return;
     ++requests;
-    if (exchange.end == Exchange::Answered) {
-        const int exception = exceptionCode(exchange.reply);
-        if (exception >= 0)
-            ++exceptions[exception];
+    if (exchange.end == Exchange::NoReply) {
+        lostMicroseconds += exchange.microseconds;
+        if (exchange.fault != ReplyFault::None)
+            ++heldBack[exchange.fault];
         else
-            ++good;
+            ++(exchange.cause == LinkCause::Closed ? closed : timeOuts);
+    } else if (exchange.end == Exchange::Answered) {
+        const int exception = exceptionCode(exchange.reply);
+        ++(exception >= 0 ? exceptions[exception] : good);
         roundTrips.add(exchange.microseconds);
     }
-    if (exchange.end != Exchange::NoReply)
-        return;
-    lostMicroseconds += exchange.microseconds;
-    if (exchange.fault != ReplyFault::None)
-        ++heldBack[exchange.fault];
-    else if (exchange.cause == LinkCause::Closed)
-        ++closed;
-    else
-        ++timeOuts;
 }
 
 void UnitStatistics::add(const Aftermath &before)

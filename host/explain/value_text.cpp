@@ -201,9 +201,8 @@ QString valueText(const Variable &variable, const QByteArray &bytes)
 std::optional<QByteArray> parseValues(const Variable &variable, const QString &text, QString *error)
 {
     const bool isText = variable.type == ValueType::Text;
-    const QStringList words = isText                            ? QStringList(text)
-                              : text.contains(QLatin1Char(',')) ? text.split(QLatin1Char(','))
-                                                                : text.simplified().split(QLatin1Char(' '));
+    static const QRegularExpression separators(QStringLiteral("\\s*,\\s*|\\s+"));
+    const QStringList words = isText ? QStringList(text) : text.trimmed().split(separators);
     if (!isText && words.size() != variable.count) {
         *error = filled("%1 takes %2 with commas or blanks between them, not %3%4", variable.name,
                         counted(variable.count, "value"), words.size(),
@@ -212,10 +211,9 @@ std::optional<QByteArray> parseValues(const Variable &variable, const QString &t
     }
     QByteArray bytes;
     for (const QString &word : words) {
-        const QString fault =
-            isText ? readText(variable, word, &bytes) : readValue(variable, word.trimmed(), &bytes);
+        const QString fault = isText ? readText(variable, word, &bytes) : readValue(variable, word, &bytes);
         if (!fault.isEmpty()) {
-            *error = filled("value \"%1\" for %2: %3", word.trimmed(), variable.name, fault);
+            *error = filled("value \"%1\" for %2: %3", word, variable.name, fault);
             return std::nullopt;
         }
     }

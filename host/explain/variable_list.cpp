@@ -108,9 +108,8 @@ QString readCells(const QString &line, List *list)
     Row row;
     if (list->columns.isEmpty()) {
         const QString text = line.left(line.indexOf(QLatin1Char('#'))).simplified();
-        const int blank = text.indexOf(QLatin1Char(' '));
-        row[VariableText] = text.left(blank);
-        row[Name] = blank < 0 ? QString() : text.mid(blank + 1);
+        row[VariableText] = text.section(QLatin1Char(' '), 0, 0);
+        row[Name] = text.section(QLatin1Char(' '), 1);
         return readRow(row, list);
     }
     if (line.count(QLatin1Char('"')) % 2 != 0)
@@ -136,12 +135,9 @@ QString readLine(const QString &line, List *list)
     if (!list->variables.isEmpty() || !list->columns.isEmpty())
         return readCells(line, list);
     const auto found = base.match(line);
-    if (found.hasMatch())
-        list->base = found.captured(1).toInt();
-    else if (header.match(line).hasMatch())
-        return readHeader(line, list);
-    else
-        return readCells(line, list);
+    if (!found.hasMatch())
+        return header.match(line).hasMatch() ? readHeader(line, list) : readCells(line, list);
+    list->base = found.captured(1).toInt();
     return QString();
 }
 
