@@ -13,10 +13,7 @@ std::string calls;
 /// Hosts rely on it that the driver holds listMutex during a call-back.
 void record(const testing::Message &call)
 {
-    const bool isFree = PLC_driver.listMutex.tryLock();
-    if (isFree)
-        PLC_driver.listMutex.unlock();
-    EXPECT_FALSE(isFree) << call << " without listMutex";
+    EXPECT_TRUE(isHeld(&PLC_driver.listMutex)) << call;
     const int queued = PLC_driver.writeList.size() + PLC_driver.onceReadList.size();
     const testing::Message numbers = testing::Message() << ") " << PLC_driver.pendingList.size() << ' ' << queued;
     calls += (calls.empty() ? "" : " ") + call.GetString() + numbers.GetString();
@@ -35,6 +32,14 @@ void itemNotify(QList<RW_VAR> *list, int id, int flag)
 }
 
 } // namespace
+
+bool isHeld(QMutex *lock)
+{
+    const bool isFree = lock->tryLock();
+    if (isFree)
+        lock->unlock();
+    return !isFree;
+}
 
 QByteArray driverNumbers()
 {
@@ -61,16 +66,15 @@ void reloadDriver(CommSettings *settings, int multiStation)
 int poll(const std::string &items)
 {
     QList<VAR_ITEM> list;
-    for (const QString &text : QString::fromStdString(items).split(QLatin1Char(' '))) {
-        QStringList parts = text.split(QRegExp(QString::fromLatin1("[/:*]")));
-        if (parts.size() < 3)
-            continue;
+    QRegExp pattern(QString::fromLatin1("(?:(\\d+)/)?(\\d):([^*]+)\\*(\\d+)"));
+    const QString text = QString::fromStdString(items);
+    for (int at = 0; (at = pattern.indexIn(text, at)) >= 0; at += pattern.matchedLength()) {
         VAR_ITEM item;
-        item.count = parts.takeLast().toInt();
-        item.addressText = parts.takeLast();
+        item.station = pattern.cap(1).isEmpty() ? 1 : static_cast<quint8>(pattern.cap(1).toInt());
+        item.area = static_cast<quint8>(pattern.cap(2).toInt());
+        item.addressText = pattern.cap(3);
         item.tagText = QString::fromLatin1("tag");
-        item.area = static_cast<quint8>(parts.takeLast().toInt());
-        item.station = parts.isEmpty() ? 1 : static_cast<quint8>(parts.at(0).toInt());
+        item.count = pattern.cap(4).toInt();
         list << item;
     }
     return ReCreatReadVarList(&list);
@@ -93,7 +97,7 @@ void expectRequest(const char *frame)
 void exchange(const char *request, const char *replied, int status, const char *wanted)
 {
     expectRequest(request);
-    EXPECT_EQ(*replied ? reply(replied) : noReply(), status);
+    EXPECT_EQ(reply(replied), status);
     EXPECT_EQ(takeCalls(), wanted);
 }
 

@@ -36,6 +36,7 @@ inline std::string hex(const char *text)
     return hex(bytes(text));
 }
 
+bool isHeld(QMutex *lock);
 /// The numbers and image arrays of the driver object, as they lie in memory.
 QByteArray driverNumbers();
 /// The driver as it is after loading, with this record handed over and call-backs that takeCalls() tells of.
@@ -50,12 +51,8 @@ inline void expectNothingToSend()
 {
     EXPECT_EQ(ComCommunication(), nullptr);
 }
-/// The status that DataCom reports for these reply bytes, or for none.
+/// The status that DataCom reports for these reply bytes; "" for none.
 int reply(const char *frame);
-inline int noReply()
-{
-    return DataCom(nullptr, 0)->status;
-}
 /// A request, its reply, or "" for none, the status of the exchange, and the call-backs since the last look.
 void exchange(const char *request, const char *replied, int status, const char *calls = "");
 /// What GetRegisterData gives.
