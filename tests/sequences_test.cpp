@@ -97,9 +97,10 @@ public:
             return pick(4) ? EnCommStation(1 + pick(units), pick(4) != 0) : rebuild();
         case 4: // the station changes by itself
             return m_station.put(var.station, var.area, var.startAddress, pick(var.area < InputRegisters ? 2 : 65536));
-        case 5: // the host has seen the pass, or changes links
+        case 5: // the host has seen the pass, and may change links and stations
             m_pass = m_settings.cycleDone = 0;
             m_settings.linkId = 2 + !pick(4);
+            m_settings.defaultStation = 1 + pick(units);
             return;
         default:
             return exchange(pick(4) ? Good : static_cast<Reply>(Lost + pick(3)));
@@ -109,10 +110,8 @@ public:
     /// The image, the queues and the counters against those that are kept here.
     void compareAll()
     {
-        for (int unit = 1; unit <= (m_settings.multiStation ? units : 1); ++unit) {
-            for (int area : {Coils, Inputs, InputRegisters, Registers})
-                compare(place(unit, area, 0, addresses));
-        }
+        for (int table = 0; table < (m_settings.multiStation ? 4 * units : 4); ++table)
+            compare(place(1 + table / 4, table % 4 < 2 ? table % 4 : 2 + table % 4, 0, addresses));
         const auto &d = PLC_driver;
         check(m_settings.cycleDone == m_pass && d.cyclicDone == m_done, "a pass is counted otherwise");
         check(m_settings.failCount == m_failures, "failures are counted otherwise");
@@ -138,7 +137,7 @@ public:
         check(m_settings.cycleDone == 1, "a whole pass is not complete");
         for (const RW_VAR &var : m_polled) {
             for (int k = var.startAddress; k < var.startAddress + var.dataLength; ++k)
-                check(m_image.at(var.station, var.area, k) == m_station.at(var.station, var.area, k),
+                check(m_image.at(imageOf(var.station), var.area, k) == m_station.at(var.station, var.area, k),
                       "a polled value is not the station's");
         }
         compareAll();
@@ -150,10 +149,11 @@ private:
     enum Reply { Good, Lost, WrongLength, Foreign };
 
     int pick(int below) { return static_cast<int>(m_random() / 64 % static_cast<unsigned>(below)); }
+    int imageOf(int unit) const { return m_settings.multiStation ? unit : 0; }
     /// As the host asks for it; an even number of registers, for pairs.
     RW_VAR pickVar()
     {
-        const int area = pick(8), unit = m_settings.multiStation ? 1 + pick(units) : 1;
+        const int area = pick(8), unit = m_settings.multiStation ? 1 + pick(units) : m_settings.defaultStation;
         const int first = pick((addresses - 20) * (isBitOfRegister(area) ? BitsOfRegister : 1));
         RW_VAR var = by(3 * pick(5), place(unit, area, first, 2 + 2 * pick(10)), AccessRead, m_settings.linkId);
         var.hostItem = pick(3);
@@ -172,7 +172,8 @@ private:
         const QByteArray shown = bytes(value(var.area, qPrintable(var.addressText), var.dataLength, var.station).c_str());
         check(shown.size() == var.dataLength * bytesOf(var.area), "another number of bytes is shown");
         for (int k = 0; k < var.dataLength; ++k) {
-            const int is = hostValue(var.area, shown, k), wanted = m_image.at(var.station, var.area, var.startAddress + k);
+            const int is = hostValue(var.area, shown, k),
+                      wanted = m_image.at(imageOf(var.station), var.area, var.startAddress + k);
             if (is != wanted)
                 fail(Line() << text(var) << ", element " << k << ": " << is << " instead of " << wanted);
         }
@@ -237,7 +238,7 @@ private:
     void show(const RW_VAR &made)
     {
         for (int k = 0; k < made.dataLength; ++k)
-            m_image.put(made.station, made.area, made.startAddress + k, hostValue(made.area, made.data, k));
+            m_image.put(imageOf(made.station), made.area, made.startAddress + k, hostValue(made.area, made.data, k));
     }
 
     void queueRead(RW_VAR var)
@@ -326,7 +327,7 @@ private:
         const bool isRemote = m_entry.linkId != m_settings.linkId;
         // Also a foreign reply is stored: the driver judges replies by their length alone, the rest is the host's part.
         for (int k = 0; !m_failed && asked.reads && (isHalf || !isRemote) && k < asked.count; ++k)
-            m_image.put(asked.unit, asked.area, asked.first + k, valueIn(reply, asked.area, k));
+            m_image.put(imageOf(asked.unit), asked.area, asked.first + k, valueIn(reply, asked.area, k));
         if (m_failed)
             m_pass = m_done = 0;
         if (m_failed ? ++m_failures <= m_settings.retryLimit : isHalf) {
