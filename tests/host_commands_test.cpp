@@ -146,7 +146,6 @@ TEST(Commands, ShowWhatWasAskedFor)
          "1/hr:64   failed: exception 2: illegal data address, never  -\n&1/hr:300  fresh  &  300\n&2 x4"}, // with retries
         {decodeCommand, "0000:0000:0006:01:03 0x0064,000A", ExitDone,
          "request, 12 bytes: unit 1: read holding registers 100-109"},
-        {decodeCommand, "0000 0000 0005 01 03 02 1234", ExitDone, "reply, 11 bytes: "},
         {decodeCommand, "0000 0000 0006 01 10 000A 0002", ExitDone, "reply, 12 bytes: "},
         {decodeCommand, "0000 0000 0006 01 06 000A 0002", ExitDone, "request, or a reply with the same bytes, 12 bytes: "},
         {decodeCommand, "0000 0000 0006 01 01 0305 0008", ExitDone, "request, 12 bytes: &or a reply, 12 bytes: "},

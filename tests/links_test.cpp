@@ -91,7 +91,7 @@ struct Station : StationThread
 using ExchangeFunction = std::function<QByteArray(const Protocol &)>;
 
 /// Two reads and then twice the same write, again and again. A foreign value, or a write that was answered and
-/// not carried out, is a failure.
+/// not carried out, is a failure. A write without an answer may be carried out, at any time.
 void expectShare(Share share, const Row &row, Station &station, const ExchangeFunction &exchange)
 {
     int answered = 0;
@@ -128,7 +128,8 @@ ConnectionOptions optionsFor(int port, int timeoutMs)
     options.host = QStringLiteral("127.0.0.1");
     options.port = static_cast<quint16>(port);
     options.timeoutMs = options.patienceMs = timeoutMs;
-    options.quietMs = 60;
+    // Without numbers nobody can tell a copy that comes later than this; among many, a busy machine delays some.
+    options.quietMs = qEnvironmentVariableIsSet("LIES") ? 200 : 60;
     options.backOff = {1, 1, 0, 0};
     return options;
 }

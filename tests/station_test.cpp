@@ -159,11 +159,10 @@ TEST_F(Station, AnswersPipelinedRequestsInOrderForAMasterThatReadsLate)
 
 TEST_F(Station, CannotShareItsPort)
 {
-    StationOptions options;
-    options.port = station->port();
+    const quint16 port = station->port();
     QString error;
-    EXPECT_FALSE(StationThread(options).start(&error));
-    EXPECT_TRUE(error.contains(QString::number(options.port))) << qPrintable(error);
+    EXPECT_FALSE(StationThread({QStringLiteral("127.0.0.1"), port, {1}, true, false, {}}).start(&error));
+    EXPECT_TRUE(error.contains(QString::number(port))) << qPrintable(error);
 }
 
 // A request is carried out whatever happens to its reply; only an exception replaces it.
