@@ -17,20 +17,6 @@ Requests beyond a limit of the protocol are marked, with the block to use.
 Example: two variables in one request, with a gap of six registers:
   modbus-panel plan hr:0*2 hr:8)";
 
-QString totals(const QList<PlannedRequest> &requests, const QList<QList<Variable>> &carried)
-{
-    int sent = 0;
-    int received = 0;
-    int gaps = 0;
-    for (int i = 0; i < requests.size(); ++i) {
-        sent += requests.at(i).frame.size();
-        received += requests.at(i).replyLength;
-        gaps += gapsOf(requests.at(i), carried.at(i)).size();
-    }
-    return filled("%1, %2 sent and %3 received in each pass, %4", counted(requests.size(), "request"),
-                  counted(sent, "byte"), counted(received, "byte"), counted(gaps, "gap"));
-}
-
 } // namespace
 
 int planCommand(const QStringList &arguments)
@@ -54,8 +40,16 @@ int planCommand(const QStringList &arguments)
     if (requests.isEmpty())
         return line.fail(ExitNoLink, "the driver does not give the requests that it announced");
     const QList<QList<Variable>> carried = carriedVariables(requests, variables);
-    for (int i = 0; i < requests.size(); ++i)
+    int sent = 0;
+    int received = 0;
+    int gaps = 0;
+    for (int i = 0; i < requests.size(); ++i) {
         printLine(planLines(requests.at(i), carried.at(i)).join(QLatin1Char('\n')));
-    printLine(totals(requests, carried));
+        sent += requests.at(i).frame.size();
+        received += requests.at(i).replyLength;
+        gaps += gapsOf(requests.at(i), carried.at(i)).size();
+    }
+    printLine(filled("%1, %2 sent and %3 received in each pass, %4", counted(requests.size(), "request"),
+                     counted(sent, "byte"), counted(received, "byte"), counted(gaps, "gap")));
     return ExitDone;
 }

@@ -155,7 +155,7 @@ QString Scan::answer(const Target &target)
     const bool isOfGateway = exception == ExceptionGatewayPath || exception == ExceptionGatewayTarget;
     m_answered += m_exchange.end == Exchange::Answered && !isOfGateway;
     m_refused += exception >= 0 && !isOfGateway;
-    if (exception < 0 && (m_status == StatusDone || m_status == StatusRemoteAccepted)) {
+    if (exception < 0 && isGoodStatus(m_status)) {
         QByteArray value;
         m_session.driver().getRegisterData(0, variable.area, variable.addressText(), variable.unit, value,
                                            variable.driverCount());

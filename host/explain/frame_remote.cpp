@@ -10,9 +10,9 @@ namespace {
 
 QString accessName(int access)
 {
-    return access == AccessRead    ? asText("read")
-           : access == AccessWrite ? asText("write")
-                                   : filled("access %1", access);
+    if (access > AccessWrite)
+        return filled("access %1", access);
+    return asText(access == AccessRead ? "read" : "write");
 }
 
 /// The unit of the length: bytes of eight bits in bit reads, else bits or registers.
