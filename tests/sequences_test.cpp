@@ -181,20 +181,15 @@ private:
 
     void rebuild()
     {
-        QList<VAR_ITEM> items;
+        Line items;
         m_polled.clear();
         for (int n = 1 + pick(6); n > 0; --n) {
             const RW_VAR var = pickVar();
-            VAR_ITEM item;
-            item.area = static_cast<quint8>(var.area);
-            item.station = static_cast<quint8>(var.station);
-            item.addressText = var.addressText;
-            item.count = var.dataLength;
-            items << item;
+            items << ' ' << var.station << '/' << var.area << ':' << qPrintable(var.addressText) << '*' << var.dataLength;
             m_polled << var;
         }
-        const int requests = ReCreatReadVarList(&items);
-        m_trace << "polls " << listed(m_polled) << " in " << requests << " requests\n";
+        m_trace << "polls" << items << '\n';
+        poll(items.GetString());
         m_queues[OriginPoll] = PLC_driver.readList;
         m_done = m_pass = 0;
     }
