@@ -217,6 +217,16 @@ TEST(Connection, IsDroppedInAFlood)
     EXPECT_EQ(connection.cause(), LinkCause::Flood);
 }
 
+TEST(Connection, KeepsLittleOfFloods)
+{
+    Station station(QStringLiteral("greet=1@address=300 flood=3600@address=300"));
+    Connection connection(optionsFor(station.port(), shortMs), noTrace, never);
+    for (int i = 0; i < 4; ++i)
+        connection.exchange(request(1, ReadHoldingRegisters, 10, 1));
+    station.setFaults({});
+    EXPECT_LT(connection.exchange(request(1, ReadHoldingRegisters, 10, 1)).before.lateUnits.size(), 1 << 13);
+}
+
 TEST(Connection, TellsAPeerThatTakesNoRequestFromASilentOne)
 {
     const LoopbackListener listener;

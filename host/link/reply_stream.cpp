@@ -107,7 +107,9 @@ void ReplyStream::clearNumber(QByteArray *reply) const
 void ReplyStream::discard(const QByteArray &reply)
 {
     m_trace.reply(reply, QStringLiteral("late or unasked, thrown away"));
-    m_lateUnits << (m_remote ? -1 : byteAt(reply, UnitAt));
+    // Nobody takes the list while a peer floods each new connection.
+    if (m_lateUnits.size() < MostPerRequest / ExceptionReplyLength)
+        m_lateUnits << (m_remote ? -1 : byteAt(reply, UnitAt));
 }
 
 ReplyStream::Found ReplyStream::discardAll()
