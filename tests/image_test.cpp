@@ -82,7 +82,7 @@ TEST_F(Image, WhatThePanelShowsAfterwards)
         {"longer than any frame", Shared, replied, access(Registers, 10, 40000, QByteArray(160000, '7').constData()), Registers,
          "40009", 2, "77770000"},
         {"bits from inside a byte on", Shared, replied, access(Coils, 12, 1, "FF"), Coils, "7", 3, "000101"},
-        {"bits below 0", Shared, replied, access(Coils, -8, 2, "0081"), Coils, "0", 8, "0100000000000001"},
+        {"bits below 0", Shared, replied, access(Coils, -8, 2, "0081"), Coils, "0", 11, "0100000000000001000001"},
         {"bits from inside a byte below 0 on", Shared, replied, access(Coils, -3, 2, "FFFF"), Coils, "0", 3, "000001"},
         {"bits past the end", Shared, replied, access(Coils, 65536, 9, "01FF"), Coils, "65536", 1, "01"},
         {"more bytes than announced", Shared, replied, access(Registers, 4, 1, "01020304"), Registers, "4", 2, "0201FF00"},
@@ -113,16 +113,16 @@ TEST_F(Image, WhatThePanelShowsAfterwards)
 TEST_F(Image, ReadersGiveZeroesBelowAddress0)
 {
     const Rows<Text, void (*)(QByteArray &, quint16 *, int, int), int, int, Text> rows = {
-        {"bits of registers", &GetBitFromUS, -2, 4, "00000101"},      {"registers", &GetWordFromUS, -1, 2, "0000FFFF"},
+        {"bits of registers", &GetBitFromUS, -1, 3, "000101"},        {"registers", &GetWordFromUS, -3, 4, "000000000000FFFF"},
         {"32-bit values", &GetWordFromUI, -2, 4, "00000000FFFFFFFF"}, {"half below 0", &GetWordFromUI, -1, 4, "00000000FFFFFFFF"},
         {"the low word of that", &GetWordFromUI, -1, 1, "0000"},
     };
     quint16 *const registers = PLC_driver.holdingRegisters;
     std::fill_n(registers, 9, 0xFFFF);
     for (const auto &[what, read, start, count, wanted] : rows) {
-        QByteArray out;
-        read(out.fill('\x55', 2), registers, start, count);
-        EXPECT_EQ(hex(out), wanted) << what;
+        QByteArray out(9, '\x55');
+        read(out, registers, start, count);
+        EXPECT_EQ(hex(out), wanted + hex("555555555555555555").substr(std::string(wanted).size())) << what;
     }
 }
 
