@@ -63,6 +63,7 @@ TEST(TransactionNumbers, GoRoundWithoutZero)
     EXPECT_EQ(numbers.take(65534), TransactionNumbers::Foreign) << "never given";
     EXPECT_EQ(numbers.take(2), TransactionNumbers::Foreign);
     EXPECT_EQ(numbers.take(1), TransactionNumbers::Current);
+    EXPECT_EQ(numbers.take(1), TransactionNumbers::Old) << "answered already";
 }
 
 // Cuts of the stream are the fuzzer's.
