@@ -120,6 +120,7 @@ TEST(UnitSwitch, OffAfterFailuresInARowAndOneProbeLater)
     EXPECT_EQ(units.due(1099), QList<int>());
     EXPECT_EQ(units.due(1100), QList<int>({7}));
     EXPECT_TRUE(units.gaveUp(7, 1200)) << "one failed probe is enough";
+    EXPECT_FALSE(UnitSwitch(0, 1000).gaveUp(7, 0)) << "never";
 }
 
 TEST(ValueState, AsOldAsItsOldestPart)
