@@ -3,27 +3,23 @@
 
 #include "fault_choice.h"
 #include "line_output.h"
+#include "program.h"
 #include "station_thread.h"
 
 #include <gtest/gtest.h>
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QProcess>
 #include <QtCore/QTemporaryFile>
 #include <QtCore/QThread>
 #include <QtNetwork/QTcpSocket>
 
 #include <cerrno>
-#include <csignal>
 #include <ctime>
 #include <list>
-#include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 namespace {
-const int patience = 60000;
-
 QByteArray bytes(const QByteArray &hex)
 {
     return QByteArray::fromHex(hex);
@@ -299,20 +295,18 @@ TEST(ChangingValues, MoveUntilSomeoneElseWrites)
         EXPECT_EQ(unit.at(QModbusDataUnit::HoldingRegisters, address), expected[address]) << address;
 }
 
-// The program, behind an emulator where its machine is another one. `limit` is a shell's command ahead of it.
-struct Program : QProcess
+// The program, behind an emulator where its machine is another one.
+struct StationProgram : Program
 {
-    explicit Program(const QByteArray &arguments, const QByteArray &limit = "true")
+    explicit StationProgram(const QByteArray &arguments)
+        : Program(QByteArray(STATION_COMMAND).replace('|', ' ') + ' ' + arguments)
     {
-        const QByteArray command = QByteArray(STATION_COMMAND).replace('|', ' ');
-        start(QStringLiteral("sh"), {QStringLiteral("-c"), QString::fromLatin1(limit + "; exec " + command + ' ' + arguments)});
     }
 
     // The port of the "listening on" line.
-    quint16 port()
+    quint16 port() const
     {
-        EXPECT_TRUE(waitForReadyRead(patience));
-        const QByteArray line = readLine().trimmed(), prefix = "listening on 127.0.0.1:";
+        const QByteArray line = output("\n").trimmed(), prefix = "listening on 127.0.0.1:";
         EXPECT_TRUE(line.startsWith(prefix)) << line.toStdString();
         return line.mid(prefix.size()).toUShort();
     }
@@ -321,23 +315,16 @@ struct Program : QProcess
     {
         clockid_t clock = 0;
         timespec used = {};
-        EXPECT_EQ(clock_getcpuclockid(static_cast<pid_t>(processId()), &clock), 0);
+        EXPECT_EQ(clock_getcpuclockid(pid, &clock), 0);
         EXPECT_EQ(clock_gettime(clock, &used), 0);
         return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) / 1e9;
-    }
-
-    // The exit code after a signal; after none, of a program that ends by itself.
-    int end(int signal = 0)
-    {
-        ::kill(static_cast<pid_t>(processId()), signal);
-        return waitForFinished(patience) ? exitCode() : -1;
     }
 };
 
 TEST(StationProgram, ServesUntilItIsTold)
 {
     for (const int signal : {SIGTERM, SIGINT}) {
-        Program program("--listen 127.0.0.1:0 --units 1-2");
+        StationProgram program("--listen 127.0.0.1:0 --units 1-2");
         Master master(program.port());
         while (master.ask("0001 0000 0006 02 03 0000 0001") == text("0001 0000 0005 02 03 02 0000"))
             QThread::msleep(10);
@@ -351,15 +338,16 @@ TEST(StationProgram, HoldsTheValuesGivenAndPrintsThoseWritten)
     ASSERT_TRUE(file.open());
     file.write("1/hr:0=21,-1  # values that change by themselves otherwise\n\ncoil:10=1\n");
     file.close();
-    Program program("--listen 127.0.0.1:0 --units 1,2 --trace --set 2/ir:65535=0xBEEF --values " + file.fileName().toLatin1());
+    StationProgram program("--listen 127.0.0.1:0 --units 1,2 --trace --set 2/ir:65535=0xBEEF --values " +
+                           file.fileName().toLatin1());
     Master master(program.port());
     EXPECT_EQ(master.ask("0001 0000 0006 01 03 0000 0002"), text("0001 0000 0007 01 03 04 0015 FFFF"));
     EXPECT_EQ(master.ask("0001 0000 0006 02 04 FFFF 0001"), text("0001 0000 0005 02 04 02 BEEF"));
     EXPECT_EQ(master.ask("0001 0000 0006 02 01 0009 0003"), text("0001 0000 0004 02 01 01 03"));
     master.ask("0001 0000 000B 01 10 0065 0002 04 ABCD 0102  0001 0000 0006 00 05 0004 FF00");
     EXPECT_EQ(program.end(SIGTERM), 0);
-    EXPECT_EQ(program.readAllStandardOutput(), "written 1/hr:101=43981,258\nwritten 1/coil:4=1\nwritten 2/coil:4=1\n");
-    const QByteArray trace = program.readAllStandardError();
+    EXPECT_EQ(program.output(), "written 1/hr:101=43981,258\nwritten 1/coil:4=1\nwritten 2/coil:4=1\n");
+    const QByteArray trace = program.errors();
     EXPECT_EQ(trace.count("\nI "), 9) << "the probes too";
     EXPECT_TRUE(trace.contains("\n000000 00 01 00 00 00 07 01 03 04 00 15 ff ff\n\n")) << trace.toStdString();
 }
@@ -390,11 +378,12 @@ TEST(StationProgram, WaitsWhenDescriptorsRunOut)
 {
     if (!LIMITS_DESCRIPTORS)
         GTEST_SKIP() << "sanitizers and emulators need descriptors of their own";
-    const int descriptors = 20;
-    Program program("--listen 127.0.0.1:0", "ulimit -n " + QByteArray::number(descriptors));
+    const rlimit descriptors = {20, 20};
+    StationProgram program("--listen 127.0.0.1:0");
     const quint16 port = program.port();
+    ASSERT_EQ(prlimit(program.pid, RLIMIT_NOFILE, &descriptors, nullptr), 0);
     std::list<Master> masters;
-    for (int i = 0; i < descriptors; ++i)
+    for (rlim_t i = 0; i < descriptors.rlim_cur; ++i)
         masters.emplace_back(port);
     EXPECT_EQ(masters.front().ask(""), "");
     const double before = program.processorSeconds();
@@ -420,9 +409,9 @@ TEST(StationProgram, RefusesAWrongCommandLineInOneLine)
         lines << "--fault " + fault;
     for (const QByteArray &wrong : lines) {
         SCOPED_TRACE(wrong.toStdString());
-        Program program(wrong);
+        StationProgram program(wrong);
         EXPECT_EQ(program.end(), 2);
-        const QByteArray complaint = program.readAllStandardError();
+        const QByteArray complaint = program.errors();
         EXPECT_TRUE(complaint.startsWith("modbus-station: ") && complaint.count('\n') == 1) << complaint.toStdString();
         EXPECT_FALSE(complaint.contains('\x1b'));
     }
