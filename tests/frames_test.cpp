@@ -31,6 +31,8 @@ TEST_F(Frames, FramesByteForByte)
         {"low bits only", &ReadRegister, access(Coils, 65536 + 8, 8192, "", 258), "0000 0000 0006 02 01 0008 0000",
          " 0/0 8201=9+8192"},
         {"a derived area", &ReadRegister, access(RegisterBit, 0, 1), "", nothing},
+        {"registers as bits", &ReadBool, access(Registers, 0, 1), "", nothing},
+        {"bits as registers", &ReadAnalog, access(Inputs, 0, 1), "", nothing},
         {"coil on", &WriteBool, access(Coils, 17, 1, "01"), "0000 0000 0006 01 05 0011 FF00", echo},
         {"coil, byte of 2", &WriteBool, access(Coils, 17, 1, "02"), "0000 0000 0006 01 05 0011 0000", echo},
         {"coil, no byte", &WriteBool, access(Coils, 17, 1), "0000 0000 0006 01 05 0011 0000", echo},

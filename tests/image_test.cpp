@@ -113,8 +113,11 @@ TEST_F(Image, WhatThePanelShowsAfterwards)
 TEST_F(Image, ReadersGiveZeroesBelowAddress0)
 {
     const Rows<Text, void (*)(QByteArray &, quint16 *, int, int), int, int, Text> rows = {
-        {"bits of registers", &GetBitFromUS, -1, 3, "000101"},        {"registers", &GetWordFromUS, -3, 4, "000000000000FFFF"},
-        {"32-bit values", &GetWordFromUI, -2, 4, "00000000FFFFFFFF"}, {"half below 0", &GetWordFromUI, -1, 4, "00000000FFFFFFFF"},
+        {"bits of registers", &GetBitFromUS, -1, 3, "000101"},
+        {"registers", &GetWordFromUS, -3, 4, "000000000000FFFF"},
+        {"registers that are all below", &GetWordFromUS, -3, 2, "00000000"},
+        {"32-bit values", &GetWordFromUI, -2, 4, "00000000FFFFFFFF"},
+        {"half below 0", &GetWordFromUI, -1, 4, "00000000FFFFFFFF"},
         {"the low word of that", &GetWordFromUI, -1, 1, "0000"},
     };
     quint16 *const registers = PLC_driver.holdingRegisters;

@@ -116,6 +116,7 @@ TEST_F(Queues, StepsOnFinishedRecords)
         {"bits", &BitVarReCreat, 24, 1, 4, "5:90*1 5:-16*3 5:8*2 5:40*2"},
         {"no limit", &WordVarReCreat, 0, 1, 6, "5:90*1 5:-9*1 5:3*4 5:12*4 5:12*5 5:40*9"},
         {"an entry that is not there is not widened", &WordVarReCreat, 16, 90, 93, "5:90*1 5:-9*1 5:12*4 5:40*9"},
+        {"nor one ahead of the first", &WordVarReCreat, 16, -1, 2, "5:90*5 5:-9*1 5:12*4 5:40*9"},
         {"the entry that the count tells of is", &WordVarReCreat, 16, 0, 3, "5:90*16 5:-9*5 5:12*4 5:40*9"},
     };
     for (const auto &[what, step, limit, count, result, requests] : rows) {
