@@ -44,7 +44,7 @@ TEST(Variable, IsReadInAllItsPartsAndAMistakeGetsOneLineThatSaysWhatWouldBeRight
         {"no colon", "hr100", 0, "did you mean hr:100?"},
         {"capitals", "3/HR32:6:FLOAT:cdab", 0, "did you mean 3/hr32:6:float:CDAB?"},
         {"other words", "Input Registers 5:INT16", 0, "did you mean ir:5:s16?"},
-        {"digit of the table", "1x:5", 0, "did you mean input:5?"},
+        {"digit of the table", "1x:5", 0, "did you mean input:4?"},
         {"memory word", "%MW100", 0, "did you mean hr:100?"},
         {"hexadecimal address", "hr:0x10", 0, "did you mean hr:16?"},
         {"from to", "coils:1-5", 0, "did you mean coil:1*5?"},

@@ -17,7 +17,7 @@ namespace {
 
 const char description[] = R"(Polls variables, [UNIT/]AREA:ADDRESS[*COUNT], and shows each value with its age
 and state, and a line of counts for each unit: in place on a terminal, where the
-arrows, PgUp, PgDn, Home and End show what does not fit; otherwise, and with
+arrows, PgUp, PgDn, Home and End show more variables; otherwise, and with
 --json or --csv, after every pass. Ctrl-C, or q in the table, ends it.
 
 A lost link is opened again at once the first time, then after 1 s, 2 s, 4 s...

@@ -29,7 +29,7 @@ template <typename Map, typename Name> QString countsText(const Map &counts, Nam
 
 QString milliseconds(qint64 microseconds)
 {
-    return QString::number(double(microseconds) / 1000, 'f', 2);
+    return microseconds > 0 ? QString::number(double(microseconds) / 1000, 'f', 2) : QStringLiteral("-");
 }
 
 QStringList unitRow(int number, const UnitStatistics &unit, const PanelSnapshot &now)
@@ -47,15 +47,7 @@ QStringList unitRow(int number, const UnitStatistics &unit, const PanelSnapshot 
             QString::number(unit.lostPercent(now.elapsedMicroseconds), 'f', 1)};
 }
 
-/// Tells how many lines are left out.
-void cut(QStringList *lines, int most)
-{
-    const int tooMany = lines->size() - most;
-    if (tooMany > 0)
-        *lines = lines->mid(0, most - 1) << filled("... and %1 lines more", tooMany + 1);
-}
-
-/// "+5 above, +18 below", and how to get there as far as that fits.
+/// "+5 above, +18 below", and how to get there.
 QString hiddenText(int above, int below, int columns)
 {
     QStringList parts;
@@ -63,8 +55,7 @@ QString hiddenText(int above, int below, int columns)
         parts << filled("+%1 above", above);
     if (below > 0)
         parts << filled("+%1 below", below);
-    return filled("%1 (arrows, PgUp, PgDn, Home, End; q ends)", parts.join(QStringLiteral(", ")))
-        .left(columns);
+    return filled("%1 (arrows, PgUp, PgDn; q ends)", parts.join(QStringLiteral(", "))).left(columns);
 }
 
 } // namespace
@@ -79,10 +70,13 @@ PollTable::PollTable(const QString &peer, qint64 freshForMs)
 QStringList PollTable::head(const PanelSnapshot &now, int columns, int mostUnitLines)
 {
     QList<QStringList> rows;
+    int troubled = 0; // which come first
     for (const auto &[number, unit] : now.units)
-        rows << unitRow(number, unit, now);
+        rows.insert(unit.good == unit.requests ? rows.size() : troubled++, unitRow(number, unit, now));
     ColumnLines units = m_units.lines(rows, columns);
-    cut(&units.body, mostUnitLines);
+    if (const int count = units.body.size(); count > mostUnitLines)
+        units.body = units.body.mid(0, mostUnitLines - 1)
+                     << filled("... and %1 lines more", count - mostUnitLines + 1);
     return wrapped(m_peer, columns) +
            wrapped(filled("pass %1, link %2", now.passes, linkText(now)), columns) + units.heading +
            units.body + QStringList{QString()};
@@ -105,7 +99,9 @@ QStringList PollTable::screen(const PanelSnapshot &now, const ScreenSize &size)
         rows.insert(value.failure().isEmpty() ? rows.size() : failed++,
                     valueRow(value, now.nowMs(), m_freshForMs));
     const ColumnLines values = m_values.lines(rows, size.columns);
-    QStringList lines = head(now, size.columns, std::max(1, size.rows / 3)) + values.heading;
+    const int otherLines = 5 + values.body.size();
+    QStringList lines =
+        head(now, size.columns, std::max({1, size.rows / 3, size.rows - otherLines})) + values.heading;
 
     const int room = std::max(1, size.rows - lines.size());
     if (values.body.size() <= room)

@@ -63,7 +63,9 @@ void addParts(CommandLine *line, const Variable &whole, int block, QList<Target>
     for (int left = whole.count; left > 0; left -= part.count) {
         const int most = isBitArea(whole.area) ? 8 * block - part.address % 8 : qMax(1, block / step);
         part.count = qMin(left, most);
-        *targets << Target{part, placeText(part), QStringLiteral(" = ")};
+        Variable named = part; // counted as the user does
+        named.address += whole.base;
+        *targets << Target{part, placeText(named), QStringLiteral(" = ")};
         part.address += step * part.count;
     }
 }
@@ -124,7 +126,8 @@ ExitCode Scan::run(const CommandLine &line, const QList<Target> &targets, int re
         printLine(counts());
     if (!hasLink && !isInterrupted())
         return line.fail(ExitNoLink, "%1: %2", m_session.peer(), linkCauseText(m_connection.cause()));
-    return m_answered > 0 ? ExitDone : ExitFailed;
+    // main() tells of lost output.
+    return (m_answered > 0 || std::ferror(stdout)) && !isInterrupted() ? ExitDone : ExitFailed;
 }
 
 void Scan::exchange(const Variable &variable)
@@ -161,9 +164,9 @@ QString Scan::answer(const Target &target)
                                            variable.driverCount());
         return target.answered + valueText(variable, value);
     }
-    const bool isSilent = m_exchange.cause == LinkCause::Silent;
-    return filled(": %1",
-                  isSilent ? asText("silent") : failureText(m_access, m_exchange, m_status, variable.base));
+    if (m_exchange.cause == LinkCause::Silent)
+        return QStringLiteral(": silent");
+    return QStringLiteral(": ") + failureText(m_access, m_exchange, m_status, variable.base);
 }
 
 } // namespace

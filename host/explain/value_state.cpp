@@ -57,6 +57,7 @@ void ValueState::store(const Span &read, const QByteArray &value, qint64 nowMs)
 void ValueState::fail(const Span &read, const QString &why)
 {
     partOf(read).failure = why;
+    m_changed = false;
 }
 
 ValueState::State ValueState::state(qint64 nowMs, qint64 freshForMs) const

@@ -9,10 +9,11 @@ namespace {
 
 /// Another notation, in small letters behind "UNIT/", and the usual one. "#" leads a number that counts from 1.
 const char *const rules[][2] = {
-    {"^(holding[ _-]?registers?|holding|hr(?!32)|4x(?=:)|%mw)[: ]?(?=\\d)", "hr:"},
-    {"^(input[ _-]?registers?|ir(?!32)|3x(?=:)|%iw)[: ]?(?=\\d)", "ir:"},
-    {"^(discrete[ _-]?inputs?|inputs?|1x(?=:))[: ]?(?=\\d)", "input:"},
-    {"^(coils?|0x(?=:))[: ]?(?=\\d)", "coil:"},
+    {"^([0134]x):?(?=\\d)", "\\1#"},
+    {"^(holding[ _-]?registers?|holding|hr(?!32)|4x(?=#)|%mw)[: ]?(?=#?\\d)", "hr:"},
+    {"^(input[ _-]?registers?|ir(?!32)|3x(?=#)|%iw)[: ]?(?=#?\\d)", "ir:"},
+    {"^(discrete[ _-]?inputs?|inputs?|1x(?=#))[: ]?(?=#?\\d)", "input:"},
+    {"^(coils?|0x(?=#))[: ]?(?=#?\\d)", "coil:"},
     {"^(hr.*:)4(?=\\d{5}\\b)", "\\1#"},
     {"^(ir.*:)3(?=\\d{5}\\b)", "\\1#"},
     {"^(input:)1(?=\\d{5}\\b)", "\\1#"},
@@ -20,13 +21,14 @@ const char *const rules[][2] = {
     {":(int16|int|signed)\\b", ":s16"},
     {":(uint32|dword|udint)\\b", ":u32"},
     {":(int32|dint)\\b", ":s32"},
-    {":(real|float32)\\b", ":float"},
+    {":(real|float32|f32)\\b", ":float"},
     {":(string|ascii)\\b", ":text"},
     {"^([hi]r)(:\\d+)(\\*2)?(?=:(float|[us]32))", "\\132\\2"},
     {"^(.r32.*:[us])16", "\\132"},
     {"^([hi]r)(32)?(?=:\\d+\\.\\d)", "\\1bit"},
     {"^(.rbit:\\d+)(?=[*:]|$)", "\\1.0"},
     {"^((coil|input|.rbit):[^:]*):.*", "\\1"},
+    {"^(.r32:[^:]+)(?=:[abcd]{4}$)", "\\1:float"},
 };
 
 /// Replaces the first part of the text that fits by what `result` makes of its first two numbers.

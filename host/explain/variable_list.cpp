@@ -60,7 +60,7 @@ QString readScale(const QString &text, Variable *variable)
 
 QString readRow(Row row, List *list)
 {
-    static const QRegularExpression control(QStringLiteral("\\p{Cc}"));
+    static const QRegularExpression control(QStringLiteral("\\p{Cc}")), number(QStringLiteral("^\\d+$"));
     QString fault;
     if (!row[Order].isEmpty())
         row[Type] += QLatin1Char(':') + row[Order];
@@ -75,6 +75,9 @@ QString readRow(Row row, List *list)
     variable.measure = row[Unit];
     if ((variable.name + variable.measure).contains(control))
         return QStringLiteral("the name or unit holds a control character");
+    if (row[Unit].contains(number))
+        return filled("the column \"unit\" holds units of measure; write %1/hr:5 for the station's unit",
+                      row[Unit]);
     if (!row[Value].isEmpty())
         listed->value = row[Value];
     if (list->separator == QLatin1Char(';')) { // beside which a decimal comma is usual
