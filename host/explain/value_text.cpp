@@ -5,6 +5,7 @@
 
 #include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
+#include <QtCore/QtEndian>
 
 #include <algorithm>
 #include <cctype>
@@ -39,9 +40,9 @@ quint32 reordered(quint32 bits, int order)
 /// Of the value that begins at `bytes`.
 quint32 bitsAt(const char *bytes, int width, int order)
 {
-    quint32 bits = 0;
-    for (int i = width - 1; i >= 0; --i)
-        bits = bits << 8 | static_cast<quint8>(bytes[i]);
+    const quint32 bits = width == 1   ? static_cast<quint8>(*bytes)
+                         : width == 2 ? qFromLittleEndian<quint16>(bytes)
+                                      : qFromLittleEndian<quint32>(bytes);
     return reordered(bits, order);
 }
 
