@@ -118,9 +118,8 @@ ExitCode Scan::run(const CommandLine &line, const QList<Target> &targets, int re
         hasLink = m_exchange.end != Exchange::NotSent;
         if (!hasLink || isInterrupted())
             break;
-        const QString text = answer(target);
+        printLine(target.name + answer(target));
         ++asked;
-        printLine(target.name + text);
     }
     if (asked > 0 || isInterrupted())
         printLine(counts());
