@@ -67,8 +67,7 @@ TEST_F(Cycle, RequestsGoOutRemoteWhileTheSettingSaysSo)
     exchange("16 00 00 02 01 0000 00000000 0001 00000000 00000000 1A", "00 00 00 00 00 00 00 00 00 81", StatusDone);
     EXPECT_EQ(value(Coils, "0", 8), "0100000000000001");
     settings.remoteMode = 0;
-    expectRequest("0000 0000 0006 01 01 0000 0008");
-    reply("0000 0000 0004 01 01 01 00");
+    exchange("0000 0000 0006 01 01 0000 0008", "0000 0000 0004 01 01 01 00", StatusDone);
     settings.remoteMode = 1;
     poll("5:0*1");
     expectNothingToSend();

@@ -108,7 +108,7 @@ TEST_F(Guide, StartsAnewAsShown)
     AddListOnceReadVar(&read, QueueAsIs);
     EnCommStation(2, 0);
     exchange("0000 0000 0006 01 03 0001 0001", "0000 0000 0005 01 03 02 1234", StatusDone, "notify(0 1) 2 2");
-    reply("");
+    DataCom(nullptr, 0);
     for (quint8 *bits : {PLC_driver.coilBits, PLC_driver.inputBits})
         bits[ImageBitBytes - 1] = bits[0] = 1;
     for (quint16 *registers : {PLC_driver.inputRegisters, PLC_driver.holdingRegisters})

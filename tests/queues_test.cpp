@@ -54,13 +54,13 @@ TEST_F(Queues, OneShotReadsInBlocks)
         RW_VAR var = onceRead(area, address, length);
         AddListOnceReadVar(&var, QueueMerged);
         EXPECT_EQ(listed(PLC_driver.onceReadList), blocks);
-        EXPECT_EQ(listed(QList<RW_VAR>() << var), left);
+        EXPECT_EQ(listed(var), left);
         EXPECT_EQ(var.subIndex + var.aux, var.startAddress == -7 && area != 9 ? 10 : 0);
     }
     settings.writeBlockSize = 1;
     RW_VAR var = onceRead(Registers, "0", INT_MAX);
     EXPECT_EQ(AddListOnceReadVar(&var, QueueMerged), 1024);
-    EXPECT_EQ(listed(QList<RW_VAR>() << var), "4/5:2147483646*1") << "the last block, also where the queue is full";
+    EXPECT_EQ(listed(var), "4/5:2147483646*1") << "the last block, also where the queue is full";
 }
 
 TEST_F(Queues, NeighboursShareARequest)

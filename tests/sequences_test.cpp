@@ -37,11 +37,6 @@ RW_VAR place(int unit, int area, int first, int count)
     return var;
 }
 
-std::string text(const RW_VAR &var)
-{
-    return listed(QList<RW_VAR>() << var);
-}
-
 /// Bytes that the host has for a bit or register.
 int bytesOf(int area)
 {
@@ -175,7 +170,7 @@ private:
             const int is = hostValue(var.area, shown, k),
                       wanted = m_image.at(imageOf(var.station), var.area, var.startAddress + k);
             if (is != wanted)
-                fail(Line() << text(var) << ", element " << k << ": " << is << " instead of " << wanted);
+                fail(Line() << listed(var) << ", element " << k << ": " << is << " instead of " << wanted);
         }
     }
 
@@ -205,7 +200,7 @@ private:
         while (data.size() < size * count)
             data.append(static_cast<char>(pick(size == 1 ? 2 : 256)));
         m_settings.writeMode = isSent ? int(WriteModeToStation) : 0;
-        m_trace << "enters " << text(var) << ": " << hex(data) << (isSent ? "\n" : ", not sent\n");
+        m_trace << "enters " << listed(var) << ": " << hex(data) << (isSent ? "\n" : ", not sent\n");
         write(var.area, qPrintable(var.addressText), count, hex(data), var.hostId, var.hostItem, var.station);
         for (; !data.isEmpty(); var.startAddress += block) {
             var.data = data.left(size * block);
@@ -240,7 +235,7 @@ private:
     {
         RW_VAR asked = var;
         AddListOnceReadVar(&asked, QueueMerged);
-        m_trace << "reads " << text(var) << '\n';
+        m_trace << "reads " << listed(var) << '\n';
         const int step = isBitArea(var.area) ? 8 : 1, size = isBitOfRegister(var.area) ? BitsOfRegister : step;
         const int end = (var.startAddress + var.dataLength - 1) / size + 1;
         QList<RW_VAR> &queue = m_queues[OriginOnceRead];
