@@ -30,17 +30,9 @@ const int units = 3;
 RW_VAR place(int unit, int area, int first, int count)
 {
     RW_VAR var = access(area, first, count, "", unit);
-    const bool isBit = isBitOfRegister(area);
-    var.addressText = QString::number(isBit ? first / BitsOfRegister : first);
-    if (isBit)
-        var.addressText += QString::fromLatin1(".%1").arg(first % BitsOfRegister);
+    const QString bit = QString::fromLatin1(".%1").arg(first % BitsOfRegister);
+    var.addressText = isBitOfRegister(area) ? QString::number(first / BitsOfRegister) + bit : QString::number(first);
     return var;
-}
-
-/// Bytes that the host has for a bit or register.
-int bytesOf(int area)
-{
-    return area < InputRegisters ? 1 : 2;
 }
 
 /// Bit or register k of the host's bytes; pairs have the low word first.
@@ -165,7 +157,7 @@ private:
     void compare(const RW_VAR &var)
     {
         const QByteArray shown = bytes(value(var.area, qPrintable(var.addressText), var.dataLength, var.station).c_str());
-        check(shown.size() == var.dataLength * bytesOf(var.area), "another number of bytes is shown");
+        check(shown.size() == var.dataLength * (var.area < InputRegisters ? 1 : 2), "another number of bytes is shown");
         for (int k = 0; k < var.dataLength; ++k) {
             const int is = hostValue(var.area, shown, k),
                       wanted = m_image.at(imageOf(var.station), var.area, var.startAddress + k);
@@ -195,7 +187,7 @@ private:
         var.area = var.area < InputBit ? Coils : var.area | 1;
         const bool isSent = pick(4) != 0;
         const int count = var.area == RegisterBit && !isSent ? 1 : 2 + 2 * pick(3);
-        const int size = bytesOf(var.area), block = !isSent ? count : size == 1 ? 1 : m_settings.writeBlockSize;
+        const int size = var.area < InputRegisters ? 1 : 2, block = !isSent ? count : size == 1 ? 1 : m_settings.writeBlockSize;
         QByteArray data;
         while (data.size() < size * count)
             data.append(static_cast<char>(pick(size == 1 ? 2 : 256)));
