@@ -399,7 +399,7 @@ Script shortened(Script script, bool perStation)
         Script shorter = script;
         shorter.erase(shorter.begin() + static_cast<int>(i));
         if (!play(shorter, perStation).empty())
-            script = shorter;
+            script.swap(shorter);
     }
     return script;
 }
