@@ -42,6 +42,7 @@ std::string records()
 TEST_F(Image, WhatThePanelShowsAfterwards)
 {
     const Rows<Text, Mode, Change, RW_VAR, int, Text, int, Text> rows = {
+        {"one coil", Both, unchanged, {}, Coils, "2", 1, "01"},
         {"an odd register is left out", Both, unchanged, {}, Pairs, "1", 3, "05000380"},
         {"one register is the low word", Shared, unchanged, {}, Pairs, "0", 1, "0380"},
         {"one register is nothing", PerStation, unchanged, {}, Pairs, "0", 1, ""},
