@@ -182,17 +182,17 @@ TEST(Commands, ReadFramesTracesAndListsFromStandardInput)
 {
     const char list[] = "--file /dev/stdin";
     const std::tuple<Command, const char *, std::string, int, const char *> rows[] = {
-        {decodeCommand, "",
+        {&decodeCommand, "",
          "# a trace\nI 2020-02-29 12:00:00.000001\n000000 00 00 00 00 00 06 01 06 00 0a 00 02\n\n# meaning\n"
          "O 2020-02-29 12:00:00.000002\n000000 00 00 00 00 00 06 01 06 00 0a 00 02\n",
          ExitDone, "I 2020-02-29 12:00:00.000001\nrequest, 12 bytes: &O 2020-02-29 12:00:00.000002\nreply, 12 bytes: "},
-        {decodeCommand, "-", "0000 0000 0006 01 03 0000 00FF\n\n0000 0000 0003 01 83 02", ExitFailed,
+        {&decodeCommand, "-", "0000 0000 0006 01 03 0000 00FF\n\n0000 0000 0003 01 83 02", ExitFailed,
          "fault: quantity 255&reply, 9 bytes: "},
-        {decodeCommand, "", "0000 0000 0003 01 83 02\n00\nxx\n", ExitUsage, "reply, 9 bytes: &line 3: \"xx\" is not"},
-        {decodeCommand, "", std::string("\0\x1b", 2), ExitUsage, "line 1: \"??\" is not"},
-        {decodeCommand, "", "# no frame\n", ExitUsage, "no bytes are given"},
-        {decodeCommand, "", std::string(200000, '0'), ExitUsage, "line 1: a frame is not that long"},
-        {planCommand, "--block 10 --file /dev/stdin", "2/hr:0*12 tank %1\n2/hrbit:3.1\n2/hr:10\n2/hr:14", ExitDone,
+        {&decodeCommand, "", "0000 0000 0003 01 83 02\n00\nxx\n", ExitUsage, "reply, 9 bytes: &line 3: \"xx\" is not"},
+        {&decodeCommand, "", std::string("\0\x1b", 2), ExitUsage, "line 1: \"??\" is not"},
+        {&decodeCommand, "", "# no frame\n", ExitUsage, "no bytes are given"},
+        {&decodeCommand, "", std::string(200000, '0'), ExitUsage, "line 1: a frame is not that long"},
+        {&planCommand, "--block 10 --file /dev/stdin", "2/hr:0*12 tank %1\n2/hrbit:3.1\n2/hr:10\n2/hr:14", ExitDone,
          R"(unit 2: read holding registers 0-9
   request   function 3, first 0, count 10, reply 29 bytes
   bytes     00 00 00 00 00 06 02 03 00 00 00 0A
@@ -207,10 +207,10 @@ unit 2: read holding registers 10-14
   gap       registers 12-13, not asked for
 2 requests, 24 bytes sent and 48 bytes received in each pass, 1 gap
 )"},
-        {planCommand, list, std::string("hr:1\0\nhr:2", 10), ExitUsage, ":1: variable \"hr:1?\""},
-        {planCommand, list, std::string("hr:1\nhr:2 a\0b", 13), ExitUsage, ":2: the name or unit holds a control character"},
-        {planCommand, list, "hr:1 level \x1b[2J", ExitUsage, ":1: the name or unit holds a control character"},
-        {planCommand, list, "hr:1\xc2\x9b[2J", ExitUsage, ":1: variable \"hr:1?[2J\""},
+        {&planCommand, list, std::string("hr:1\0\nhr:2", 10), ExitUsage, ":1: variable \"hr:1?\""},
+        {&planCommand, list, std::string("hr:1\nhr:2 a\0b", 13), ExitUsage, ":2: the name or unit holds a control character"},
+        {&planCommand, list, "hr:1 level \x1b[2J", ExitUsage, ":1: the name or unit holds a control character"},
+        {&planCommand, list, "hr:1\xc2\x9b[2J", ExitUsage, ":1: variable \"hr:1?[2J\""},
     };
     const int own = dup(STDIN_FILENO);
     for (const auto &[command, text, input, code, parts] : rows) {
