@@ -46,7 +46,7 @@ const Row rows[] = {
     {"double=0-5 exception=4@every=3", All, Some, Some},
     {"double=0-5 silence@every=3", Some, Some, Some, shortMs},
     {"greet=1@unit=1,address=300", All, Some, None},
-    {"greet=1@unit=1,address=300 late=6@address=300", All, Some, Any, shortMs},
+    {"greet=1@unit=1,address=300 late=6@address=300", Some, Some, Any, shortMs},
     {"behind", None, Untellable, None, shortMs},
     {"glue@every=2", Some, Some, Some, shortMs},
     {"late=40@every=2", Some, Some, Some, shortMs},
