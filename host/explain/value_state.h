@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// \file
-/// The age and state of a shown value: when it was read, whether it changed, why its last read failed. The image keeps a value for ever, so only the host knows its age. Plain data; whoever shares it
-/// locks it.
+/// The age and state of a shown value: when it was read, whether it changed, why its last read failed. The image keeps a
+/// value for ever, so only the host knows its age. Plain data; whoever shares it locks it.
 
 #pragma once
 
@@ -23,7 +23,7 @@ public:
     const Span &span() const { return m_span; }
     /// As last stored, in the driver's host-side layout.
     const QByteArray &value() const { return m_value; }
-    /// The value differs from the one before.
+    /// The value differs from the one before, and no read failed since.
     bool hasChanged() const { return m_changed; }
     /// Why the last read of any part failed; empty when the last reads of all parts were good.
     QString failure() const;
